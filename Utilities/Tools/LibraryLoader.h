@@ -1,0 +1,53 @@
+// Loads one shared library by file name and keeps it loaded for its own lifetime; its users see no type of
+// the platform's loader.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Utilities/Tools/SmartPointer.h"
+
+namespace Kestrelon::Utilities::Tools {
+
+class LibraryLoader {
+public:
+    /// What each platform implements, in its own folder beside this file.
+    class Impl {
+    public:
+        virtual ~Impl() = default;
+        virtual std::string GetLibraryPath() = 0;
+        /// Address of a symbol, null when the library lacks it.
+        virtual void* doResolve(std::string symbol) = 0;
+
+        /// @throws std::invalid_argument for an empty name, ResourceNotAvailableException when it can't be loaded
+        static SmartPointer<Impl> NewInstance(const std::string& name, int32_t location);
+
+        Impl() = default;
+        Impl(const Impl&) = delete;
+        Impl& operator=(const Impl&) = delete;
+
+    protected:
+        /// @throws RuntimeException when a library is loaded already, ResourceNotAvailableException for a
+        ///         location out of 0 to 4
+        static void ThrowIfNotLoadable(bool loaded, int32_t location);
+    };
+
+    /// @param name      file name, found by the system's own search order
+    /// @param location  0 to 4; all of them search alike
+    LibraryLoader(const std::string& name, int32_t location);
+    virtual ~LibraryLoader() = default;
+
+    /// Full path of the loaded library.
+    virtual std::string GetLibraryPath();
+
+    /// Address of a symbol, null when the library lacks it.
+    void* doResolve(const std::string& symbol);
+
+private:
+    SmartPointer<Impl> impl;
+};
+
+/// The link-time seam: each platform folder defines it and makes its LibraryLoaderImpl.
+SmartPointer<LibraryLoader::Impl> CreateLibraryLoaderImpl(const std::string& name, int32_t location);
+
+}  // namespace Kestrelon::Utilities::Tools

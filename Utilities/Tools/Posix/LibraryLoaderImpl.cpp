@@ -1,0 +1,90 @@
+#include "Utilities/Tools/Posix/LibraryLoaderImpl.h"
+
+#include <dlfcn.h>
+#include <link.h>
+
+namespace Kestrelon::Platform::Posix {
+
+using Utilities::Exceptions::ResourceNotAvailableException;
+
+namespace {
+
+/// The number that applications know from Windows for a library that is not found or can't be loaded.
+constexpr const char* ModuleNotFound = "126";
+
+std::string PlatformFileName(const std::string& name)
+{
+    const std::string windowsEnding = ".dll";
+    if (name.size() > windowsEnding.size() && name.ends_with(windowsEnding)) {
+        return "lib" + name.substr(0, name.size() - windowsEnding.size()) + ".so";
+    }
+    return name;
+}
+
+}  // namespace
+
+LibraryLoaderImpl::LibraryLoaderImpl(const std::string& name, int32_t location)
+try {
+    LoadLibraryA(name, location);
+}
+J4T_TRACE_FRAME
+
+LibraryLoaderImpl::~LibraryLoaderImpl() { UnloadLibrary(); }
+
+void LibraryLoaderImpl::LoadLibraryA(const std::string& name, int32_t location)
+try {
+    ThrowIfNotLoadable(handle != nullptr, location);
+    LookForLibrary(name);
+}
+J4T_TRACE_FRAME
+
+void LibraryLoaderImpl::LookForLibrary(const std::string& name)
+try {
+    handle = dlopen(PlatformFileName(name).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) {
+        const char* reason = dlerror();
+        throw ResourceNotAvailableException("Can't load library '" + name + "': " + ModuleNotFound + " (" +
+                                            (reason != nullptr ? reason : "unknown reason") + ")");
+    }
+}
+J4T_TRACE_FRAME
+
+std::string LibraryLoaderImpl::GetLibraryPath()
+try {
+    link_map* map = nullptr;
+    if (handle == nullptr || dlinfo(handle, RTLD_DI_LINKMAP, &map) != 0) {
+        return std::string();
+    }
+    return map->l_name;
+}
+J4T_TRACE_FRAME
+
+void* LibraryLoaderImpl::doResolve(std::string symbol)
+try {
+    if (handle == nullptr) {
+        throw ResourceNotAvailableException("No module available.");
+    }
+    void* address = dlsym(handle, symbol.c_str());
+    symbol.clear();
+    return address;
+}
+J4T_TRACE_FRAME
+
+void LibraryLoaderImpl::UnloadLibrary()
+{
+    if (handle != nullptr) {
+        dlclose(handle);
+        handle = nullptr;
+    }
+}
+
+}  // namespace Kestrelon::Platform::Posix
+
+namespace Kestrelon::Utilities::Tools {
+
+SmartPointer<LibraryLoader::Impl> CreateLibraryLoaderImpl(const std::string& name, int32_t location)
+{
+    return SmartPointer<LibraryLoader::Impl>(new Platform::Posix::LibraryLoaderImpl(name, location));
+}
+
+}  // namespace Kestrelon::Utilities::Tools

@@ -1,0 +1,79 @@
+#include "Utilities/Tools/Win32/LibraryLoaderImpl.h"
+
+#include <windows.h>
+
+#include <sstream>
+#include <vector>
+
+namespace Kestrelon::Platform::Win32 {
+
+using Utilities::Exceptions::ResourceNotAvailableException;
+
+LibraryLoaderImpl::LibraryLoaderImpl(const std::string& name, int32_t location)
+try {
+    LoadLibraryA(name, location);
+}
+J4T_TRACE_FRAME
+
+LibraryLoaderImpl::~LibraryLoaderImpl() { UnloadLibrary(); }
+
+void LibraryLoaderImpl::LoadLibraryA(const std::string& name, int32_t location)
+try {
+    ThrowIfNotLoadable(handle != nullptr, location);
+    LookForLibrary(name);
+}
+J4T_TRACE_FRAME
+
+void LibraryLoaderImpl::LookForLibrary(const std::string& name)
+try {
+    handle = LoadLibraryExA(name.c_str(), nullptr, 0);
+    if (handle == nullptr) {
+        const DWORD error = GetLastError();
+        std::ostringstream text;
+        text.imbue(std::locale::classic());
+        text << "Can't load library '" << name << "': " << error;
+        throw ResourceNotAvailableException(text.str());
+    }
+}
+J4T_TRACE_FRAME
+
+std::string LibraryLoaderImpl::GetLibraryPath()
+try {
+    std::vector<char> buffer(261, '\0');
+    if (handle != nullptr) {
+        const DWORD length = GetModuleFileNameA(static_cast<HMODULE>(handle), buffer.data(), 260);
+        buffer[length] = '\0';
+    }
+    return buffer.data();
+}
+J4T_TRACE_FRAME
+
+void* LibraryLoaderImpl::doResolve(std::string symbol)
+try {
+    if (handle == nullptr) {
+        throw ResourceNotAvailableException("No module available.");
+    }
+    void* address = reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle), symbol.c_str()));
+    symbol.clear();
+    return address;
+}
+J4T_TRACE_FRAME
+
+void LibraryLoaderImpl::UnloadLibrary()
+{
+    if (handle != nullptr) {
+        FreeLibrary(static_cast<HMODULE>(handle));
+        handle = nullptr;
+    }
+}
+
+}  // namespace Kestrelon::Platform::Win32
+
+namespace Kestrelon::Utilities::Tools {
+
+SmartPointer<LibraryLoader::Impl> CreateLibraryLoaderImpl(const std::string& name, int32_t location)
+{
+    return SmartPointer<LibraryLoader::Impl>(new Platform::Win32::LibraryLoaderImpl(name, location));
+}
+
+}  // namespace Kestrelon::Utilities::Tools

@@ -1,0 +1,57 @@
+#include "c_sdk/src/ContextJ4T.h"
+
+#include "Utilities/Exceptions/SDKError.h"
+#include "Utilities/Exceptions/TraceFrame.h"
+#include "Utilities/Tools/StringTools.h"
+#include "src/j4Bridge.h"
+
+namespace Kestrelon::DeviceDriver::J4T {
+
+using Utilities::Tools::SmartPointer;
+
+namespace {
+
+/// What the instrument's library calls for its own errors. The exception travels through the library's
+/// frames to the exported function's ladder.
+void libraryErrorHandler(const char* context, int32_t status, const char* message)
+try {
+    const std::string extended = j4Bridge::Instance()->J4_GetOption("ExtendedErrorInformation");
+    throw SDKError(context != nullptr ? context : "", status, message != nullptr ? message : "",
+                   Utilities::Tools::DropFirstTwoLines(extended));
+}
+J4T_TRACE_FRAME
+
+}  // namespace
+
+SmartPointer<ContextJ4T>& ContextJ4T::StaticInstance()
+{
+    static SmartPointer<ContextJ4T> instance;
+    return instance;
+}
+
+const SmartPointer<ContextJ4T>& ContextJ4T::Instance()
+{
+    SmartPointer<ContextJ4T>& instance = StaticInstance();
+    if (instance.IsNull()) {
+        instance = SmartPointer<ContextJ4T>(new ContextJ4T());
+    }
+    return instance;
+}
+
+void ContextJ4T::Drop() { StaticInstance() = 0; }
+
+ContextJ4T::ContextJ4T()
+try : sdk(new j4TableSDK()), validator(new ContextValidatorJ4T()) {
+    if (!sdk.IsNull()) {
+        sdk->SetLibraryErrorHandler(libraryErrorHandler);
+    }
+}
+J4T_TRACE_FRAME
+
+void ContextJ4T::Validate()
+try {
+    validator->Validate(*this, parameters);
+}
+J4T_TRACE_FRAME
+
+}  // namespace Kestrelon::DeviceDriver::J4T

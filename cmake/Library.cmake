@@ -1,0 +1,64 @@
+# The library's object files, from which every variant is linked, and its platform seams.
+
+set(j4_core_sources
+    Generic/Configuration/Properties.cpp
+    Generic/Configuration/Property.cpp
+    Generic/Utilities/EndianConversion.cpp
+    Utilities/Exceptions/SDKError.cpp
+    Utilities/Exceptions/TraceFrame.cpp
+    Utilities/Exceptions/TraceableException.cpp
+    Utilities/Tools/DateTime.cpp
+    Utilities/Tools/HexStringHelper.cpp
+    Utilities/Tools/LexicalCast.cpp
+    Utilities/Tools/LibraryLoader.cpp
+    Utilities/Tools/StringTools.cpp
+    c_sdk/src/ContextJ4T.cpp
+    c_sdk/src/Sandbox.cpp
+    c_sdk/src/Validator.cpp
+    c_sdk/src/j4T_c_sdk.cpp
+    src/Communication/j4TableComCommand.cpp
+    src/Communication/j4TableComFlash.cpp
+    src/Communication/j4TableComInfo.cpp
+    src/Communication/j4TableComManager.cpp
+    src/Communication/j4TableComMisc.cpp
+    src/Communication/j4TableComMotors.cpp
+    src/Communication/j4TableCommunication.cpp
+    src/Flash/j4TableFlashData.cpp
+    src/Flash/j4TableFlashDataHandle.cpp
+    src/OptionKeys.cpp
+    src/Position.cpp
+    src/SerialUSB/SerialUSB.cpp
+    src/j4Bridge.cpp
+    src/j4SpectraGuard.cpp
+    src/j4Table.cpp
+    src/j4TableHelper.cpp
+    src/j4TableProperties.cpp
+    src/j4TableSDK.cpp
+    src/j4TableScanHandle.cpp)
+add_library(j4_core OBJECT ${j4_core_sources})
+target_link_libraries(j4_core PUBLIC j4t_flags)
+target_include_directories(j4_core PUBLIC ${PROJECT_SOURCE_DIR}/c_sdk/include)
+
+# Seams that are the same in every variant of a platform.
+add_library(j4_loader_seam OBJECT Utilities/Tools/${platform}/LibraryLoaderImpl.cpp)
+target_link_libraries(j4_loader_seam PUBLIC j4t_flags)
+
+# The clock of the real variants.
+add_library(j4_clock_seam OBJECT Utilities/Tools/${platform}/Clock.cpp)
+target_link_libraries(j4_clock_seam PUBLIC j4t_flags)
+
+# j4_add_library(target seam...): one variant of the library, linked from the core and the named seams.
+function(j4_add_library target)
+    add_library(${target} SHARED)
+    target_link_libraries(${target} PRIVATE j4_core ${ARGN} ${CMAKE_DL_LIBS})
+    set_target_properties(${target} PROPERTIES PREFIX "${library_prefix}" OUTPUT_NAME j4tavla64)
+    target_include_directories(${target} INTERFACE ${PROJECT_SOURCE_DIR}/c_sdk/include)
+    if(WIN32)
+        target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.def)
+    else()
+        target_link_options(${target} PRIVATE
+            "-Wl,--version-script=${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.map" -Wl,--no-undefined)
+        set_target_properties(${target} PROPERTIES
+            LINK_DEPENDS ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.map)
+    endif()
+endfunction()

@@ -1,0 +1,564 @@
+#include "src/j4TableSDK.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <stdexcept>
+#include <string_view>
+#include <vector>
+
+#include "Utilities/Exceptions/TableExceptions.h"
+#include "Utilities/Exceptions/TraceFrame.h"
+#include "Utilities/Tools/LexicalCast.h"
+#include "src/OptionKeys.h"
+#include "src/j4Bridge.h"
+
+namespace Kestrelon::DeviceDriver::J4T {
+
+using Generic::Configuration::Property;
+using Utilities::Exceptions::ResourceException;
+using Utilities::Exceptions::ResourceNotAvailableException;
+using Utilities::Tools::lexical_cast;
+using Utilities::Tools::SmartPointer;
+
+namespace {
+
+// The library's version; the version resource of the Windows DLL repeats it.
+#define J4T_VERSION_MAJOR "1"
+#define J4T_VERSION_MINOR "1"
+#define J4T_VERSION_REVISION "4"
+#define J4T_VERSION_BUILD "104"
+
+struct VersionKey {
+    std::string_view key;
+    const char* answer;
+};
+constexpr std::array<VersionKey, 5> versionKeys = {{
+    {"J4TVersion", "Version " J4T_VERSION_MAJOR "." J4T_VERSION_MINOR "." J4T_VERSION_REVISION
+                   "  Build " J4T_VERSION_BUILD},
+    {"J4TMajorVersion", J4T_VERSION_MAJOR},
+    {"J4TMinorVersion", J4T_VERSION_MINOR},
+    {"J4TRevisionVersion", J4T_VERSION_REVISION},
+    {"J4TBuildVersion", J4T_VERSION_BUILD},
+}};
+
+const std::string_view deviceTypePrefix = "J4TSorvaneTable";
+const std::string_view testKey = "Please throw an exception in the j4tavla SDK";
+
+constexpr int32_t RecognitionOff = 0;
+constexpr int32_t RecognitionDefault = 2;
+
+/// Operations of J4_Private that are the table's own.
+constexpr int32_t FirstTableOperation = 1000;
+constexpr int32_t LastTableOperation = 1999;
+constexpr int32_t OperationWrite = 1001;
+constexpr int32_t OperationRead = 1002;
+constexpr uint32_t LongestRawTimeout = 60000;  ///< ms
+
+constexpr uint16_t FirstBackdoorKey = 5000;
+constexpr uint16_t LastBackdoorKey = 5999;
+
+/// A target nearer to the origin than this on both axes, in table units, means the home position.
+constexpr double HomeRadius = 0.5;
+
+static_assert(sizeof(void*) != 8 ||
+              (offsetof(J4PrivateTableRequest, length) == 8 && offsetof(J4PrivateTableRequest, timeout) == 12 &&
+               offsetof(J4PrivateTableRequest, failed) == 20 && offsetof(J4PrivateTableRequest, errorText) == 24));
+
+const SmartPointer<j4Bridge>& Library() { return j4Bridge::Instance(); }
+
+/// A value 0 to 2 that the application can choose as its unit.
+bool IsUserUnit(int32_t value) { return value >= PositionUnitMillimetre && value <= PositionUnitInch; }
+
+}  // namespace
+
+std::list<j4TableSDK*>* j4TableSDK::liveObjects = nullptr;
+unsigned j4TableSDK::liveObjectUsers = 0;
+J4_DeviceMessageHandler j4TableSDK::deviceMessageHandler = nullptr;
+bool j4TableSDK::useableWithoutJ4 = false;
+std::string j4TableSDK::serialPortLogFile;
+
+j4TableSDK::j4TableSDK()
+try {
+    if (liveObjects == nullptr) {
+        liveObjects = new std::list<j4TableSDK*>();
+    }
+    liveObjects->push_back(this);
+    ++liveObjectUsers;
+    Initialize();
+}
+J4T_TRACE_FRAME
+
+j4TableSDK::~j4TableSDK()
+{
+    UnInitialize();
+    liveObjects->remove(this);
+    if (--liveObjectUsers == 0) {
+        delete liveObjects;
+        liveObjects = nullptr;
+    }
+}
+
+void j4TableSDK::Initialize() {}
+
+void j4TableSDK::UnInitialize() { table = 0; }
+
+J4_ErrorHandler j4TableSDK::SetErrorHandler(J4_ErrorHandler handler) { return std::exchange(errorHandler, handler); }
+
+J4_ErrorHandler j4TableSDK::SetLibraryErrorHandler(J4_ErrorHandler handler)
+try {
+    const J4_ErrorHandler previous = std::exchange(libraryHandler, handler);
+    Library()->J4_RegisterErrorHandler(libraryHandler);
+    return previous;
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::SetDeviceMessageHandler()
+try {
+    Library()->J4_RegisterDeviceMessageHandler(ProcessDeviceMessage);
+}
+J4T_TRACE_FRAME
+
+J4_DeviceMessageHandler j4TableSDK::J4_RegisterDeviceMessageHandler(J4_DeviceMessageHandler handler)
+try {
+    const J4_DeviceMessageHandler previous = std::exchange(deviceMessageHandler, handler);
+    SetDeviceMessageHandler();
+    return previous;
+}
+J4T_TRACE_FRAME
+
+void ProcessDeviceMessage(int32_t message, const char* text)
+try {
+    if (j4TableSDK::liveObjects != nullptr) {
+        for (j4TableSDK* object : *j4TableSDK::liveObjects) {
+            object->MessageFromDevice(message, text != nullptr ? text : "");
+        }
+    }
+    if (j4TableSDK::deviceMessageHandler != nullptr) {
+        j4TableSDK::deviceMessageHandler(message, text);
+    }
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::MessageFromDevice(int32_t message, const std::string& text)
+try {
+    if (message == 1 && !table.IsNull() && table->GetPairedSerialNumber() == text) {
+        tableInvalid = true;
+    }
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::ReportError(const std::string& name, const SDKError& error)
+try {
+    lastError = error;
+    if (errorHandler != nullptr) {
+        errorHandler(name.c_str(), error.code, error.what());
+    }
+} catch (const J4SDK::Exception&) {
+    // The application's own error with a status: its business, unchanged.
+    throw;
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::ThrowOnStatus(int32_t status)
+try {
+    if (status != 0) {
+        const std::string extended = Library()->J4_GetOption("ExtendedErrorInformation");
+        const std::string message = Library()->J4_GetOption("LastError");
+        throw SDKError(status, message, extended);
+    }
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_IsConnected()
+try {
+    ThrowOnStatus(Library()->J4_IsConnected());
+}
+J4T_TRACE_FRAME
+
+int32_t j4TableSDK::J4_KeyPressed()
+try {
+    return Library()->J4_KeyPressed();
+}
+J4T_TRACE_FRAME
+
+int32_t j4TableSDK::J4_GetNumberOfAvailableSamples()
+try {
+    return Library()->J4_GetNumberOfAvailableSamples();
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_TriggerMeasurement()
+try {
+    ThrowOnStatus(Library()->J4_TriggerMeasurement());
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_TriggerCountedScan(uint32_t count)
+try {
+    ThrowOnStatus(Library()->J4_TriggerCountedScan(count));
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_GetSpectrum(float* spectrum, uint32_t index)
+try {
+    ThrowOnStatus(Library()->J4_GetSpectrum(spectrum, index));
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_GetTriStimulus(float* tristimulus, uint32_t index)
+try {
+    ThrowOnStatus(Library()->J4_GetTriStimulus(tristimulus, index));
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_GetDensities(float* densities, int32_t* densityIndex, uint32_t index)
+try {
+    ThrowOnStatus(Library()->J4_GetDensities(densities, densityIndex, index));
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_GetDensity(float* density, uint32_t index)
+try {
+    ThrowOnStatus(Library()->J4_GetDensity(density, index));
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_SetSubstrate(float* substrate)
+try {
+    ThrowOnStatus(Library()->J4_SetSubstrate(substrate));
+}
+J4T_TRACE_FRAME
+
+intptr_t j4TableSDK::J4_Private(int32_t operation, void* record)
+try {
+    if (operation < FirstTableOperation || operation > LastTableOperation) {
+        return Library()->J4_Private(static_cast<uint32_t>(operation), record);
+    }
+    if (operation == OperationWrite || operation == OperationRead) {
+        if (record == nullptr) {
+            throw SDKError(J4_ResultResourceFault, "parameter must not be null", std::string());
+        }
+        PrivateTableRequest(operation, *static_cast<J4PrivateTableRequest*>(record));
+    }
+    return 0;
+}
+J4T_TRACE_FRAME
+
+/// Reports its failures in the record alone, so that a service program sees raw traffic and nothing else.
+void j4TableSDK::PrivateTableRequest(int32_t operation, J4PrivateTableRequest& request)
+{
+    static std::array<char, 512> errorText;
+    static std::string answer;
+    const auto fail = [&](const char* text) {
+        request.failed = 1;
+        std::strncpy(errorText.data(), text, errorText.size() - 1);
+        errorText.back() = '\0';
+    };
+    request.errorText = errorText.data();
+    try {
+        if (operation == OperationWrite) {
+            const std::string data(request.data, static_cast<std::size_t>(request.length));
+            Table()->GetComManager()->WriteSerialData(data);
+        } else {
+            answer.clear();
+            request.data = answer.data();
+            const int32_t count = std::exchange(request.length, 0);
+            request.timeout = std::min(request.timeout, LongestRawTimeout);
+            answer = Table()->GetComManager()->ReadSerialData(count, static_cast<int32_t>(request.timeout));
+            request.data = answer.data();
+            request.length = static_cast<int32_t>(answer.size());
+        }
+        request.failed = 0;
+        errorText.front() = '\0';
+    } catch (const std::exception& exception) {
+        fail(exception.what());
+    } catch (...) {
+        fail("unknown error occured");
+    }
+}
+
+SmartPointer<j4Table> j4TableSDK::Table()
+try {
+    if (tableInvalid) {
+        table = 0;
+        tableInvalid = false;
+    }
+    if (table.IsNull()) {
+        table = SmartPointer<j4Table>(new j4Table(nullptr, 0));
+        // The table's start can have replaced the library.
+        SetDeviceMessageHandler();
+    }
+    return table;
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_Calibrate()
+try {
+    bool withTable = false;
+    try {
+        withTable = Table()->IsActiveJ4ConnectedToTable();
+    } catch (...) {
+        // A missing table never stops a plain calibration.
+    }
+    if (withTable) {
+        Table()->Calibrate();
+    } else {
+        ThrowOnStatus(Library()->J4_Calibrate());
+    }
+}
+J4T_TRACE_FRAME
+
+bool j4TableSDK::J4_IsTableConnected()
+try {
+    return Table()->IsTableConnected();
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_GoToHomePosition()
+try {
+    Table()->GoToHomePosition();
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_SynchronizeWhitebases(const float* whiteBase)
+try {
+    Table()->SynchronizeWhitebases(std::vector<float>(whiteBase, whiteBase + SpectrumLength));
+}
+J4T_TRACE_FRAME
+
+Position j4TableSDK::J4_GetPosition()
+try {
+    return ConvertToUserPositionUnit(Table()->GetPosition());
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_SetPosition(const Position& position)
+try {
+    const Position target = ConvertToTablePositionUnit(position);
+    if (std::fabs(target.x) < HomeRadius && std::fabs(target.y) < HomeRadius) {
+        Table()->GoToHomePosition();
+    } else {
+        Table()->SetPosition(target);
+    }
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_Scan(const Position& start, const Position& end)
+try {
+    const Position tableStart = ConvertToTablePositionUnit(start);
+    const Position tableEnd = ConvertToTablePositionUnit(end);
+    Table()->Scan(tableStart, tableEnd);
+}
+J4T_TRACE_FRAME
+
+int32_t j4TableSDK::UserUnit()
+try {
+    return Table()->GetProperty(PropertyId::UserUnit).AsLong();
+}
+J4T_TRACE_FRAME
+
+Position j4TableSDK::ConvertToTablePositionUnit(const Position& position)
+try {
+    Position copy = position;
+    const int32_t unit = UserUnit();
+    if (!IsUserUnit(unit)) {
+        throw ResourceException("Invalid unit");
+    }
+    copy.SetUnit(static_cast<PositionUnit>(unit), 0.0);
+    copy.ConvertTo(PositionUnitTenthMillimetre, 0.0);
+    return copy;
+}
+J4T_TRACE_FRAME
+
+Position j4TableSDK::ConvertToUserPositionUnit(const Position& position)
+try {
+    Position copy = position;
+    const int32_t unit = UserUnit();
+    if (!IsUserUnit(unit)) {
+        throw ResourceException("Invalid unit in properties.");
+    }
+    copy.ConvertTo(static_cast<PositionUnit>(unit), 0.0);
+    return copy;
+}
+J4T_TRACE_FRAME
+
+std::string j4TableSDK::GetOptionVersion(const std::string& key)
+try {
+    const auto found = std::find_if(versionKeys.begin(), versionKeys.end(),
+                                    [&key](const VersionKey& entry) { return entry.key == key; });
+    return found == versionKeys.end() ? std::string() : found->answer;
+}
+J4T_TRACE_FRAME
+
+/// The keys that the table answers.
+std::string j4TableSDK::GetTableOption(const std::string& key, bool& found)
+try {
+    found = true;
+    if (const uint16_t id = TranslateTableKeyLong(key)) {
+        return PropertyToString(Table()->GetProperty(id));
+    }
+    if (const uint16_t id = TranslateTableKeyBool(key)) {
+        return YesNo(Table()->GetProperty(id).AsLong() != 0);
+    }
+    if (key == "J4TConnection") {
+        return YesNo(J4_IsTableConnected());
+    }
+    if (key == "J4TRecognitionAlgorithm") {
+        return PropertyToString(Table()->GetProperty(PropertyId::RecognitionAlgorithm));
+    }
+    if (key == "J4TDeviceType") {
+        // Reading and writing differ by two; applications know it so.
+        return std::string(deviceTypePrefix) + std::to_string(Table()->GetDeviceIndex() - 1);
+    }
+    if (key == "J4TJ4SerialNumber") {
+        return Table()->GetPairedSerialNumber();
+    }
+    if (const uint16_t id = TranslateFlashKey(key)) {
+        return PropertyToString(Table()->GetFlashProperty(id));
+    }
+    found = false;
+    return std::string();
+}
+J4T_TRACE_FRAME
+
+std::string j4TableSDK::J4_GetOption(const std::string& key)
+try {
+    try {
+        bool found = false;
+        const std::string answer = GetTableOption(key, found);
+        if (found) {
+            return answer;
+        }
+    } catch (const ResourceNotAvailableException&) {
+        // A table that can't be reached leaves all other keys readable.
+    }
+    const std::string version = GetOptionVersion(key);
+    if (!version.empty()) {
+        return version;
+    }
+    if (key == "LastError") {
+        return SDKError(lastError).what();
+    }
+    if (key == "ExtendedErrorInformation") {
+        return lastError.GetExtendedInformation();
+    }
+    if (key == "J4TUseableWithoutJ4") {
+        return YesNo(useableWithoutJ4);
+    }
+    if (key == "J4TSerialPortLogFile") {
+        return serialPortLogFile;
+    }
+    if (key == "J4TJ4SDKPath") {
+        return Library()->GetPath();
+    }
+    if (key == testKey) {
+        throw std::runtime_error("You wanted a 'throw' in the j4tavla SDK, I did it!");
+    }
+    if (IsJ4TableBackdoorKey(key)) {
+        return EnterBackdoor(key);
+    }
+    return Library()->J4_GetOption(key);
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::J4_SetOption(const std::string& key, const std::string& value)
+try {
+    if (const uint16_t id = TranslateTableKeyLong(key)) {
+        const int32_t number = lexical_cast<int32_t>(value);
+        Table()->SetProperty(id, Property(number));
+    } else if (const uint16_t boolId = TranslateTableKeyBool(key)) {
+        Table()->SetProperty(boolId, Property(int32_t{IsYes(value)}));
+    } else if (key == "J4TEnableWhitebaseCorrection") {
+        Table()->ResetCorrecturVectorInJ4SDK();
+        if (!IsNo(value)) {
+            Table()->SetCorrecturVectorInJ4SDK();
+        }
+    } else if (key == "J4TRecognitionAlgorithm") {
+        const int32_t algorithm = lexical_cast<int32_t>(value);
+        Table()->SetProperty(PropertyId::RecognitionAlgorithm, Property(algorithm));
+        SetLibraryOption("Recognition", YesNo(algorithm != RecognitionOff));
+    } else if (key == "Recognition") {
+        SetRecognition(value);
+    } else if (key == "J4TUseableWithoutJ4") {
+        useableWithoutJ4 = IsYes(value);
+    } else if (key == "J4TWriteToSerialLogFile") {
+        Table()->GetComManager()->WriteToSerialLogFile(value);
+    } else if (key == "J4TSerialPortLogFile") {
+        serialPortLogFile = IsYes(value) ? "FTDI" : IsNo(value) ? "" : value;
+    } else if (key == "J4TDeviceType") {
+        SetDeviceType(value);
+    } else if (IsJ4TableBackdoorKey(key)) {
+        EnterBackdoor(key, value);
+    } else {
+        SetLibraryOption(key, value);
+    }
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::SetLibraryOption(const std::string& key, const std::string& value)
+try {
+    ThrowOnStatus(Library()->J4_SetOption(key, value));
+}
+J4T_TRACE_FRAME
+
+/// Keeps a present table in step with the library's option; no table is made for it, and an algorithm that
+/// was chosen stays.
+void j4TableSDK::SetRecognition(const std::string& value)
+try {
+    if (!table.IsNull()) {
+        if (value == "no") {
+            table->SetProperty(PropertyId::RecognitionAlgorithm, Property(RecognitionOff));
+        } else if (value == "yes" && table->GetProperty(PropertyId::RecognitionAlgorithm).AsLong() == RecognitionOff) {
+            table->SetProperty(PropertyId::RecognitionAlgorithm, Property(RecognitionDefault));
+        }
+    }
+    SetLibraryOption("Recognition", value);
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::SetDeviceType(const std::string& value)
+try {
+    if (!value.starts_with(deviceTypePrefix)) {
+        throw ResourceException("Invalid device ID-string");
+    }
+    const uint16_t number = lexical_cast<uint16_t>(value.substr(deviceTypePrefix.size()));
+    if (number < 1 || number > 127) {
+        throw ResourceException("Invalid device ID");
+    }
+    // The old table goes first and gives up the hardware.
+    UnInitialize();
+    table = SmartPointer<j4Table>(new j4Table(nullptr, static_cast<uint16_t>(number - 1)));
+    Initialize();
+}
+J4T_TRACE_FRAME
+
+bool j4TableSDK::IsJ4TableBackdoorKey(const std::string& key)
+try {
+    if (key.empty() || key.find_first_not_of("0123456789") != std::string::npos) {
+        return false;
+    }
+    const uint16_t id = lexical_cast<uint16_t>(key);
+    if (id < FirstBackdoorKey || id > LastBackdoorKey) {
+        return false;
+    }
+    return Table()->HasProperty(id);
+}
+J4T_TRACE_FRAME
+
+std::string j4TableSDK::EnterBackdoor(const std::string& key)
+try {
+    return PropertyToString(Table()->GetProperty(lexical_cast<uint16_t>(key)));
+}
+J4T_TRACE_FRAME
+
+void j4TableSDK::EnterBackdoor(const std::string& key, const std::string& value)
+try {
+    const Property property = PropertyFromString(value);
+    Table()->SetProperty(lexical_cast<uint16_t>(key), property);
+}
+J4T_TRACE_FRAME
+
+}  // namespace Kestrelon::DeviceDriver::J4T
