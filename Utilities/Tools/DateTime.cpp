@@ -1,0 +1,23 @@
+#include "Utilities/Tools/DateTime.h"
+
+#include <ctime>
+
+#include "Utilities/Exceptions/TraceFrame.h"
+
+namespace Kestrelon::Utilities::Tools {
+
+DateTime::DateTime()
+try {
+    SetNow();
+}
+J4T_TRACE_FRAME
+
+void DateTime::SetNow()
+try {
+    time = std::time(nullptr);
+}
+J4T_TRACE_FRAME
+
+int32_t DateTime::GetLongTime() const { return static_cast<int32_t>(time); }
+
+}  // namespace Kestrelon::Utilities::Tools

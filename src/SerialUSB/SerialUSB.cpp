@@ -1,0 +1,198 @@
+#include "src/SerialUSB/SerialUSB.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <stdexcept>
+
+#include "Utilities/Exceptions/TableExceptions.h"
+#include "Utilities/Exceptions/TraceFrame.h"
+#include "src/SerialUSB/UsbFactory.h"
+
+namespace Kestrelon::DeviceDriver::J4T::LowLevel {
+
+namespace {
+
+constexpr uint32_t VendorId = 0x0971;
+constexpr uint32_t ProductId = 0x2004;
+
+/// The largest transfer that the device is configured for.
+constexpr std::size_t CacheSize = 0x20000;
+
+// Packets of the FTDI bridge: two status bytes, then up to 62 bytes of payload.
+constexpr std::size_t PacketSize = 64;
+constexpr std::size_t StatusSize = 2;
+constexpr std::size_t PayloadSize = PacketSize - StatusSize;
+
+/// Bit 0 of the first status byte is set in every good packet.
+constexpr uint8_t StatusAlwaysSet = 0x01;
+
+// The bridge answers every 16 milliseconds (its default latency), so that is the length of one poll.
+constexpr uint32_t PollShift = 4;
+constexpr uint32_t PollHalf = 8;
+constexpr int32_t MinimumPolls = 5;
+constexpr int32_t ClearPolls = 10;
+
+/// The bridge's set-up, as vendor requests: reset, purge both buffers, baud-rate divisor (3,000,000 / 52),
+/// 8 data bits with no parity and 1 stop bit.
+struct BridgeRequest {
+    unsigned char request;
+    unsigned short value;
+};
+constexpr std::array<BridgeRequest, 5> bridgeSetUp = {{{0, 0}, {0, 1}, {0, 2}, {3, 0x0034}, {4, 0x0008}}};
+
+}  // namespace
+
+SerialUSB::SerialUSB()
+try : usb(CreateUsb(VendorId, ProductId)), cache(CacheSize) {
+}
+J4T_TRACE_FRAME
+
+SerialUSB::~SerialUSB()
+{
+    try {
+        CloseDevice();
+    } catch (...) {
+        // A device that fails while it is closed is gone.
+    }
+}
+
+void SerialUSB::OpenDevice(uint16_t index)
+try {
+    CloseDevice();
+    usb->Open(index);
+    open = true;
+}
+J4T_TRACE_FRAME
+
+void SerialUSB::CloseDevice()
+try {
+    if (open) {
+        usb->Close();
+        open = false;
+    }
+}
+J4T_TRACE_FRAME
+
+void SerialUSB::InitCom()
+try {
+    ThrowIfNotOpen();
+    for (const BridgeRequest& request : bridgeSetUp) {
+        usb->DeviceIo(request.request, request.value, 0, false, nullptr, 0);
+    }
+}
+J4T_TRACE_FRAME
+
+void SerialUSB::ClearCache()
+try {
+    int32_t retries = ClearPolls;
+    RefreshCache(retries, true);
+    cachePosition = 0;
+    cacheLength = 0;
+}
+J4T_TRACE_FRAME
+
+void SerialUSB::WriteString(const std::string& data)
+try {
+    ThrowIfNotOpen();
+    WriteDataInternal(reinterpret_cast<const uint8_t*>(data.data()), static_cast<int32_t>(data.size()));
+}
+J4T_TRACE_FRAME
+
+void SerialUSB::WriteDataInternal(const uint8_t* data, int32_t length)
+try {
+    usb->Write(Usb::PipeOut, data, static_cast<unsigned long>(length));
+}
+J4T_TRACE_FRAME
+
+std::string SerialUSB::Read(int32_t count, int32_t timeout)
+try {
+    ThrowIfNotOpen();
+    std::vector<char> result(static_cast<std::size_t>(count));
+    std::size_t filled = 0;
+    int32_t retries = std::max(static_cast<int32_t>((static_cast<uint32_t>(timeout) + PollHalf) >> PollShift), MinimumPolls);
+    for (;;) {
+        if (cacheLength > 0) {
+            const int32_t taken = std::min(static_cast<int32_t>(cacheLength), count);
+            std::memcpy(result.data() + filled, cache.data() + cachePosition, static_cast<std::size_t>(taken));
+            cachePosition += static_cast<uint64_t>(taken);
+            cacheLength -= static_cast<uint64_t>(taken);
+            filled += static_cast<std::size_t>(taken);
+            count -= taken;
+        }
+        if (count <= 0) {
+            break;
+        }
+        RefreshCache(retries, true);
+        if (retries <= 0) {
+            break;
+        }
+    }
+    return std::string(result.data(), filled);
+}
+J4T_TRACE_FRAME
+
+void SerialUSB::RefreshCache(int32_t& retries, bool ignoreTimeout)
+try {
+    cachePosition = 0;
+    cacheLength = 0;
+    unsigned long transferred = 0;
+    while (retries > 0) {
+        transferred = static_cast<unsigned long>(cache.size());
+        usb->Read(Usb::PipeIn, cache.data(), &transferred);
+        if (transferred > StatusSize && (cache[0] & StatusAlwaysSet) != 0) {
+            break;
+        }
+        --retries;
+    }
+    // A last transfer that failed the status test is unpacked all the same.
+    if (transferred <= StatusSize && !ignoreTimeout) {
+        throw CommunicationTimeoutException("Timeout during read.");
+    }
+    UnpackCache(std::min<std::size_t>(transferred, cache.size()));
+}
+J4T_TRACE_FRAME
+
+void SerialUSB::UnpackCache(std::size_t transferred)
+try {
+    // Through a local copy, so that the ascending moves are safe in place and compile to a few registers.
+    const auto movePayload = [this](std::size_t packet) {
+        std::array<uint8_t, PayloadSize> payload;
+        std::memcpy(payload.data(), cache.data() + PacketSize * packet + StatusSize, PayloadSize);
+        std::memcpy(cache.data() + PayloadSize * packet, payload.data(), PayloadSize);
+        cacheLength -= StatusSize;
+    };
+    cacheLength = transferred;
+    const std::size_t wholePackets = transferred / PacketSize;
+    for (std::size_t packet = 0; packet < wholePackets; ++packet) {
+        movePayload(packet);
+    }
+    const std::size_t tail = transferred % PacketSize;
+    if (tail == 1) {
+        throw std::length_error("last package contains only one byte");
+    }
+    if (tail > 0) {
+        movePayload(wholePackets);
+    }
+}
+J4T_TRACE_FRAME
+
+std::string SerialUSB::SerialNumber()
+try {
+    std::array<char, Usb::SerialNumberSize + 1> serial{};
+    usb->GetSerialNumber(serial.data());
+    return serial.data();
+}
+J4T_TRACE_FRAME
+
+void SerialUSB::WriteToLogFile(const std::string&) {}
+
+void SerialUSB::ThrowIfNotOpen() const
+try {
+    if (!open) {
+        throw CommunicationException("Connection to device not established");
+    }
+}
+J4T_TRACE_FRAME
+
+}  // namespace Kestrelon::DeviceDriver::J4T::LowLevel

@@ -1,0 +1,15 @@
+// The link-time seam of the USB transport: the one place where the platform's Usb is made. Each platform
+// folder defines this function.
+#pragma once
+
+#include <cstdint>
+
+#include "src/SerialUSB/Usb.h"
+#include "Utilities/Tools/SmartPointer.h"
+
+namespace Kestrelon::DeviceDriver::J4T::LowLevel {
+
+/// Makes the platform's Usb for devices with these identifiers; nothing is opened.
+Utilities::Tools::SmartPointer<Usb> CreateUsb(uint32_t vendorId, uint32_t productId);
+
+}  // namespace Kestrelon::DeviceDriver::J4T::LowLevel
