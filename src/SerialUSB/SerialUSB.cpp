@@ -41,6 +41,32 @@ struct BridgeRequest {
 };
 constexpr std::array<BridgeRequest, 5> bridgeSetUp = {{{0, 0}, {0, 1}, {0, 2}, {3, 0x0034}, {4, 0x0008}}};
 
+/// Sixteen bytes that the compiler keeps in one register.
+struct Chunk {
+    uint64_t words[2];
+};
+
+/// Moves a packet's payload behind that of the packets before it. All is read before anything is written, in
+/// registers and with an overlap of the last two chunks, so that the move is safe in place and fast.
+inline void MovePayload(uint8_t* cache, std::size_t packet)
+{
+    const uint8_t* from = cache + PacketSize * packet + StatusSize;
+    uint8_t* to = cache + PayloadSize * packet;
+    constexpr std::size_t last = PayloadSize - sizeof(Chunk);
+    Chunk first;
+    Chunk second;
+    Chunk third;
+    Chunk fourth;
+    std::memcpy(&first, from, sizeof(Chunk));
+    std::memcpy(&second, from + sizeof(Chunk), sizeof(Chunk));
+    std::memcpy(&third, from + 2 * sizeof(Chunk), sizeof(Chunk));
+    std::memcpy(&fourth, from + last, sizeof(Chunk));
+    std::memcpy(to, &first, sizeof(Chunk));
+    std::memcpy(to + sizeof(Chunk), &second, sizeof(Chunk));
+    std::memcpy(to + 2 * sizeof(Chunk), &third, sizeof(Chunk));
+    std::memcpy(to + last, &fourth, sizeof(Chunk));
+}
+
 }  // namespace
 
 SerialUSB::SerialUSB()
@@ -155,24 +181,19 @@ J4T_TRACE_FRAME
 
 void SerialUSB::UnpackCache(std::size_t transferred)
 try {
-    // Through a local copy, so that the ascending moves are safe in place and compile to a few registers.
-    const auto movePayload = [this](std::size_t packet) {
-        std::array<uint8_t, PayloadSize> payload;
-        std::memcpy(payload.data(), cache.data() + PacketSize * packet + StatusSize, PayloadSize);
-        std::memcpy(cache.data() + PayloadSize * packet, payload.data(), PayloadSize);
-        cacheLength -= StatusSize;
-    };
     cacheLength = transferred;
     const std::size_t wholePackets = transferred / PacketSize;
     for (std::size_t packet = 0; packet < wholePackets; ++packet) {
-        movePayload(packet);
+        MovePayload(cache.data(), packet);
     }
+    cacheLength -= StatusSize * wholePackets;
     const std::size_t tail = transferred % PacketSize;
     if (tail == 1) {
         throw std::length_error("last package contains only one byte");
     }
     if (tail > 0) {
-        movePayload(wholePackets);
+        MovePayload(cache.data(), wholePackets);
+        cacheLength -= StatusSize;
     }
 }
 J4T_TRACE_FRAME

@@ -1,0 +1,47 @@
+#!/bin/sh
+# Tests that each shipped library shows exactly the 22 functions, on Windows with the ordinals 4 to 25, and
+# the instrument's stand-in exactly its sixteen.
+set -eu
+cd "$(dirname "$0")/.."
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+sed -n 's/^ *\(J4_[A-Za-z]*\) @\([0-9]*\)$/\2 \1/p' c_sdk/src/j4tavla64.def | sort >"$work/ordinals"
+cut -d' ' -f2 "$work/ordinals" | sort >"$work/names"
+sed -n 's/^J4T_API.*[ *]\(J4_[A-Za-z]*\)(.*/\1/p' c_sdk/include/j4tavla.h | sort >"$work/header"
+[ "$(wc -l <"$work/names")" -eq 22 ] || { echo "the list of exports does not have 22 names" >&2; exit 1; }
+diff "$work/names" "$work/header"
+
+# linux_names FILE, windows_names FILE: "ordinal name" or "name", sorted
+linux_names() { nm -D --defined-only "$1" | awk '{ print $NF }' | sed 's/@.*//' | sort; }
+windows_names() {
+    x86_64-w64-mingw32-objdump -p "$1" | awk '
+        /^Ordinal Base|Ordinal Base/ && !base { base = $NF }
+        /\[Ordinal\/Name Pointer\] Table/ { inTable = 1; next }
+        inTable && /^\t\[/ { gsub(/[][]/, " "); print $1 + base, $NF; next }
+        inTable && NF == 0 { inTable = 0 }' | sort
+}
+
+for library in out/linux/virtual/libj4tavla64.so out/windows/virtual/j4tavla64.dll; do
+    [ -f "$library" ] || { echo "$library is missing" >&2; exit 1; }
+done
+for library in $(find out/linux -name libj4tavla64.so); do
+    linux_names "$library" >"$work/found"
+    diff "$work/names" "$work/found"
+    echo "$library: 22 functions, nothing else"
+done
+for library in $(find out/windows -name j4tavla64.dll); do
+    windows_names "$library" >"$work/found"
+    diff "$work/ordinals" "$work/found"
+    echo "$library: 22 functions with the ordinals 4 to 25, nothing else"
+done
+
+awk '/SlotCount> j4Bridge::functionNames/ { inList = 1 } inList && /"J4_/ { gsub(/[",]/, ""); print $1 } /^};/ { inList = 0 }' \
+    src/j4Bridge.cpp | sort >"$work/sixteen"
+[ "$(wc -l <"$work/sixteen")" -eq 16 ] || { echo "the bridge does not bind sixteen functions" >&2; exit 1; }
+linux_names out/linux/virtual/libsorvane64.so >"$work/found"
+diff "$work/sixteen" "$work/found"
+windows_names out/windows/virtual/sorvane64.dll | cut -d' ' -f2 | sort >"$work/found"
+diff "$work/sixteen" "$work/found"
+echo "instrument's stand-in: sixteen functions on both platforms"

@@ -1,0 +1,30 @@
+#!/bin/sh
+# Installs what is missing of the Debian packages that building (build) or testing (check) needs.
+# usage: install.sh build|check
+set -eu
+
+build="g++ cmake ninja-build colord-data g++-mingw-w64-x86-64-posix"
+check="$build googletest libbenchmark-dev wine wine64"
+
+case "${1-}" in
+build) wanted=$build ;;
+check) wanted=$check ;;
+*) echo "usage: $0 build|check" >&2; exit 2 ;;
+esac
+
+missing=
+for package in $wanted; do
+    status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
+    [ "$status" = installed ] || missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+
+echo "Installing:$missing"
+asroot=
+if [ "$(id -u)" -ne 0 ]; then
+    asroot="sudo"
+fi
+export DEBIAN_FRONTEND=noninteractive
+$asroot apt-get update -q
+# shellcheck disable=SC2086
+$asroot apt-get install -q -y --no-install-recommends $missing
