@@ -37,7 +37,9 @@ set(j4_core_sources
     src/j4TableScanHandle.cpp)
 add_library(j4_core OBJECT ${j4_core_sources})
 target_link_libraries(j4_core PUBLIC j4t_flags)
-target_include_directories(j4_core PUBLIC ${PROJECT_SOURCE_DIR}/c_sdk/include)
+target_include_directories(j4_core
+    PUBLIC ${PROJECT_SOURCE_DIR}/c_sdk/include
+    PRIVATE ${CMAKE_BINARY_DIR}/generated)
 
 # Seams that are the same in every variant of a platform.
 add_library(j4_loader_seam OBJECT Utilities/Tools/${platform}/LibraryLoaderImpl.cpp)
@@ -54,7 +56,10 @@ function(j4_add_library target)
     set_target_properties(${target} PROPERTIES PREFIX "${library_prefix}" OUTPUT_NAME j4tavla64)
     target_include_directories(${target} INTERFACE ${PROJECT_SOURCE_DIR}/c_sdk/include)
     if(WIN32)
-        target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.def)
+        target_sources(${target} PRIVATE
+            ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.def
+            ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.rc)
+        target_include_directories(${target} PRIVATE ${CMAKE_BINARY_DIR}/generated)
     else()
         target_link_options(${target} PRIVATE
             "-Wl,--version-script=${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.map" -Wl,--no-undefined)

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <cstdlib>
 #include <locale>
 #include <sstream>
 #include <string_view>
@@ -30,31 +30,33 @@ constexpr std::array<KeyId, 5> longKeys = {{
     {"J4TMoveSpeed", PropertyId::MoveSpeed},
     {"J4TScanSpeed", PropertyId::ScanSpeed},
     {"J4TScanDelay", PropertyId::ScanDelay},
-    {"J4TFirmwareVersion", 5201},
-    {"J4TSerialNumber", 5289},
+    {"J4TFirmwareVersion", PropertyId::FirmwareVersion},
+    {"J4TSerialNumber", PropertyId::SerialNumber},
 }};
 
 constexpr std::array<KeyId, 7> metricKeys = {{
-    {"J4TMetricAbsHomeMovements", 5220},
-    {"J4TMetricAbsMovements", 5221},
-    {"J4TMetricAbsDistance", 5222},
-    {"J4TMetricResets", 5223},
-    {"J4TMetricRelHomeMovements", 5224},
-    {"J4TMetricRelMovements", 5225},
-    {"J4TMetricRelDistance", 5226},
+    {"J4TMetricAbsHomeMovements", PropertyId::FirstMetric},
+    {"J4TMetricAbsMovements", PropertyId::FirstMetric + 1},
+    {"J4TMetricAbsDistance", PropertyId::FirstMetric + 2},
+    {"J4TMetricResets", PropertyId::FirstMetric + 3},
+    {"J4TMetricRelHomeMovements", PropertyId::FirstMetric + 4},
+    {"J4TMetricRelMovements", PropertyId::FirstMetric + 5},
+    {"J4TMetricRelDistance", PropertyId::FirstMetric + 6},
 }};
 
 constexpr std::array<KeyId, 4> boolKeys = {{
-    {"J4THoldPosition", 5204},
+    {"J4THoldPosition", PropertyId::HoldPosition},
     {"J4TIsVisorCoordinate", PropertyId::IsVisorCoordinate},
-    {"J4TEnableElectrostaticFoil", 5205},
-    {"J4TEnableElectrostaticFoilButton", 5206},
+    {"J4TEnableElectrostaticFoil", PropertyId::Foil},
+    {"J4TEnableElectrostaticFoilButton", PropertyId::FoilButton},
 }};
 
 constexpr std::array<KeyId, 2> flashKeys = {{
     {"J4TLastWhiteBaseTransferTime", FlashId::WhiteBaseTime},
     {"J4TMaxSpeed", FlashId::MaxSpeed},
 }};
+
+constexpr std::string_view flashPrefix = "J4TFlash_";
 
 template <class Keys>
 uint16_t Find(const Keys& keys, const std::string& key)
@@ -100,9 +102,10 @@ try {
     if (const uint16_t id = Find(flashKeys, key)) {
         return id;
     }
-    uint32_t number = 0;
-    std::sscanf(key.c_str(), "J4TFlash_%ud", &number);
-    return static_cast<uint16_t>(number);
+    // Read like "%u" of the scan functions, but defined for numbers of any length.
+    return key.starts_with(flashPrefix)
+               ? static_cast<uint16_t>(std::strtoull(key.c_str() + flashPrefix.size(), nullptr, 10))
+               : 0;
 }
 J4T_TRACE_FRAME
 

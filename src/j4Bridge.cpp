@@ -42,7 +42,7 @@ SmartPointer<j4Bridge>& j4Bridge::StaticInstance()
     return instance;
 }
 
-const SmartPointer<j4Bridge>& j4Bridge::Instance()
+SmartPointer<j4Bridge> j4Bridge::Instance()
 try {
     SmartPointer<j4Bridge>& instance = StaticInstance();
     if (instance.IsNull()) {

@@ -44,8 +44,10 @@ struct J4PositionList {
 
 class j4Bridge {
 public:
-    /// The one instance, made when there is none. @throws J4LibraryException when the library can't be used
-    static const Utilities::Tools::SmartPointer<j4Bridge>& Instance();
+    /// The one instance, made when there is none. A counted copy, so that the library stays loaded while a
+    /// call is in it, even when a handler that it calls unloads it.
+    /// @throws J4LibraryException when the library can't be used
+    static Utilities::Tools::SmartPointer<j4Bridge> Instance();
 
     /// Destroys the instance and so unloads the library; the next Instance() loads it anew.
     static void UnloadInstance();
@@ -131,5 +133,8 @@ private:
     bool handlersPending = true;
     std::array<void*, SlotCount> functions{};
 };
+
+/// The instrument's library, as the table's code calls it.
+inline Utilities::Tools::SmartPointer<j4Bridge> Library() { return j4Bridge::Instance(); }
 
 }  // namespace Kestrelon::DeviceDriver::J4T

@@ -21,14 +21,14 @@ J4T_TRACE_FRAME
 
 void j4SpectraGuard::ReadSpectra()
 try {
-    const int32_t count = j4Bridge::Instance()->J4_GetNumberOfAvailableSamples();
+    const int32_t count = Library()->J4_GetNumberOfAvailableSamples();
     if (count <= 0) {
         return;
     }
     spectra.resize(static_cast<std::size_t>(count));
     for (std::size_t i = 0; i < spectra.size(); ++i) {
         spectra[i].assign(SpectrumLength, 0.0f);
-        if (j4Bridge::Instance()->J4_GetSpectrum(spectra[i].data(), static_cast<uint32_t>(i)) != 0) {
+        if (Library()->J4_GetSpectrum(spectra[i].data(), static_cast<uint32_t>(i)) != 0) {
             throw ScanException("Can't get sample " + std::to_string(i) + " in j4 SDK.");
         }
     }
@@ -43,7 +43,7 @@ try {
         samples.push_back(spectrum.data());
     }
     J4SampleList list{samples.data(), static_cast<int32_t>(samples.size())};
-    j4Bridge::Instance()->J4_Private(PrivateOperation::Samples, &list);
+    Library()->J4_Private(PrivateOperation::Samples, &list);
 }
 J4T_TRACE_FRAME
 

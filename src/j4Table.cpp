@@ -45,30 +45,9 @@ constexpr uint32_t CalibrationPause = 1500;  ///< ms between the calibrations of
 /// Coordinates of the configuration block are millimetres.
 constexpr int32_t TenthsPerMillimetre = 10;
 
-/// Ids of what the table is asked for at each access.
-namespace TableValue {
-constexpr uint16_t First = 5201;
-constexpr uint16_t FirmwareVersion = 5201;
-constexpr uint16_t FirmwareFirst = 5202;
-constexpr uint16_t FirmwareThird = 5203;
-constexpr uint16_t HoldPosition = 5204;
-constexpr uint16_t Foil = 5205;
-constexpr uint16_t FoilButton = 5206;
-constexpr uint16_t FirstDeviation = 5210;
-constexpr uint16_t LastDeviation = 5215;
-constexpr uint16_t FirstControllerInfo = 5218;
-constexpr uint16_t SecondControllerInfo = 5219;
-constexpr uint16_t FirstMetric = 5220;
-constexpr uint16_t LastMetric = 5226;
-constexpr uint16_t SerialNumber = 5289;
-constexpr uint16_t Last = 5298;
-}  // namespace TableValue
-
-bool IsFluctuating(uint16_t id) { return id >= TableValue::First && id <= TableValue::Last; }
+bool IsFluctuating(uint16_t id) { return id >= PropertyId::FirstTableValue && id <= PropertyId::LastTableValue; }
 
 Property LongProperty(uint32_t value) { return Property(static_cast<int32_t>(value)); }
-
-const SmartPointer<j4Bridge>& Library() { return j4Bridge::Instance(); }
 
 void RequestCorrection(const float* vector)
 {
@@ -112,11 +91,13 @@ try {
     }
     SetLimits();
     comManager->GetMotors()->SetProperties(&properties);
+    ready = true;
 }
 J4T_TRACE_FRAME
 
 void j4Table::UnInitialize()
 {
+    ready = false;
     scanHandle = 0;
     flashHandle = 0;
     comManager = 0;
@@ -462,37 +443,37 @@ J4T_TRACE_FRAME
 
 Property j4Table::GetFluctuatingProperty(uint16_t id)
 try {
-    if (id >= TableValue::FirmwareVersion && id <= TableValue::FirmwareThird) {
+    if (id >= PropertyId::FirmwareVersion && id <= PropertyId::FirmwareThird) {
         uint32_t first = 0;
         uint32_t second = 0;
         uint32_t third = 0;
         comManager->GetInfo()->GetFirmware(first, second, third);
-        return LongProperty(id == TableValue::FirmwareVersion ? second : id == TableValue::FirmwareFirst ? first : third);
+        return LongProperty(id == PropertyId::FirmwareVersion ? second : id == PropertyId::FirmwareFirst ? first : third);
     }
-    if (id >= TableValue::FirstDeviation && id <= TableValue::LastDeviation) {
+    if (id >= PropertyId::FirstDeviation && id <= PropertyId::LastDeviation) {
         std::array<int32_t, 6> deviations{};
         comManager->GetInfo()->GetControllerDeviation(deviations);
-        return Property(deviations[id - TableValue::FirstDeviation]);
+        return Property(deviations[id - PropertyId::FirstDeviation]);
     }
-    if (id == TableValue::FirstControllerInfo || id == TableValue::SecondControllerInfo) {
+    if (id == PropertyId::FirstControllerInfo || id == PropertyId::SecondControllerInfo) {
         uint32_t first = 0;
         uint32_t second = 0;
         comManager->GetInfo()->GetControllerInfo(first, second);
-        return LongProperty(id == TableValue::FirstControllerInfo ? first : second);
+        return LongProperty(id == PropertyId::FirstControllerInfo ? first : second);
     }
-    if (id >= TableValue::FirstMetric && id <= TableValue::LastMetric) {
+    if (id >= PropertyId::FirstMetric && id <= PropertyId::LastMetric) {
         std::array<uint32_t, 7> metrics{};
         comManager->GetInfo()->GetTableMetrics(metrics);
-        return LongProperty(metrics[id - TableValue::FirstMetric]);
+        return LongProperty(metrics[id - PropertyId::FirstMetric]);
     }
     switch (id) {
-    case TableValue::HoldPosition:
+    case PropertyId::HoldPosition:
         return LongProperty(comManager->GetInfo()->GetMode() == Communication::J4TableModeHold);
-    case TableValue::Foil:
+    case PropertyId::Foil:
         return LongProperty(comManager->GetMisc()->IsElectrostaticFoilEnabled());
-    case TableValue::FoilButton:
+    case PropertyId::FoilButton:
         return LongProperty(comManager->GetMisc()->IsElectrostaticFoilButtonEnabled());
-    case TableValue::SerialNumber: {
+    case PropertyId::SerialNumber: {
         const std::string serialNumber = comManager->GetSerialNumber();
         if (serialNumber.empty()) {
             throw GeneralCommunicationException("Empty serial number.");
@@ -508,13 +489,13 @@ J4T_TRACE_FRAME
 void j4Table::SetFluctuatingProperty(uint16_t id, const Property& value)
 try {
     switch (id) {
-    case TableValue::HoldPosition:
+    case PropertyId::HoldPosition:
         comManager->GetMotors()->HoldPosition(value.AsLong() != 0);
         break;
-    case TableValue::Foil:
+    case PropertyId::Foil:
         comManager->GetMisc()->ElectrostaticFoil(value.AsLong() != 0);
         break;
-    case TableValue::FoilButton:
+    case PropertyId::FoilButton:
         comManager->GetMisc()->ElectrostaticFoilButton(value.AsLong() != 0);
         break;
     default:

@@ -31,6 +31,8 @@ public:
 
     void MessageFromDevice(int32_t message, const std::string& text) override;
 
+    /// Set up completely: true after construction, false when setting it up anew has failed.
+    bool IsReady() const { return ready; }
     uint16_t GetDeviceIndex() const { return deviceIndex; }
     /// Serial number of the instrument in the table; empty while none is paired.
     const std::string& GetPairedSerialNumber() const { return pairedSerialNumber; }
@@ -91,6 +93,7 @@ private:
     Utilities::Tools::SmartPointer<Communication::j4TableComManager> comManager;
     Utilities::Tools::SmartPointer<j4TableFlashDataHandle> flashHandle;
     Utilities::Tools::SmartPointer<j4TableScanHandle> scanHandle;
+    bool ready = false;
 };
 
 }  // namespace Kestrelon::DeviceDriver::J4T

@@ -6,13 +6,13 @@
 namespace Kestrelon::DeviceDriver::J4T {
 
 SavedOption::SavedOption(const std::string& key)
-try : key(key), value(j4Bridge::Instance()->J4_GetOption(key)) {
+try : key(key), value(Library()->J4_GetOption(key)) {
 }
 J4T_TRACE_FRAME
 
 SavedOption::~SavedOption() noexcept(false)
 {
-    AtEnd([this] { j4Bridge::Instance()->J4_SetOption(key, value); });
+    AtEnd([this] { Library()->J4_SetOption(key, value); });
 }
 
 }  // namespace Kestrelon::DeviceDriver::J4T

@@ -6,7 +6,7 @@
 
 namespace Kestrelon::DeviceDriver::J4T {
 
-/// Ids of the stored settings.
+/// Ids of the table's properties.
 namespace PropertyId {
 inline constexpr uint16_t MoveSpeed = 5010;            ///< mm/s
 inline constexpr uint16_t ScanSpeed = 5011;            ///< mm/s
@@ -21,7 +21,31 @@ inline constexpr uint16_t DirtCheckLimit = 5044;       ///< largest colour diffe
 inline constexpr uint16_t DirtCheckDifference = 5045;  ///< of the last check; stored only then
 inline constexpr uint16_t CheckRange = 5050;           ///< 0: targets are not checked
 inline constexpr uint16_t RecognitionAlgorithm = 5060; ///< 0 none, 1 by samples, 2 by samples and positions
+
+// Not stored: the table is asked for them at each access.
+inline constexpr uint16_t FirstTableValue = 5201;
+inline constexpr uint16_t FirmwareVersion = 5201;
+inline constexpr uint16_t FirmwareFirst = 5202;
+inline constexpr uint16_t FirmwareThird = 5203;
+inline constexpr uint16_t HoldPosition = 5204;
+inline constexpr uint16_t Foil = 5205;
+inline constexpr uint16_t FoilButton = 5206;
+inline constexpr uint16_t FirstDeviation = 5210;
+inline constexpr uint16_t LastDeviation = 5215;
+inline constexpr uint16_t FirstControllerInfo = 5218;
+inline constexpr uint16_t SecondControllerInfo = 5219;
+inline constexpr uint16_t FirstMetric = 5220;  ///< the seven lifetime counters, in the table's order
+inline constexpr uint16_t LastMetric = 5226;
+inline constexpr uint16_t SerialNumber = 5289;
+inline constexpr uint16_t LastTableValue = 5298;
 }  // namespace PropertyId
+
+/// Values of PropertyId::RecognitionAlgorithm.
+namespace Recognition {
+inline constexpr int32_t None = 0;
+inline constexpr int32_t BySamples = 1;
+inline constexpr int32_t ByPositions = 2;
+}  // namespace Recognition
 
 class j4TableProperties : public Generic::Configuration::Properties {
 public:

@@ -12,6 +12,7 @@
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "Utilities/Tools/LexicalCast.h"
+#include "Version.h"
 #include "src/OptionKeys.h"
 #include "src/j4Bridge.h"
 
@@ -25,30 +26,21 @@ using Utilities::Tools::SmartPointer;
 
 namespace {
 
-// The library's version; the version resource of the Windows DLL repeats it.
-#define J4T_VERSION_MAJOR "1"
-#define J4T_VERSION_MINOR "1"
-#define J4T_VERSION_REVISION "4"
-#define J4T_VERSION_BUILD "104"
-
 struct VersionKey {
     std::string_view key;
     const char* answer;
 };
 constexpr std::array<VersionKey, 5> versionKeys = {{
-    {"J4TVersion", "Version " J4T_VERSION_MAJOR "." J4T_VERSION_MINOR "." J4T_VERSION_REVISION
-                   "  Build " J4T_VERSION_BUILD},
-    {"J4TMajorVersion", J4T_VERSION_MAJOR},
-    {"J4TMinorVersion", J4T_VERSION_MINOR},
-    {"J4TRevisionVersion", J4T_VERSION_REVISION},
-    {"J4TBuildVersion", J4T_VERSION_BUILD},
+    {"J4TVersion", "Version " J4T_VERSION_TEXT(J4T_VERSION_MAJOR) "." J4T_VERSION_TEXT(J4T_VERSION_MINOR) "." J4T_VERSION_TEXT(
+                       J4T_VERSION_REVISION) "  Build " J4T_VERSION_TEXT(J4T_VERSION_BUILD)},
+    {"J4TMajorVersion", J4T_VERSION_TEXT(J4T_VERSION_MAJOR)},
+    {"J4TMinorVersion", J4T_VERSION_TEXT(J4T_VERSION_MINOR)},
+    {"J4TRevisionVersion", J4T_VERSION_TEXT(J4T_VERSION_REVISION)},
+    {"J4TBuildVersion", J4T_VERSION_TEXT(J4T_VERSION_BUILD)},
 }};
 
 const std::string_view deviceTypePrefix = "J4TSorvaneTable";
 const std::string_view testKey = "Please throw an exception in the j4tavla SDK";
-
-constexpr int32_t RecognitionOff = 0;
-constexpr int32_t RecognitionDefault = 2;
 
 /// Operations of J4_Private that are the table's own.
 constexpr int32_t FirstTableOperation = 1000;
@@ -66,8 +58,6 @@ constexpr double HomeRadius = 0.5;
 static_assert(sizeof(void*) != 8 ||
               (offsetof(J4PrivateTableRequest, length) == 8 && offsetof(J4PrivateTableRequest, timeout) == 12 &&
                offsetof(J4PrivateTableRequest, failed) == 20 && offsetof(J4PrivateTableRequest, errorText) == 24));
-
-const SmartPointer<j4Bridge>& Library() { return j4Bridge::Instance(); }
 
 /// A value 0 to 2 that the application can choose as its unit.
 bool IsUserUnit(int32_t value) { return value >= PositionUnitMillimetre && value <= PositionUnitInch; }
@@ -325,7 +315,14 @@ J4T_TRACE_FRAME
 
 void j4TableSDK::J4_SynchronizeWhitebases(const float* whiteBase)
 try {
-    Table()->SynchronizeWhitebases(std::vector<float>(whiteBase, whiteBase + SpectrumLength));
+    const SmartPointer<j4Table> current = Table();
+    try {
+        current->SynchronizeWhitebases(std::vector<float>(whiteBase, whiteBase + SpectrumLength));
+    } catch (...) {
+        // A table that did not come up again after the transfer is made anew by the next call.
+        tableInvalid = tableInvalid || !current->IsReady();
+        throw;
+    }
 }
 J4T_TRACE_FRAME
 
@@ -479,7 +476,7 @@ try {
     } else if (key == "J4TRecognitionAlgorithm") {
         const int32_t algorithm = lexical_cast<int32_t>(value);
         Table()->SetProperty(PropertyId::RecognitionAlgorithm, Property(algorithm));
-        SetLibraryOption("Recognition", YesNo(algorithm != RecognitionOff));
+        SetLibraryOption("Recognition", YesNo(algorithm != Recognition::None));
     } else if (key == "Recognition") {
         SetRecognition(value);
     } else if (key == "J4TUseableWithoutJ4") {
@@ -510,9 +507,9 @@ void j4TableSDK::SetRecognition(const std::string& value)
 try {
     if (!table.IsNull()) {
         if (value == "no") {
-            table->SetProperty(PropertyId::RecognitionAlgorithm, Property(RecognitionOff));
-        } else if (value == "yes" && table->GetProperty(PropertyId::RecognitionAlgorithm).AsLong() == RecognitionOff) {
-            table->SetProperty(PropertyId::RecognitionAlgorithm, Property(RecognitionDefault));
+            table->SetProperty(PropertyId::RecognitionAlgorithm, Property(Recognition::None));
+        } else if (value == "yes" && table->GetProperty(PropertyId::RecognitionAlgorithm).AsLong() == Recognition::None) {
+            table->SetProperty(PropertyId::RecognitionAlgorithm, Property(Recognition::ByPositions));
         }
     }
     SetLibraryOption("Recognition", value);

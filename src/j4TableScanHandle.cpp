@@ -12,6 +12,7 @@
 #include "src/j4Bridge.h"
 #include "src/j4SpectraGuard.h"
 #include "src/j4TableHelper.h"
+#include "src/j4TableProperties.h"
 
 namespace Kestrelon::DeviceDriver::J4T {
 
@@ -22,8 +23,6 @@ using Utilities::Tools::SmartPointer;
 using Utilities::Tools::TruncateToInt32;
 
 namespace {
-
-enum Recognition : uint8_t { RecognitionNone = 0, RecognitionBySamples = 1, RecognitionByPositions = 2 };
 
 /// The next multiple of ten above a sample count; a multiple is raised too.
 int32_t RaisedToTen(int32_t sampleCount)
@@ -81,10 +80,10 @@ J4T_TRACE_FRAME
 
 void j4TableScanHandle::TriggerSamples()
 try {
-    const int32_t status = j4Bridge::Instance()->J4_TriggerCountedScan(static_cast<uint32_t>(RaisedToTen(sampleCount)));
+    const int32_t status = Library()->J4_TriggerCountedScan(static_cast<uint32_t>(RaisedToTen(sampleCount)));
     if (status != 0) {
-        const std::string message = j4Bridge::Instance()->J4_GetOption("LastError");
-        const std::string extended = j4Bridge::Instance()->J4_GetOption("ExtendedErrorInformation");
+        const std::string message = Library()->J4_GetOption("LastError");
+        const std::string extended = Library()->J4_GetOption("ExtendedErrorInformation");
         throw SDKError(status, message, Utilities::Tools::DropFirstTwoLines(extended));
     }
 }
@@ -101,7 +100,7 @@ void j4TableScanHandle::AbandonScan(j4TableComCommand& command)
 
 int32_t j4TableScanHandle::GetScanCharacteristics()
 try {
-    const std::string seconds = j4Bridge::Instance()->J4_GetOption("IntegrationTime");
+    const std::string seconds = Library()->J4_GetOption("IntegrationTime");
     integrationMs = static_cast<double>(Utilities::Tools::strict_lexical_cast<float>(seconds)) * 1000.0;
     if (integrationMs == 0.0) {
         throw ScanException("Integration time in j4 is 0.");
@@ -116,11 +115,11 @@ void j4TableScanHandle::CorrectSamples(uint8_t recognition)
 try {
     std::vector<uint16_t> positions;
     switch (recognition) {
-    case RecognitionNone:
+    case Recognition::None:
         return;
-    case RecognitionBySamples:
+    case Recognition::BySamples:
         break;
-    case RecognitionByPositions:
+    case Recognition::ByPositions:
         CalculatePatchPositionVector(positions, RaisedToTen(sampleCount));
         break;
     default:
@@ -160,7 +159,7 @@ J4T_TRACE_FRAME
 
 void j4TableScanHandle::SetPatchRecognitionInJ4SDK(uint8_t recognition)
 try {
-    j4Bridge::Instance()->J4_SetOption("Recognition", recognition != RecognitionNone ? "yes" : "no");
+    Library()->J4_SetOption("Recognition", recognition != Recognition::None ? "yes" : "no");
 }
 J4T_TRACE_FRAME
 
@@ -169,7 +168,7 @@ try {
     const auto copy = std::make_unique<uint16_t[]>(positions.size());
     std::copy(positions.begin(), positions.end(), copy.get());
     J4PositionList list{copy.get(), positions.size()};
-    j4Bridge::Instance()->J4_Private(PrivateOperation::Positions, &list);
+    Library()->J4_Private(PrivateOperation::Positions, &list);
 }
 J4T_TRACE_FRAME
 

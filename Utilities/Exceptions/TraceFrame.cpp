@@ -20,19 +20,28 @@ std::string ShortenedPath(std::string path)
     return found == std::string::npos ? path : path.substr(found);
 }
 
-/// "static int ns::C::M(const std::string&) const [with T = int]" becomes "ns::C::M".
+/// The text before its last group in parentheses.
+std::string_view WithoutLastGroup(std::string_view text)
+{
+    std::size_t open = text.rfind(')');
+    for (int depth = 1; depth > 0 && open > 0;) {
+        --open;
+        depth += text[open] == ')' ? 1 : text[open] == '(' ? -1 : 0;
+    }
+    return text.substr(0, open);
+}
+
+/// "static int ns::C::M(const std::string&) const [with T = int]" becomes "ns::C::M", and so does
+/// "void (* ns::C::M(int))(char)", a function that returns a pointer to a function.
 std::string QualifiedName(std::string_view pretty)
 {
     pretty = pretty.substr(0, pretty.find(" [with "));
-    const std::size_t close = pretty.rfind(')');
-    if (close != std::string_view::npos) {
-        int depth = 1;
-        std::size_t open = close;
-        while (depth > 0 && open > 0) {
-            --open;
-            depth += pretty[open] == ')' ? 1 : pretty[open] == '(' ? -1 : 0;
-        }
-        pretty = pretty.substr(0, open);
+    if (pretty.find("(* ") != std::string_view::npos) {
+        pretty = WithoutLastGroup(pretty);
+        pretty = pretty.substr(pretty.find("(* ") + 3, pretty.size() - pretty.find("(* ") - 4);
+    }
+    if (pretty.find(')') != std::string_view::npos) {
+        pretty = WithoutLastGroup(pretty);
     }
     std::size_t begin = std::min(pretty.rfind("operator"), pretty.size());
     for (int depth = 0; begin > 0; --begin) {

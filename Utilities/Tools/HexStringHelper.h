@@ -23,7 +23,7 @@ public:
     static std::vector<uint8_t> ByteBlockFromHexString(const std::string& text);
 
     /// The numeric readers refuse nothing: an odd number of digits is padded, digits beyond the type's
-    /// width are lost or wrap, a pair that is no number counts 0.
+    /// width are lost or wrap, and a pair is what a stream makes of it ("1g" is 1, "g1" is 0).
     static uint32_t LongFromHexString(const std::string& text);
     static int32_t SignedLongFromHexString(const std::string& text);
     static uint16_t ShortFromHexString(const std::string& text);

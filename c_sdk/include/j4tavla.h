@@ -1,3 +1,4 @@
+/* clang-format off: the tables of keys are wider than the code */
 /**
  * @file j4tavla.h
  * The programming interface of the J4 Tavla scanning table: 22 C functions that measure with the
@@ -32,7 +33,7 @@
  * | "J4THoldPosition"                  | yes/no | rw     | the motors hold the arm in place |
  * | "J4TEnableElectrostaticFoil"       | yes/no | rw     | the foil holds the paper |
  * | "J4TEnableElectrostaticFoilButton" | yes/no | rw     | the foil's button on the table works |
- * | "J4TEnableWhitebaseCorrection"     | yes/no | w      | results refer to the table's white base ("no", "0") or not (anything else installs it) |
+ * | "J4TEnableWhitebaseCorrection"     | yes/no | w      | "no" and "0" remove the correction to the table's white base in the current mode, anything else installs it anew |
  * | "J4TUseableWithoutJ4"              | yes/no | rw     | the table works without an instrument in it; default no |
  * | "J4TDeviceType"                    | text   | rw     | written "J4TSorvaneTable" and 1 to 127: connect to that table. Reads "J4TSorvaneTable" and the table's index minus 1 |
  * | "J4TConnection"                    | yes/no | r      | a table is connected |
@@ -52,16 +53,34 @@
  * | "J4TVersion"                       | text   | r      | "Version 1.1.4  Build 104" |
  * | "J4TMajorVersion", "J4TMinorVersion", "J4TRevisionVersion", "J4TBuildVersion" | text | r | the parts of the version |
  * | "J4TJ4SDKPath"                     | text   | r      | full path of the instrument's library |
- * | "J4TSerialPortLogFile"             | text   | rw     | kept and read back |
+ * | "J4TSerialPortLogFile"             | text   | rw     | kept and read back; "yes" and "1" read back "FTDI", "no" and "0" nothing |
  * | "J4TWriteToSerialLogFile"          | text   | w      | a line for the log of the table's serial traffic |
  * | "LastError"                        | text   | r      | message of the last failed call, "no error" after a good one |
  * | "ExtendedErrorInformation"         | text   | r      | the same with the type of the error and the trace through the library |
- * | "Reset"                            | text   | w      | "All" or "J4TAll": forget everything and load the instrument's library anew |
+ * | "Reset"                            | text   | w      | "All" or "J4TAll": release table and instrument and load the instrument's library anew. The error handler has to be registered again |
  * | "Please throw an exception in the j4tavla SDK" | - | r   | fails on purpose with status 9, to test an error path |
  * | "5000" to "5999"                   | any    | rw     | raw access to the table's numbered properties; lists are separated by blanks |
  *
- * Boolean keys read "yes" or "no"; when written, "yes" and "1" mean yes and any other text means no.
+ * Boolean keys read "yes" or "no"; when written, "yes" and "1" mean yes and any other text means no, but for
+ * "J4TEnableWhitebaseCorrection", as told there.
+ *
+ * Numbered properties worth knowing, for the numeric keys:
+ *
+ * | key            | type   | access | meaning |
+ * |----------------|--------|--------|---------|
+ * | "5030"         | long   | rw     | the user's unit: 0 millimetre (default), 1 tenth of a millimetre, 2 inch |
+ * | "5040"         | long   | rw     | not 0: ::J4_Calibrate checks that the instrument sits tight; default 1 |
+ * | "5041"         | float  | rw     | largest factor between present and known integration time there; default 1.15 |
+ * | "5042"         | long   | rw     | not 0: ::J4_Calibrate checks that the tile is clean; default 1 |
+ * | "5043"         | long   | rw     | way in y between the two measurements there, tenths of a millimetre; default -5 |
+ * | "5044"         | float  | rw     | largest colour difference there (CIE 1976); default 0.2 |
+ * | "5045"         | float  | r      | colour difference of the last check; known only after one |
+ * | "5050"         | long   | rw     | 0: targets are not checked before they are sent; default 1 |
+ * | "5202", "5203" | long   | r      | the other two numbers of the firmware |
+ * | "5210" to "5215" | long | r      | deviations of the controller |
+ * | "5218", "5219" | long   | r      | state of the controller |
  */
+/* clang-format on */
 #ifndef J4TAVLA_H
 #define J4TAVLA_H
 
@@ -142,8 +161,7 @@ J4T_API int32_t J4_GetNumberOfAvailableSamples(void);
 
 /**
  * Reads the spectrum of a sample.
- * @param spectrum  36 values are written, reflectance factors at the instrument's wavelengths
- *                  (380 to 730 nm in steps of 10 nm)
+ * @param spectrum  36 values are written; the wavelengths are the instrument's
  * @param index     sample, counted from 0
  * @return status; 10 for a null pointer
  */
@@ -167,7 +185,7 @@ J4T_API J4_Result J4_GetDensity(float* density, uint32_t index);
 
 /**
  * Gives the instrument the spectrum of the substrate that results refer to.
- * @param substrateSpectrum  36 values
+ * @param substrateSpectrum  the values; the instrument's library knows how many it reads
  * @return status; 10 for a null pointer
  */
 J4T_API J4_Result J4_SetSubstrate(float* substrateSpectrum);
@@ -176,13 +194,16 @@ J4T_API J4_Result J4_SetSubstrate(float* substrateSpectrum);
  * Writes an option; the keys are listed at the top of this file.
  * @param key    not null, not empty
  * @param value  not null, not empty
- * @return status; 10 for a refused key or value. The option is unchanged after a failure.
+ * @return status; 10 for a refused key or value. The option is unchanged after a failure, with these
+ *         exceptions: "J4TRecognitionAlgorithm" and "Recognition" have changed the table's side when the
+ *         instrument's library refuses its own, "J4TEnableWhitebaseCorrection" leaves no correction, and
+ *         "J4TDeviceType" leaves no table, so that the next call connects to the first one.
  */
 J4T_API J4_Result J4_SetOption(const char* key, const char* value);
 
 /**
  * Reads an option; the keys are listed at the top of this file.
- * @param key  not null, not empty
+ * @param key  not null, not empty; not the text that an earlier call gave
  * @return the value, never null, empty after a failure (its status goes to the error handler). The text
  *         is valid until the next call of this function.
  */
@@ -196,9 +217,8 @@ J4T_API J4_Result J4_IsConnected(void);
 
 /**
  * Reads the densities of a sample.
- * @param densities     4 values are written: cyan, magenta, yellow, black
- * @param densityIndex  one value of the instrument's library is written, the index of the automatically
- *                      selected density; handed on as it is
+ * @param densities     4 values are written; which density each is, the instrument's library tells
+ * @param densityIndex  one more value of the instrument's library; handed on to it as it is
  * @param index         sample, counted from 0
  * @return status; 10 when densities is null
  */
@@ -264,7 +284,8 @@ J4T_API J4_Result J4_SynchronizeWhitebases(float* whiteBase);
  * Operations for service programs. 1001 writes raw bytes to the table and 1002 reads raw bytes, both
  * with a ::J4PrivateTableRequest; other operations from 1000 to 1999 do nothing; all others go to the
  * instrument's library.
- * @return the value of the instrument's library; 0 for 1000 to 1999 and after a failure
+ * @return the value of the instrument's library; 0 for 1000 to 1999 and after a failure. A null record for
+ *         1001 or 1002 is refused like any null argument; every other failure of theirs shows in the record.
  */
 J4T_API intptr_t J4_Private(int32_t operation, void* record);
 

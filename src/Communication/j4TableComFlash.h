@@ -1,5 +1,5 @@
 // Reads and writes the table's flash: sectors of 8192 bytes, written 512 bytes at a time through a small
-// RAM buffer on the table. All failures are FirmwareExceptions.
+// RAM buffer on the table. Arguments out of range and refusals by the table are FirmwareExceptions.
 #pragma once
 
 #include "src/Communication/j4TableCommunication.h"

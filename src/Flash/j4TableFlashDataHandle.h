@@ -20,7 +20,7 @@ public:
 
     /// Writes the block; its version mark, block number and checksum are set. The table's controller is
     /// reset by it, and the next reader reads the flash again.
-    /// @throws EEPromException before anything is sent for a block that can't be written
+    /// @throws EEPromException for a block that can't be written, before the table is changed
     void WriteToFlash(j4TableFlashData& data);
 
     /// The table's white base.

@@ -7,6 +7,7 @@
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
+#include "Utilities/Tools/WrappingArithmetic.h"
 #include "src/SerialUSB/UsbFactory.h"
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
@@ -28,8 +29,8 @@ constexpr std::size_t PayloadSize = PacketSize - StatusSize;
 constexpr uint8_t StatusAlwaysSet = 0x01;
 
 // The bridge answers every 16 milliseconds (its default latency), so that is the length of one poll.
-constexpr uint32_t PollShift = 4;
-constexpr uint32_t PollHalf = 8;
+constexpr int32_t PollShift = 4;
+constexpr int32_t PollHalf = 8;
 constexpr int32_t MinimumPolls = 5;
 constexpr int32_t ClearPolls = 10;
 
@@ -121,13 +122,13 @@ J4T_TRACE_FRAME
 void SerialUSB::WriteString(const std::string& data)
 try {
     ThrowIfNotOpen();
-    WriteDataInternal(reinterpret_cast<const uint8_t*>(data.data()), static_cast<int32_t>(data.size()));
+    WriteDataInternal(reinterpret_cast<const uint8_t*>(data.data()), static_cast<uint32_t>(data.size()));
 }
 J4T_TRACE_FRAME
 
-void SerialUSB::WriteDataInternal(const uint8_t* data, int32_t length)
+void SerialUSB::WriteDataInternal(const uint8_t* data, uint32_t length)
 try {
-    usb->Write(Usb::PipeOut, data, static_cast<unsigned long>(length));
+    usb->Write(Usb::PipeOut, data, length);
 }
 J4T_TRACE_FRAME
 
@@ -136,9 +137,10 @@ try {
     ThrowIfNotOpen();
     std::vector<char> result(static_cast<std::size_t>(count));
     std::size_t filled = 0;
-    int32_t retries = std::max(static_cast<int32_t>((static_cast<uint32_t>(timeout) + PollHalf) >> PollShift), MinimumPolls);
+    const int32_t polls = Utilities::Tools::WrapAdd(timeout, PollHalf) >> PollShift;
+    int32_t retries = std::max(polls, MinimumPolls);
     for (;;) {
-        if (cacheLength > 0) {
+        if (cacheLength > 0 && count > 0) {
             const int32_t taken = std::min(static_cast<int32_t>(cacheLength), count);
             std::memcpy(result.data() + filled, cache.data() + cachePosition, static_cast<std::size_t>(taken));
             cachePosition += static_cast<uint64_t>(taken);

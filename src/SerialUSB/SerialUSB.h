@@ -45,7 +45,7 @@ public:
 
 private:
     void ThrowIfNotOpen() const;
-    void WriteDataInternal(const uint8_t* data, int32_t length);
+    void WriteDataInternal(const uint8_t* data, uint32_t length);
     void RefreshCache(int32_t& retries, bool ignoreTimeout);
     void UnpackCache(std::size_t transferred);
 

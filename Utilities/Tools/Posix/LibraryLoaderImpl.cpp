@@ -3,6 +3,8 @@
 #include <dlfcn.h>
 #include <link.h>
 
+#include <filesystem>
+
 namespace Kestrelon::Platform::Posix {
 
 using Utilities::Exceptions::ResourceNotAvailableException;
@@ -55,7 +57,10 @@ try {
     if (handle == nullptr || dlinfo(handle, RTLD_DI_LINKMAP, &map) != 0) {
         return std::string();
     }
-    return map->l_name;
+    // The name is relative where the search path was.
+    std::error_code error;
+    const std::filesystem::path path = std::filesystem::canonical(map->l_name, error);
+    return error ? std::string(map->l_name) : path.string();
 }
 J4T_TRACE_FRAME
 

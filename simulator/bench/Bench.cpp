@@ -1,0 +1,80 @@
+#include "simulator/bench/Bench.h"
+
+#include <utility>
+
+#include "simulator/instrument/InstrumentRack.h"
+#include "simulator/table/TableUnit.h"
+
+namespace J4Bench {
+
+namespace {
+
+constexpr size_t FirstUsbSerial = 640001;
+
+}  // namespace
+
+Bench& Bench::Instance() {
+    static Bench* const bench = new Bench;
+    return *bench;
+}
+
+Bench::Bench() {
+    SetTableCount(1);
+    instruments = std::make_unique<InstrumentRack>(*this);
+}
+
+Bench::~Bench() = default;
+
+std::shared_ptr<TableUnit> Bench::TableAt(size_t index) const {
+    return index < tables.size() ? tables[index] : nullptr;
+}
+
+bool Bench::SetTableCount(size_t count) {
+    if (count > MaximumTables) {
+        return false;
+    }
+    while (tables.size() < count) {
+        tables.push_back(
+            std::make_shared<TableUnit>(clock, journal, faults, std::to_string(FirstUsbSerial + tables.size())));
+    }
+    tables.resize(count);
+    return true;
+}
+
+Carriage* Bench::CarriageOf(const std::string& instrumentSerial) {
+    for (const auto& table : tables) {
+        if (!instrumentSerial.empty() && table->seatedInstrument == instrumentSerial) {
+            return &table->Controller();
+        }
+    }
+    return nullptr;
+}
+
+bool Bench::SeatInstrument(size_t tableIndex, const std::string& serial) {
+    if (tableIndex >= tables.size()) {
+        return false;
+    }
+    for (const auto& table : tables) {
+        if (table->seatedInstrument == serial) {
+            table->seatedInstrument.clear();
+        }
+    }
+    tables[tableIndex]->seatedInstrument = serial;
+    return true;
+}
+
+std::string Bench::SeatedInstrument(size_t tableIndex) const {
+    return tableIndex < tables.size() ? tables[tableIndex]->seatedInstrument : std::string();
+}
+
+void Bench::Reset() {
+    faults = Faults();
+    journal = Journal();
+    clock.SetTimeScale(0.0);
+    tables.clear();
+    SetTableCount(1);
+    retiredInstruments = std::exchange(instruments, nullptr);
+    instruments = std::make_unique<InstrumentRack>(*this);
+}
+
+}  // namespace J4Bench

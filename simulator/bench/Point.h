@@ -1,0 +1,11 @@
+// A point on the table's bed, in tenths of a millimetre from the tower's axis, as the table counts.
+#pragma once
+
+namespace J4Bench {
+
+struct Point {
+    double x = 0.0;
+    double y = 0.0;
+};
+
+}  // namespace J4Bench

@@ -1,0 +1,32 @@
+// The USB device of a table on the bench, as the library's serial channel sees it.
+#pragma once
+
+#include <memory>
+
+#include "simulator/table/TableUnit.h"
+#include "src/SerialUSB/Usb.h"
+
+namespace J4Bench {
+
+class VirtualUsb final : public Kestrelon::DeviceDriver::J4T::LowLevel::Usb {
+public:
+    void Scan(unsigned short& count) override;
+    void Open(unsigned short index) override;
+    void Close() override;
+    void DeviceIo(unsigned char request, unsigned short value, unsigned short index, bool in, void* buffer,
+                  short length) override;
+    void Read(short pipe, void* buffer, unsigned long* length) override;
+    void Write(short pipe, const void* data, unsigned long length) override;
+    void Abort(short pipe) override;
+    void GetSerialNumber(char* serial) override;
+
+private:
+    /// The open table, held for the length of one operation.
+    /// @throws CommunicationException when nothing is open or the table is gone from the bench
+    std::shared_ptr<TableUnit> Table(const char* label) const;
+
+    std::weak_ptr<TableUnit> table;
+    bool isOpen = false;
+};
+
+}  // namespace J4Bench

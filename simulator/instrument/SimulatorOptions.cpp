@@ -1,0 +1,180 @@
+#include "simulator/instrument/SimulatorOptions.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <sstream>
+#include <vector>
+
+#include "simulator/bench/Bench.h"
+#include "simulator/bench/TextList.h"
+#include "simulator/instrument/InstrumentRack.h"
+
+namespace J4Bench {
+
+namespace {
+
+constexpr int64_t NumberLimit = std::numeric_limits<int32_t>::max();
+
+}  // namespace
+
+SimulatorOptions::SimulatorOptions(Bench& bench, InstrumentRack& rack) : bench(bench), rack(rack)
+{
+    AddWorld();
+    AddFaults();
+}
+
+void SimulatorOptions::AddWorld()
+{
+    table.Add({"Simulator.Help", "the list of these options", {}, [this] { return table.Help(); }});
+    table.Add({"Simulator.ChartFile", "CGATS.17 file with layout of the chart on the bed",
+               [this](const std::string& text) { return LoadChart(text); }, [this] { return chartFile; }});
+    table.Add({"Simulator.TimeScale", "0: nothing waits; 1: real pace; 2: half speed",
+               [this](const std::string& text) {
+                   return OptionTable::ReadReal(text, 0.0, 1000.0,
+                                                [this](double scale) { bench.Clock().SetTimeScale(scale); });
+               },
+               [this] { return OptionTable::WriteReal(bench.Clock().TimeScale()); }});
+    table.Add({"Simulator.Noise", "standard deviation of a measured reflectance; 0: none",
+               [this](const std::string& text) {
+                   return OptionTable::ReadReal(text, 0.0, 1.0,
+                                                [this](double deviation) { rack.GetOptics().SetNoise(deviation); });
+               },
+               [this] { return OptionTable::WriteReal(rack.GetOptics().Noise()); }});
+    table.Add({"Simulator.NoiseSeed", "starts the noise anew from this number",
+               [this](const std::string& text) {
+                   return OptionTable::ReadInteger(text, 0, NumberLimit, [this](int64_t seed) {
+                       rack.GetOptics().SetNoiseSeed(static_cast<uint32_t>(seed));
+                   });
+               },
+               [this] { return std::to_string(rack.GetOptics().NoiseSeed()); }});
+    table.Add({"Simulator.Tables", "number of tables, 0 to 127; new tables have an empty seat",
+               [this](const std::string& text) {
+                   return OptionTable::ReadInteger(text, 0, Bench::MaximumTables, [this](int64_t count) {
+                       bench.SetTableCount(static_cast<size_t>(count));
+                   });
+               },
+               [this] { return std::to_string(bench.TableCount()); }});
+    table.Add({"Simulator.Instruments", "number of instruments, 0 to 128",
+               [this](const std::string& text) {
+                   return OptionTable::ReadInteger(text, 0, InstrumentRack::MaximumInstruments, [this](int64_t count) {
+                       rack.SetInstrumentCount(static_cast<size_t>(count));
+                   });
+               },
+               [this] { return std::to_string(rack.InstrumentCount()); }});
+    table.Add({"Simulator.SeatedInstrument",
+               "serial number of the instrument in the first table, or \"none\"; more tables follow behind \";\"",
+               [this](const std::string& text) { return Seat(text); }, [this] { return Seated(); }});
+    table.Add({"Simulator.Journal", "yes, no: records calls and wire traffic; reading gives the record and empties it",
+               [this](const std::string& text) {
+                   return OptionTable::ReadSwitch(text, [this](bool on) { bench.GetJournal().Enable(on); });
+               },
+               [this] { return bench.GetJournal().Take(); }});
+    table.Add({"Simulator.Clock", "virtual time in microseconds", {}, [this] {
+                   return std::to_string(bench.Clock().Now());
+               }});
+    table.Add({"Simulator.Reset",
+               "yes: the whole bench as at power-on, registered handlers stay",
+               [this](const std::string& text) {
+                   return OptionTable::ReadSwitch(text, [this](bool on) {
+                       if (on) {
+                           bench.Reset();  // a fresh rack takes the place of ours, which lives on until the call ends
+                           bench.Instruments().TakeOverHandlers(rack);
+                       }
+                   });
+               },
+               {}});
+}
+
+void SimulatorOptions::AddFaults()
+{
+    Faults& faults = bench.GetFaults();
+    table.AddSwitch("Simulator.TableUnplugged", "the USB cables of the tables are pulled out", faults.tableUnplugged);
+    table.Add({"Simulator.UnplugAfterTransfers", "the cables come out after so many USB transfers; -1: never",
+               [&faults](const std::string& text) {
+                   return OptionTable::ReadInteger(text, -1, NumberLimit,
+                                                   [&faults](int64_t count) { faults.unplugAfterTransfers = count; });
+               },
+               [&faults] { return std::to_string(faults.unplugAfterTransfers); }});
+    table.AddSwitch("Simulator.TableSilent", "the tables take commands and answer nothing", faults.tableSilent);
+    table.AddSwitch("Simulator.TableBusy", "the tables answer every command with \"busy\"", faults.tableBusy);
+    table.AddSwitch("Simulator.PositionNotReached", "moves end with an error", faults.positionNotReached);
+    table.Add({"Simulator.CorruptReplies", "so many of the tables' next replies are damaged",
+               [&faults](const std::string& text) {
+                   return OptionTable::ReadInteger(text, 0, NumberLimit, [&faults](int64_t count) {
+                       faults.corruptReplies = static_cast<int32_t>(count);
+                   });
+               },
+               [&faults] { return std::to_string(faults.corruptReplies); }});
+    table.AddSwitch("Simulator.DirtyTile", "a spot lies on the white tile beside its middle", faults.dirtyTile);
+    table.AddSwitch("Simulator.InstrumentLoose", "the instrument does not sit tight: a fifth of the light is lost",
+                    faults.instrumentLoose);
+    table.Add({"Simulator.Unplug", "serial number of an instrument that goes off the bus; \"none\": all come back",
+               [this](const std::string& text) { return Unplug(text); }, [this] { return rack.UnpluggedSerials(); }});
+    table.AddSwitch("Simulator.ErrorHandlerCalls", "the library also calls the registered error handler",
+                    rack.errorHandlerCalls);
+}
+
+Outcome SimulatorOptions::LoadChart(const std::string& fileName)
+{
+    CgatsFile::Error error;
+    if (!rack.GetOptics().GetChart().Load(fileName, error)) {
+        return {Status::InvalidValue, "Chart file '" + fileName + "': " + error.Text() + "."};
+    }
+    chartFile = fileName;
+    return {};
+}
+
+Outcome SimulatorOptions::Seat(const std::string& list)
+{
+    std::vector<std::string> serials;
+    std::istringstream stream(list);
+    for (std::string serial; std::getline(stream, serial, ';');) {
+        if (serial == "none") {
+            serial.clear();
+        } else if (rack.FindSerial(serial) == nullptr) {
+            return {Status::InvalidValue, "There is no instrument with the serial number '" + serial + "'."};
+        } else if (std::find(serials.begin(), serials.end(), serial) != serials.end()) {
+            return {Status::InvalidValue, "Instrument " + serial + " can't sit in two tables."};
+        }
+        serials.push_back(serial);
+    }
+    if (serials.size() > bench.TableCount()) {
+        return {Status::InvalidValue, "There are only " + std::to_string(bench.TableCount()) + " tables."};
+    }
+    for (size_t table = 0; table < bench.TableCount(); ++table) {
+        bench.SeatInstrument(table, {});
+    }
+    for (size_t table = 0; table < serials.size(); ++table) {
+        if (!serials[table].empty()) {
+            bench.SeatInstrument(table, serials[table]);
+        }
+    }
+    return {};
+}
+
+std::string SimulatorOptions::Seated() const
+{
+    std::string list;
+    for (size_t table = 0; table < bench.TableCount(); ++table) {
+        const std::string serial = bench.SeatedInstrument(table);
+        AppendToList(list, serial.empty() ? "none" : serial, ';');
+    }
+    return list;
+}
+
+Outcome SimulatorOptions::Unplug(const std::string& serial)
+{
+    if (serial == "none") {
+        rack.PlugAll();
+        return {};
+    }
+    Instrument* const instrument = rack.FindSerial(serial);
+    if (instrument == nullptr) {
+        return {Status::InvalidValue, "There is no instrument with the serial number '" + serial + "'."};
+    }
+    rack.Unplug(*instrument);
+    return {};
+}
+
+}  // namespace J4Bench

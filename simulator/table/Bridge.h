@@ -1,0 +1,75 @@
+// The USB-to-serial bridge in the table, seen from the computer: vendor requests set up its line, bulk
+// transfers carry the characters. Incoming ones come in packets of 64 bytes that begin with two status bytes.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+
+#include "simulator/bench/BenchApi.h"
+#include "simulator/bench/BenchClock.h"
+#include "simulator/bench/Faults.h"
+#include "simulator/bench/Journal.h"
+#include "simulator/table/TableController.h"
+
+namespace J4Bench {
+
+class J4BENCH_API Bridge {
+public:
+    enum class Status { Done, Removed, Stalled };
+
+    static constexpr size_t PacketSize = 64;
+    static constexpr size_t StatusSize = 2;
+    static constexpr int64_t LatencyTime = 16000;        ///< microseconds
+    static constexpr int64_t LongestTransfer = 1000000;  ///< microseconds
+
+    Bridge(BenchClock& clock, Journal& journal, Faults& faults, TableController& controller);
+
+    /// What opening, closing and asking for a descriptor need: is the device still there?
+    Status Probe();
+
+    /// One vendor request without data: 0 resets (value 0) or purges what came in (1) or what goes out (2),
+    /// 3 sets the divisor of 3,000,000 baud, 4 the line format. Modem and flow control, 1 and 2, are taken
+    /// and have no effect here.
+    Status Control(uint8_t request, uint16_t value);
+
+    /// One bulk OUT transfer; the characters go out on the line one after the other from now on.
+    Status Write(std::string_view data);
+
+    /// One bulk IN transfer. Time passes until it ends: at its first packet that isn't full.
+    /// @param length  in: room in buffer; out: bytes received
+    Status Read(uint8_t* buffer, size_t& length);
+
+    /// Adds a line such as "usb open" to the journal.
+    void Note(const std::string& line) { journal.Add(line); }
+
+private:
+    /// A character that is complete at a moment, in nanoseconds.
+    struct TimedByte {
+        int64_t moment;
+        uint8_t value;
+    };
+
+    /// Lets bridge and controller work up to a moment.
+    void RunTo(int64_t moment);
+    void Queue(std::deque<TimedByte>& line, int64_t& lineFree, int64_t moment, uint8_t value);
+    int64_t CharacterTime() const;
+    bool MatchesTable() const;
+
+    BenchClock& clock;
+    Journal& journal;
+    Faults& faults;
+    TableController& controller;
+    std::deque<TimedByte> toTable;
+    std::deque<TimedByte> fromTable;
+    int64_t toTableFree = 0;    ///< nanoseconds
+    int64_t fromTableFree = 0;  ///< nanoseconds
+    int64_t lastPacket = 0;     ///< microseconds
+    uint32_t divisor = 1;
+    uint16_t lineFormat = 0;
+    std::string sentLine;
+    std::string receivedLine;
+};
+
+}  // namespace J4Bench

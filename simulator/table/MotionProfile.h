@@ -1,0 +1,37 @@
+// Speed over time of one straight motion: a trapezoid with equal ramps of constant acceleration. A motion too
+// short to reach its speed becomes a triangle.
+#pragma once
+
+namespace J4Bench {
+
+class MotionProfile {
+public:
+    /// A motion of no length, over at once.
+    MotionProfile() = default;
+
+    /// @param distance      tenths of a millimetre, 0 or more
+    /// @param speed         tenths of a millimetre per second, above 0
+    /// @param acceleration  tenths of a millimetre per second squared, above 0
+    MotionProfile(double distance, double speed, double acceleration);
+
+    /// Seconds from the start of the motion.
+    double AccelerationEnd() const { return accelerationEnd; }
+    double DecelerationStart() const { return decelerationStart; }
+    double Duration() const { return accelerationEnd + decelerationStart; }
+
+    double Distance() const { return distance; }
+
+    /// The highest speed, tenths of a millimetre per second.
+    double PlateauSpeed() const { return plateauSpeed; }
+
+    /// Way gone this many seconds after the start; 0 before it, the whole distance after the end.
+    double DistanceAt(double seconds) const;
+
+private:
+    double distance = 0.0;
+    double plateauSpeed = 0.0;
+    double accelerationEnd = 0.0;
+    double decelerationStart = 0.0;
+};
+
+}  // namespace J4Bench

@@ -1,0 +1,68 @@
+#include "simulator/bench/Bench.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "simulator/table/TableUnit.h"
+
+namespace J4Bench {
+namespace {
+
+TEST(Bench, InstrumentSitsInOneSeatAtMost) {
+    Bench bench;
+    ASSERT_TRUE(bench.SetTableCount(2));
+    ASSERT_TRUE(bench.SeatInstrument(0, "17"));
+    EXPECT_EQ(bench.CarriageOf("17"), &bench.TableAt(0)->Controller());
+    ASSERT_TRUE(bench.SeatInstrument(1, "17"));
+    EXPECT_EQ(bench.SeatedInstrument(0), "");
+    EXPECT_EQ(bench.CarriageOf("17"), &bench.TableAt(1)->Controller());
+    ASSERT_TRUE(bench.SeatInstrument(1, ""));
+    EXPECT_EQ(bench.CarriageOf("17"), nullptr);
+    EXPECT_EQ(bench.CarriageOf(""), nullptr) << "an empty seat is no instrument";
+    EXPECT_FALSE(bench.SeatInstrument(2, "17"));
+}
+
+TEST(Bench, TablesComeAndGo) {
+    Bench bench;
+    EXPECT_EQ(bench.TableCount(), 1u);
+    const auto first = bench.TableAt(0);
+    EXPECT_TRUE(bench.SetTableCount(127));
+    EXPECT_EQ(bench.TableAt(0), first);
+    EXPECT_EQ(bench.TableAt(126)->UsbSerial(), "640127");
+    EXPECT_FALSE(bench.SetTableCount(128));
+    EXPECT_EQ(bench.TableCount(), 127u);
+    EXPECT_TRUE(bench.SetTableCount(0));
+    EXPECT_EQ(bench.TableAt(0), nullptr);
+}
+
+TEST(Bench, ResetMakesAFreshWorldInWhichTimeGoesOn) {
+    Bench bench;
+    const auto old = bench.TableAt(0);
+    bench.Clock().Advance(5000);
+    bench.GetFaults().tableSilent = true;
+    bench.GetJournal().Enable(true);
+    bench.GetJournal().Add("something");
+    bench.SetTableCount(3);
+    bench.Reset();
+    EXPECT_EQ(bench.TableCount(), 1u);
+    EXPECT_NE(bench.TableAt(0), old);
+    EXPECT_FALSE(bench.GetFaults().tableSilent);
+    EXPECT_FALSE(bench.GetJournal().Enabled());
+    EXPECT_EQ(bench.GetJournal().Take(), "");
+    EXPECT_EQ(bench.Clock().Now(), 5000);
+    EXPECT_NE(bench.CarriageOf(bench.SeatedInstrument(0)), nullptr) << "an instrument sits in the table";
+}
+
+TEST(Bench, TimeScaleIsARealPace) {
+    BenchClock clock;
+    clock.SetTimeScale(0.5);
+    const auto before = std::chrono::steady_clock::now();
+    clock.Advance(40000);
+    clock.AdvanceTo(10);
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(19));
+    EXPECT_EQ(clock.Now(), 40000);
+}
+
+}  // namespace
+}  // namespace J4Bench

@@ -1,0 +1,173 @@
+#include "simulator/table/Bridge.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "simulator/table/WireText.h"
+
+namespace J4Bench {
+namespace {
+
+class BridgeTest : public testing::Test {
+protected:
+    void SetUp() override { SetUpLine(52); }
+
+    void SetUpLine(uint16_t divisor) {
+        ASSERT_EQ(bridge.Control(3, divisor), Bridge::Status::Done);
+        ASSERT_EQ(bridge.Control(4, 8), Bridge::Status::Done);
+    }
+
+    void Send(const std::string& request) {
+        EXPECT_EQ(bridge.Write(";" + request + WireChecksum(";" + request) + "\r"), Bridge::Status::Done);
+    }
+
+    std::vector<uint8_t> Read(size_t room = 131072) {
+        std::vector<uint8_t> buffer(room);
+        EXPECT_EQ(bridge.Read(buffer.data(), room), Bridge::Status::Done);
+        buffer.resize(room);
+        return buffer;
+    }
+
+    /// What a transfer carries, and a test of its status bytes.
+    static std::string Payload(const std::vector<uint8_t>& transfer) {
+        std::string text;
+        for (size_t i = 0; i < transfer.size(); ++i) {
+            if (i % 64 >= 2) {
+                text += static_cast<char>(transfer[i]);
+            } else if (i % 64 == 0) {
+                EXPECT_EQ(transfer[i] & 1, 1) << i;
+            }
+        }
+        return text;
+    }
+
+    BenchClock clock;
+    Journal journal;
+    Faults faults;
+    TableController table{clock, faults};
+    Bridge bridge{clock, journal, faults, table};
+};
+
+TEST_F(BridgeTest, IdleLineGivesTwoBytesEverySixteenMilliseconds) {
+    Read();
+    for (int i = 0; i < 3; ++i) {
+        const int64_t before = clock.Now();
+        EXPECT_EQ(Read().size(), 2u);
+        EXPECT_EQ(clock.Now() - before, 16000);
+    }
+    clock.Advance(100000);
+    const int64_t before = clock.Now();
+    EXPECT_EQ(Read().size(), 2u);
+    EXPECT_EQ(clock.Now(), before) << "a packet that is long due leaves at once";
+}
+
+TEST_F(BridgeTest, PacksRepliesIntoPackets) {
+    // A reply has eight characters around its data; a full packet makes the transfer go on.
+    const struct {
+        uint32_t count;
+        size_t transfer;
+    } replies[] = {{26, 60 + 2}, {27, 64 + 2}, {57, 64 + 60 + 2}, {58, 2 * 64 + 2}, {256, 8 * 64 + 24 + 2}};
+    for (const auto& reply : replies) {
+        SCOPED_TRACE(reply.count);
+        Send("u800000000" + ToHex(reply.count, 4));
+        clock.Advance(200000);
+        const std::vector<uint8_t> transfer = Read();
+        EXPECT_EQ(transfer.size(), reply.transfer);
+        EXPECT_EQ(Payload(transfer).size(), 8 + 2 * reply.count);
+    }
+}
+
+TEST_F(BridgeTest, ReplyTakesItsTimeOnTheLine) {
+    Read();
+    for (const uint32_t count : {0, 27, 58, 256}) {
+        SCOPED_TRACE(count);
+        const int64_t sent = clock.Now();
+        Send("u800000000" + ToHex(count, 4));
+        std::string text;
+        while (text.empty() || text.back() != '\r') {
+            text += Payload(Read());
+            ASSERT_LT(clock.Now() - sent, 1000000);
+        }
+        EXPECT_EQ(text.substr(0, 5), ":$u80");
+        const double line = 173.333 * static_cast<double>(18 + text.size()) + 500;
+        EXPECT_GE(static_cast<double>(clock.Now() - sent), line - 1);
+        EXPECT_LE(static_cast<double>(clock.Now() - sent), line + 16001);
+    }
+}
+
+TEST_F(BridgeTest, TransferEndsWithItsFirstShortPacketOrAFullBuffer) {
+    Read();
+    Send("u8000000000100");
+    Send("u8000000000100");
+    clock.Advance(400000);
+    EXPECT_EQ(Read(128).size(), 128u);
+    const std::vector<uint8_t> rest = Read();
+    EXPECT_EQ(Payload(rest).size(), 2 * 520u - 2 * 62);
+    EXPECT_NE(rest.size() % 64, 0u);
+    EXPECT_EQ(Read().size(), 2u);
+}
+
+TEST_F(BridgeTest, LineMustBeSetUpLikeTheTables) {
+    for (const uint16_t divisor : {1, 26, 104}) {
+        SetUpLine(divisor);
+        Send("a0");
+        clock.Advance(50000);
+        EXPECT_EQ(Payload(Read()), "") << divisor;
+    }
+    SetUpLine(52);
+    ASSERT_EQ(bridge.Control(4, 7), Bridge::Status::Done);
+    Send("a0");
+    clock.Advance(50000);
+    EXPECT_EQ(Payload(Read()), "");
+    SetUpLine(52);
+    bridge.Write("\r");
+    Send("a0");
+    clock.Advance(50000);
+    EXPECT_EQ(Payload(Read()).substr(0, 10), ":$a0000001");
+}
+
+TEST_F(BridgeTest, PurgesWhatLiesInItsBuffers) {
+    Send("a0");
+    clock.Advance(50000);
+    EXPECT_EQ(bridge.Control(0, 1), Bridge::Status::Done);
+    EXPECT_EQ(Payload(Read()), "") << "received";
+    Send("a0");
+    EXPECT_EQ(bridge.Control(0, 2), Bridge::Status::Done);
+    clock.Advance(50000);
+    EXPECT_EQ(Payload(Read()), "") << "not yet sent";
+    Send("a0");
+    clock.Advance(50000);
+    EXPECT_EQ(bridge.Control(0, 0), Bridge::Status::Done);
+    EXPECT_EQ(Payload(Read()), "") << "both";
+    EXPECT_EQ(bridge.Control(77, 0), Bridge::Status::Stalled);
+}
+
+TEST_F(BridgeTest, UnplugsAfterTheGivenNumberOfTransfers) {
+    faults.unplugAfterTransfers = 2;
+    EXPECT_EQ(bridge.Write(";"), Bridge::Status::Done);
+    EXPECT_EQ(Read().size(), 2u);
+    size_t room = 64;
+    uint8_t buffer[64];
+    EXPECT_EQ(bridge.Read(buffer, room), Bridge::Status::Removed);
+    EXPECT_EQ(room, 0u);
+    EXPECT_EQ(bridge.Write(";"), Bridge::Status::Removed);
+    EXPECT_EQ(bridge.Control(0, 0), Bridge::Status::Removed);
+    faults.tableUnplugged = false;
+    EXPECT_EQ(bridge.Probe(), Bridge::Status::Done);
+}
+
+TEST_F(BridgeTest, JournalHasWholeLinesInTheOrderOfTheHost) {
+    journal.Enable(true);
+    bridge.Write(";a0");
+    bridge.Write("34\r");
+    bridge.Control(2, 5);
+    clock.Advance(50000);
+    EXPECT_EQ(journal.Take(), "wire > ;a034\nusb control 2 5\n");
+    Read();
+    EXPECT_EQ(journal.Take(), "wire < :$a00000012be\n");
+    EXPECT_EQ(journal.Take(), "");
+}
+
+}  // namespace
+}  // namespace J4Bench

@@ -1,0 +1,105 @@
+#include "simulator/instrument/PatchRecognition.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include "simulator/chart/Aperture.h"
+#include "simulator/chart/Chart.h"
+#include "tests/simulator/ChartText.h"
+
+namespace J4Bench {
+namespace {
+
+/// A row of patches, each 12 mm wide, the first one's middle at 50 mm.
+struct RowOnPaper {
+    std::vector<double> reflectances;
+    double gap;         ///< mm
+    double pace;        ///< tenths of a millimetre a sample
+    double from, past;  ///< mm: begin of the travel, and its end behind the last patch's middle
+};
+
+constexpr double Width = 12.0;
+
+/// What the samples of a travel at constant speed become; the instrument stands still for ten more samples at
+/// each end, and the positions behind the end fall again.
+std::vector<Spectrum> Recognised(const RowOnPaper& row, bool withPositions)
+{
+    std::vector<FlatPatch> patches;
+    for (size_t i = 0; i < row.reflectances.size(); ++i) {
+        patches.push_back({"P", 50 + static_cast<double>(i) * (Width + row.gap), 50, Width, 20, row.reflectances[i]});
+    }
+    std::istringstream input(ChartText(patches));
+    Chart chart;
+    CgatsFile::Error error;
+    EXPECT_TRUE(chart.Load(input, error)) << error.Text();
+
+    const double length = patches.back().x * 10 + row.past * 10 - row.from * 10;
+    const int moving = static_cast<int>(length / row.pace);
+    std::vector<Spectrum> samples;
+    std::vector<uint16_t> positions;
+    for (int i = -10; i < moving + 10; ++i) {
+        const double travel = std::clamp(i * row.pace, 0.0, length);
+        samples.push_back(chart.ReflectanceAt({row.from * 10 + travel, 500}, ApertureDiameter));
+        positions.push_back(static_cast<uint16_t>(i <= moving ? travel : length - (i - moving) * row.pace / 2));
+    }
+    return PatchRecognition::Reduce(samples, withPositions ? positions : std::vector<uint16_t>());
+}
+
+TEST(PatchRecognition, FindsThePatchesOfARow)
+{
+    const std::vector<double> mixed{0.1, 0.6, 0.05, 0.4, 0.45, 0.2};
+    struct Case {
+        const char* what;
+        RowOnPaper row;
+    };
+    const Case cases[] = {
+        {"narrow gaps", {mixed, 3.0, 8.0, 35, 15}},
+        {"no gaps", {mixed, 0.0, 8.0, 35, 15}},
+        {"slow", {mixed, 0.0, 1.0, 35, 15}},
+        {"fast", {mixed, 2.0, 12.0, 35, 15}},
+        {"from middle to middle", {mixed, 0.0, 8.0, 50, 0}},
+        {"one patch", {{0.3}, 0.0, 8.0, 35, 15}},
+        {"white patches inside", {{0.1, 0.85, 0.1}, 0.0, 8.0, 35, 15}},
+        {"equal patches beside a narrow gap", {{0.3, 0.3, 0.3}, 1.0, 8.0, 35, 15}},
+        {"equal patches beside a gap", {{0.3, 0.3, 0.3}, 2.0, 8.0, 35, 15}},
+        {"equal light patches beside a gap", {{0.6, 0.6, 0.6}, 2.5, 8.0, 35, 15}},
+        {"equal dark patches beside a wide gap", {{0.05, 0.05, 0.05}, 4.0, 8.0, 35, 15}},
+        {"nothing but paper", {{0.85}, 0.0, 8.0, 35, 15}},
+    };
+    for (const Case& test : cases) {
+        for (const bool withPositions : {true, false}) {
+            SCOPED_TRACE(std::string(test.what) + (withPositions ? ", positions" : ", samples alone"));
+            const std::vector<double> expected =
+                test.row.reflectances == std::vector<double>{0.85} ? std::vector<double>() : test.row.reflectances;
+            const std::vector<Spectrum> found = Recognised(test.row, withPositions);
+            ASSERT_EQ(found.size(), expected.size());
+            for (size_t i = 0; i < found.size(); ++i) {
+                EXPECT_NEAR(found[i][20], expected[i], 1e-5) << "patch " << i;
+            }
+        }
+    }
+}
+
+TEST(PatchRecognition, AGapAsWideAsAPatchIsOne)
+{
+    EXPECT_EQ(Recognised({{0.1, 0.2}, 10.0, 8.0, 35, 15}, true).size(), 3u);
+}
+
+TEST(PatchRecognition, StrayAndFewSamples)
+{
+    Spectrum dark;
+    dark.fill(0.1f);
+    Spectrum stray;
+    stray.fill(0.3f);
+    std::vector<Spectrum> samples(20, dark);
+    samples[10] = stray;
+    EXPECT_EQ(PatchRecognition::Reduce(samples, {}).size(), 1u);
+    EXPECT_TRUE(PatchRecognition::Reduce({}, {}).empty());
+    EXPECT_TRUE(PatchRecognition::Reduce({dark}, {1, 2, 3}).empty());
+    EXPECT_TRUE(PatchRecognition::Reduce(samples, std::vector<uint16_t>(20, 0)).empty()) << "no travel, no patch";
+}
+
+}  // namespace
+}  // namespace J4Bench

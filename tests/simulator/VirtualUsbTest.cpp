@@ -1,0 +1,102 @@
+#include "simulator/faces/VirtualUsb.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+
+#include "Utilities/Exceptions/TableExceptions.h"
+#include "simulator/bench/Bench.h"
+
+namespace J4Bench {
+namespace {
+
+class VirtualUsbTest : public testing::Test {
+protected:
+    void SetUp() override { Bench::Instance().Reset(); }
+    void TearDown() override { Bench::Instance().Reset(); }
+
+    static std::string Failure(const std::function<void()>& call) {
+        try {
+            call();
+        } catch (const CommunicationException& exception) {
+            return exception.what();
+        }
+        return "";
+    }
+
+    void Talk(VirtualUsb& usb) {
+        usb.DeviceIo(3, 52, 0, false, nullptr, 0);
+        usb.DeviceIo(4, 8, 0, false, nullptr, 0);
+        usb.Write(Kestrelon::DeviceDriver::J4T::LowLevel::Usb::PipeOut, ";a034\r", 6);
+        Bench::Instance().Clock().Advance(50000);
+        unsigned char buffer[256];
+        unsigned long length = sizeof buffer;
+        usb.Read(Kestrelon::DeviceDriver::J4T::LowLevel::Usb::PipeIn, buffer, &length);
+        EXPECT_EQ(std::string(buffer + 2, buffer + length), ":$a00000012be\r");
+    }
+};
+
+TEST_F(VirtualUsbTest, OpensTalksAndTellsItsSerialNumber) {
+    Bench::Instance().SetTableCount(2);
+    VirtualUsb usb;
+    unsigned short count = 0;
+    usb.Scan(count);
+    EXPECT_EQ(count, 2);
+    usb.Open(1);
+    char serial[128];
+    std::memset(serial, 'x', sizeof serial);
+    usb.GetSerialNumber(serial);
+    EXPECT_STREQ(serial, "640002");
+    Talk(usb);
+    usb.Close();
+    usb.Open(0);
+    Talk(usb);
+}
+
+TEST_F(VirtualUsbTest, FailuresHaveTheDriversWords) {
+    VirtualUsb usb;
+    char serial[128];
+    unsigned char buffer[128];
+    const auto read = [&] {
+        unsigned long length = sizeof buffer;
+        usb.Read(1, buffer, &length);
+    };
+    const auto write = [&] { usb.Write(2, "x", 1); };
+    const auto control = [&] { usb.DeviceIo(0, 0, 0, false, nullptr, 0); };
+    const auto text = [](const std::string& label, const std::string& status) {
+        return "Error in UsbIo function: \"" + label + "\" Error: Error code " + status;
+    };
+    const std::string notOpen = "0xE0001102: Device not open.";
+    const std::string removed = "0xE000100A: Device is removed.";
+    const auto expectAll = [&](const std::string& status) {
+        EXPECT_EQ(Failure(read), text("ReadSync", status));
+        EXPECT_EQ(Failure(write), text("WriteSync", status));
+        EXPECT_EQ(Failure(control), text("ClassOrVendorOutRequest", status));
+        EXPECT_EQ(Failure([&] { usb.GetSerialNumber(serial); }), text("GetDeviceDescriptor", status));
+    };
+    EXPECT_EQ(Failure([&] { usb.Open(1); }), "No device connected.");
+    expectAll(notOpen);
+    usb.Open(0);
+    EXPECT_EQ(Failure([&] { usb.Open(0); }), "No device connected.") << "already open";
+    EXPECT_EQ(Failure([&] { usb.DeviceIo(9, 0, 0, false, nullptr, 0); }),
+              text("ClassOrVendorOutRequest", "0xE0000004: HC Error: stall PID."));
+
+    Bench::Instance().GetFaults().tableUnplugged = true;
+    expectAll(removed);
+    unsigned short count = 0;
+    EXPECT_EQ(Failure([&] { usb.Scan(count); }), "No device connected.");
+    EXPECT_EQ(Failure([&] { VirtualUsb().Open(0); }), "No device connected.");
+    usb.Abort(0);
+    usb.Close();
+
+    Bench::Instance().GetFaults().tableUnplugged = false;
+    usb.Open(0);
+    Bench::Instance().Reset();
+    expectAll(removed);
+    usb.Close();
+    expectAll(notOpen);
+}
+
+}  // namespace
+}  // namespace J4Bench
