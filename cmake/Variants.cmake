@@ -17,11 +17,19 @@ if(WIN32)
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real
         ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real)
     target_link_options(j4tavla64_real PRIVATE -Wl,--dynamicbase,--high-entropy-va,--nxcompat)
-endif()
+    add_custom_command(TARGET j4tavla64_real POST_BUILD
+        COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:j4tavla64_real> $<TARGET_FILE:j4tavla64_real>.debug
+        COMMAND ${CMAKE_OBJCOPY} --strip-all --add-gnu-debuglink=$<TARGET_FILE:j4tavla64_real>.debug
+            $<TARGET_FILE:j4tavla64_real>
+        VERBATIM)
 
-# What is shipped: cmake --install BUILD --component out --prefix out
-install(TARGETS j4tavla64_virtual j4bench sorvane64
-    RUNTIME DESTINATION ${out_folder}/virtual COMPONENT out
-    LIBRARY DESTINATION ${out_folder}/virtual COMPONENT out
-    ARCHIVE DESTINATION ${out_folder}/virtual COMPONENT out)
-install(FILES c_sdk/include/j4tavla.h DESTINATION include COMPONENT out)
+    # The import library for Microsoft's linker. LLVM's tool writes its short form, GNU's does not.
+    find_program(LLVM_DLLTOOL NAMES llvm-dlltool-14 llvm-dlltool REQUIRED)
+    set(microsoft_library ${CMAKE_BINARY_DIR}/real/j4tavla64.lib)
+    add_custom_command(OUTPUT ${microsoft_library}
+        COMMAND ${LLVM_DLLTOOL} -m i386:x86-64 -D j4tavla64.dll -d ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.def
+            -l ${microsoft_library}
+        DEPENDS ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.def
+        VERBATIM)
+    add_custom_target(j4tavla64_microsoft_library ALL DEPENDS ${microsoft_library})
+endif()

@@ -1,4 +1,4 @@
-#include "examples/chart_file.h"
+#include "chart_file.h"
 
 #include <math.h>
 #include <stdio.h>

@@ -1,4 +1,4 @@
-#include "examples/colour.h"
+#include "colour.h"
 
 #include <math.h>
 

@@ -13,8 +13,8 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "examples/chart_file.h"
-#include "examples/colour.h"
+#include "chart_file.h"
+#include "colour.h"
 #include "j4tavla.h"
 
 /* A row begins and ends on bare paper, this far from the outer edges of its patches (mm): farther than the

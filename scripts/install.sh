@@ -3,7 +3,7 @@
 # usage: install.sh build|check
 set -eu
 
-build="g++ cmake ninja-build colord-data g++-mingw-w64-x86-64-posix"
+build="g++ cmake ninja-build colord-data g++-mingw-w64-x86-64-posix llvm-14"
 check="$build googletest libbenchmark-dev wine wine64"
 
 case "${1-}" in
