@@ -54,7 +54,8 @@ function(j4_add_library target)
     add_library(${target} SHARED)
     target_link_libraries(${target} PRIVATE j4_core ${ARGN} ${CMAKE_DL_LIBS})
     set_target_properties(${target} PROPERTIES PREFIX "${library_prefix}" OUTPUT_NAME j4tavla64)
-    target_include_directories(${target} INTERFACE ${PROJECT_SOURCE_DIR}/c_sdk/include)
+    target_include_directories(${target} INTERFACE
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/c_sdk/include> $<INSTALL_INTERFACE:include>)
     if(WIN32)
         target_sources(${target} PRIVATE
             ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.def

@@ -40,4 +40,22 @@ if(WIN32)
     set(CPACK_INSTALL_CMAKE_PROJECTS "${CMAKE_BINARY_DIR};j4tavla64;sdk;/")
     set(CPACK_STRIP_FILES ON)
     include(CPack)
+else()
+    install(TARGETS j4tavla64_real LIBRARY DESTINATION ${out_folder} COMPONENT out)
+
+    include(CMakePackageConfigHelpers)
+    configure_file(dist/j4tavla64.pc.in ${CMAKE_BINARY_DIR}/generated/j4tavla64.pc @ONLY)
+    configure_file(dist/j4tavla64Config.cmake.in ${CMAKE_BINARY_DIR}/generated/j4tavla64Config.cmake @ONLY)
+    write_basic_package_version_file(${CMAKE_BINARY_DIR}/generated/j4tavla64ConfigVersion.cmake
+        COMPATIBILITY SameMajorVersion)
+    install(TARGETS j4tavla64_real EXPORT j4tavla64Targets LIBRARY DESTINATION lib COMPONENT sdk)
+    install(EXPORT j4tavla64Targets NAMESPACE j4tavla64:: DESTINATION lib/cmake/j4tavla64 COMPONENT sdk)
+    install(FILES
+        ${CMAKE_BINARY_DIR}/generated/j4tavla64Config.cmake
+        ${CMAKE_BINARY_DIR}/generated/j4tavla64ConfigVersion.cmake
+        DESTINATION lib/cmake/j4tavla64 COMPONENT sdk)
+    install(FILES ${CMAKE_BINARY_DIR}/generated/j4tavla64.pc DESTINATION lib/pkgconfig COMPONENT sdk)
+    install(FILES c_sdk/include/j4tavla.h DESTINATION include COMPONENT sdk)
+    install(FILES dist/70-j4tavla.rules DESTINATION lib/udev/rules.d COMPONENT sdk)
+    j4_install_virtual(sdk lib/j4tavla64/virtual)
 endif()

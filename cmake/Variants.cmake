@@ -2,9 +2,10 @@
 
 j4_add_library(j4tavla64_virtual j4_loader_seam j4_virtual_seams j4bench)
 
+# The variants for real tables. Their names are those of the virtual variant, so they have a folder of their
+# own.
 if(WIN32)
-    # The real table, through the USBIO kernel driver. The names are those of the virtual variant, so it has a
-    # folder of its own. Symbols go into a file beside the DLL.
+    # Through the USBIO kernel driver. Symbols go into a file beside the DLL.
     add_library(j4_usb_seam OBJECT
         src/SerialUSB/Win32/USB_Win.cpp
         usbio/CUsbIo.cpp
@@ -32,4 +33,14 @@ if(WIN32)
         DEPENDS ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.def
         VERBATIM)
     add_custom_target(j4tavla64_microsoft_library ALL DEPENDS ${microsoft_library})
+else()
+    # Through libusb.
+    find_package(PkgConfig REQUIRED)
+    pkg_check_modules(LIBUSB REQUIRED IMPORTED_TARGET libusb-1.0)
+    add_library(j4_usb_seam OBJECT src/SerialUSB/Libusb/UsbLibusb.cpp)
+    target_link_libraries(j4_usb_seam PUBLIC j4t_flags PkgConfig::LIBUSB)
+    j4_add_library(j4tavla64_real j4_loader_seam j4_clock_seam j4_usb_seam)
+    set_target_properties(j4tavla64_real PROPERTIES
+        LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real
+        EXPORT_NAME j4tavla64)
 endif()

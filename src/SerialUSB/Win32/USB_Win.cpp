@@ -4,6 +4,7 @@
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
+#include "src/SerialUSB/SerialNumberText.h"
 #include "src/SerialUSB/UsbFactory.h"
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
@@ -23,7 +24,6 @@ constexpr uint8_t EndpointIn = 0x81;
 constexpr uint32_t MaximumTransferSize = 0x20000;
 constexpr uint32_t TransferTimeout = 1000;  ///< ms
 constexpr std::size_t StringDescriptorRoom = 516;
-constexpr std::size_t StringDescriptorHeader = 2;
 
 /// The present devices, for the time of one operation.
 class DeviceList {
@@ -176,16 +176,7 @@ try {
     uint32_t length = text.size();
     ThrowIfUsbIoError(device->GetStringDescriptor(text.data(), length, descriptor.iSerialNumber, 0), *device,
                       "GetStringDescriptor");
-    // UTF-16 to narrow characters, up to the terminating zero or what the caller has room for.
-    std::size_t written = 0;
-    for (std::size_t i = StringDescriptorHeader; i + 1 < text.size() && written + 1 < SerialNumberSize; i += 2) {
-        const unsigned character = static_cast<unsigned>(text[i] | text[i + 1] << 8);
-        if (character == 0) {
-            break;
-        }
-        serial[written++] = character <= 0xFF ? static_cast<char>(character) : '?';
-    }
-    serial[written] = '\0';
+    SerialNumberFromDescriptor(text.data(), text.size(), serial);
 }
 J4T_TRACE_FRAME
 
