@@ -1,5 +1,6 @@
 #!/bin/sh
-# Tests that each shipped library shows exactly the 22 functions, on Windows with the ordinals 4 to 25, and
+# Tests what is shipped: that no library holds a build path, that the Windows DLL needs the system alone, that
+# each library shows exactly the 22 functions, on Windows with the ordinals 4 to 25, and
 # the instrument's stand-in exactly its sixteen.
 set -eu
 cd "$(dirname "$0")/.."
@@ -36,6 +37,16 @@ for library in $(find out/windows -name j4tavla64.dll); do
     diff "$work/ordinals" "$work/found"
     echo "$library: 22 functions with the ordinals 4 to 25, nothing else"
 done
+
+for library in $(find out -name '*.so' -o -name '*.dll'); do
+    if grep -aqF "$PWD" "$library"; then
+        echo "$library holds the path of its build" >&2
+        exit 1
+    fi
+done
+dlls=$(x86_64-w64-mingw32-objdump -p out/windows/j4tavla64.dll | sed -n 's/.*DLL Name: //p' | sort | tr '\n' ' ')
+[ "$dlls" = "KERNEL32.dll msvcrt.dll " ] || { echo "j4tavla64.dll needs: $dlls" >&2; exit 1; }
+echo "j4tavla64.dll needs KERNEL32.dll and msvcrt.dll alone; no build path in any library"
 
 awk '/SlotCount> j4Bridge::functionNames/ { inList = 1 } inList && /"J4_/ { gsub(/[",]/, ""); print $1 } /^};/ { inList = 0 }' \
     src/j4Bridge.cpp | sort >"$work/sixteen"
