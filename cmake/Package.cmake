@@ -32,7 +32,8 @@ if(WIN32)
         examples/scan_chart.c examples/chart_file.c examples/chart_file.h examples/colour.c examples/colour.h
         DESTINATION examples COMPONENT sdk)
     install(FILES Generic/Colour/CieTables.h DESTINATION examples/Generic/Colour COMPONENT sdk)
-    install(FILES README.md docs/simulator.md DESTINATION . COMPONENT sdk)
+    install(FILES README.md DESTINATION . COMPONENT sdk)
+    install(DIRECTORY docs DESTINATION . COMPONENT sdk)
 
     set(CPACK_GENERATOR ZIP)
     set(CPACK_PACKAGE_FILE_NAME j4tavla64-${PROJECT_VERSION}-windows)
