@@ -1,0 +1,223 @@
+// The frame around every exported call: arguments, the way from an exception to a status, what is kept of a
+// failure, and an instrument's library that can't be used.
+#include "tests/frame/FrameTest.h"
+
+#include <new>
+#include <stdexcept>
+#include <typeinfo>
+
+#include "Utilities/Exceptions/SDKError.h"
+#include "Utilities/Exceptions/TableExceptions.h"
+
+namespace J4Test {
+namespace {
+
+using Kestrelon::DeviceDriver::J4T::SDKError;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using namespace Kestrelon::Utilities::Exceptions;
+
+const char* const text = "what went wrong";
+
+struct CallFrameTest : FrameTest {
+    /// J4_IsConnected of a library that throws it.
+    template <class Exception>
+    void ExpectStatus(const Exception& exception, int32_t status, const std::string& message = text)
+    {
+        library.Throw("J4_IsConnected", exception);
+        ExpectFailure(J4_IsConnected(), {"J4_IsConnected", status, message});
+    }
+
+    /// For the types without a status of their own, whose name goes into the message.
+    template <class Thrown, class Family = Thrown>
+    void ExpectStatus9(const Thrown& exception, const std::string& what = text)
+    {
+        ExpectStatus(exception, J4_ResultException, what + "\n" + typeid(Family).name() + "\n");
+    }
+};
+
+TEST_F(CallFrameTest, EachExceptionHasItsStatus)
+{
+    ExpectStatus(PositionNotReachedException(text), 101);
+    ExpectStatus(IllegalPositionException(text), 102);
+    ExpectStatus(GeneralCommunicationException(text), 2);
+    ExpectStatus(CommunicationTimeoutException(text), 1);
+    ExpectStatus(CommunicationDataException(text), 1);
+    ExpectStatus(CommunicationException(text), 2);
+    ExpectStatus(DeviceErrorException(text), 1);
+    ExpectStatus(J4NotConnectedException(text), 100);
+    ExpectStatus(J4CalibrationFailedException(text), 3);
+    ExpectStatus(WhiteBaseException(text), 103);
+    ExpectStatus(EEPromException(text), 1);
+    ExpectStatus(ResourceException(text), 10);
+    ExpectStatus(ResourceNotAvailableException(text), 10);
+    ExpectStatus(SDKError(-17, text, ""), -17);
+}
+
+TEST_F(CallFrameTest, EverythingElseIsStatus9WithItsTypesName)
+{
+    ExpectStatus9(TableException(text));
+    ExpectStatus9(ScanException(text));
+    ExpectStatus9(FirmwareException(text));
+    ExpectStatus9(ProperyDataException(text));
+    ExpectStatus9(NullPointerException(text));
+    ExpectStatus9(RuntimeException(text));
+    ExpectStatus9(CalculationProblemException(text));
+    ExpectStatus9<std::invalid_argument, InvalidArgumentException>(std::invalid_argument(text));
+    ExpectStatus9<std::runtime_error, RuntimeException>(std::runtime_error(text));
+    ExpectStatus9<std::out_of_range, OutOfRangeException>(std::out_of_range(text));
+    ExpectStatus9<std::bad_alloc, BadAllocException>(std::bad_alloc(), std::bad_alloc().what());
+    ExpectStatus9<int, RuntimeException>(5, "unkown exception caught");
+    library.Throw("J4_IsConnected", TableException(text));
+    J4_IsConnected();
+    EXPECT_THAT(Application::failures.back().message, EndsWith("\n"));
+}
+
+TEST_F(CallFrameTest, ALibraryExceptionIsNotReported)
+{
+    library.Throw("J4_IsConnected", J4LibraryException(text));
+    library.Throw("J4_GetOption Key", J4LibraryException(text));
+    EXPECT_EQ(J4_IsConnected(), 0);
+    EXPECT_EQ(GetOption("LastError"), "no error");
+    EXPECT_EQ(GetOption("Key"), text) << "its text is the option's value";
+    EXPECT_EQ(GetOption("LastError"), "no error");
+    EXPECT_THAT(Application::failures, IsEmpty());
+}
+
+TEST_F(CallFrameTest, AFailureStaysReadableUntilTheNextCall)
+{
+    library.Throw("J4_IsConnected", DeviceErrorException(text));
+    EXPECT_EQ(J4_IsConnected(), 1);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(GetOption("LastError"), text);
+        const std::string extended = GetOption("ExtendedErrorInformation");
+        EXPECT_EQ(extended.find(std::string(text) + "\n" + typeid(DeviceErrorException).name() + "\n\t::"), 0u)
+            << extended;
+        EXPECT_THAT(extended, HasSubstr("j4Bridge::J4_IsConnected(): \\src\\j4Bridge.cpp:"));
+        EXPECT_THAT(extended, HasSubstr("j4TableSDK::J4_IsConnected(): \\src\\j4TableSDK.cpp:"));
+        EXPECT_THAT(extended, HasSubstr("\n\t::J4_IsConnected(): \\src\\j4T_c_sdk.cpp:"));
+    }
+    EXPECT_EQ(Application::failures.size(), 1u) << "reading reports nothing";
+    EXPECT_EQ(GetOption("AnyOtherKey"), "");
+    EXPECT_EQ(GetOption("LastError"), "no error");
+    EXPECT_EQ(GetOption("ExtendedErrorInformation"), "no error\n");
+}
+
+TEST_F(CallFrameTest, ArgumentsAreTestedBeforeAnythingIsCalled)
+{
+    float value = 7.0f;
+    int32_t index = 7;
+    struct Call {
+        const char* name;
+        const char* text;
+        std::function<J4_Result()> call;
+    };
+    const auto read = [](const char* key) {
+        EXPECT_STREQ(J4_GetOption(key), "");
+        return J4_Result{J4_ResultResourceFault};  // the handler tells
+    };
+    const char* const null = "parameter must not be null";
+    const char* const empty = "parameter must not be empty";
+    for (const Call& call : std::vector<Call>{
+             {"J4_GetSpectrum", null, [] { return J4_GetSpectrum(nullptr, 0); }},
+             {"J4_GetTriStimulus", null, [] { return J4_GetTriStimulus(nullptr, 0); }},
+             {"J4_GetDensity", null, [] { return J4_GetDensity(nullptr, 0); }},
+             {"J4_GetDensities", null, [&] { return J4_GetDensities(nullptr, &index, 0); }},
+             {"J4_SetSubstrate", null, [] { return J4_SetSubstrate(nullptr); }},
+             {"J4_GetPosition", null, [&] { return J4_GetPosition(nullptr, &value); }},
+             {"J4_GetPosition", null, [&] { return J4_GetPosition(&value, nullptr); }},
+             {"J4_SetOption", null, [] { return J4_SetOption(nullptr, "value"); }},
+             {"J4_SetOption", null, [] { return J4_SetOption("key", nullptr); }},
+             {"J4_SetOption", empty, [] { return J4_SetOption("", "value"); }},
+             {"J4_SetOption", empty, [] { return J4_SetOption("key", ""); }},
+             {"J4_GetOption", null, [&] { return read(nullptr); }},
+             {"J4_GetOption", empty, [&] { return read(""); }}}) {
+        TakeJournal();
+        ExpectFailure(call.call(), {call.name, J4_ResultResourceFault, call.text});
+        EXPECT_THAT(TakeJournal(), IsEmpty()) << call.name;
+    }
+    EXPECT_EQ(value, 7.0f);
+    EXPECT_EQ(index, 7);
+    EXPECT_EQ(J4_GetDensities(&value, nullptr, 0), 0) << "the second result is the library's business";
+}
+
+struct Default {
+    const char* name;
+    std::function<int64_t()> call;
+    int64_t value;
+};
+
+/// All calls, and what each gives while the instrument's library can't be used.
+std::vector<Default> Defaults()
+{
+    static float values[J4_SPECTRUM_LENGTH];
+    return {{"J4_Calibrate", [] { return J4_Calibrate(); }, 104},
+            {"J4_TriggerMeasurement", [] { return J4_TriggerMeasurement(); }, 104},
+            {"J4_GetNumberOfAvailableSamples", [] { return J4_GetNumberOfAvailableSamples(); }, -1},
+            {"J4_GetSpectrum", [] { return J4_GetSpectrum(values, 0); }, 104},
+            {"J4_GetTriStimulus", [] { return J4_GetTriStimulus(values, 0); }, 104},
+            {"J4_GetDensity", [] { return J4_GetDensity(values, 0); }, 104},
+            {"J4_SetSubstrate", [] { return J4_SetSubstrate(values); }, 104},
+            {"J4_SetOption", [] { return J4_SetOption("key", "value"); }, 104},
+            {"J4_SetOption Reset", [] { return J4_SetOption("Reset", "All"); }, 104},
+            {"J4_KeyPressed", [] { return J4_KeyPressed(); }, 2},
+            {"J4_IsConnected", [] { return J4_IsConnected(); }, 104},
+            {"J4_GetDensities", [] { return J4_GetDensities(values, nullptr, 0); }, 104},
+            {"J4_TriggerCountedScan", [] { return J4_TriggerCountedScan(10); }, 104},
+            {"J4_RegisterErrorHandler",
+             [] { return reinterpret_cast<intptr_t>(J4_RegisterErrorHandler(Application::OnError)); }, 0},
+            {"J4_RegisterDeviceMessageHandler",
+             [] { return reinterpret_cast<intptr_t>(J4_RegisterDeviceMessageHandler(nullptr)); }, 0},
+            {"J4_GetPosition", [] { return J4_GetPosition(values, values); }, 104},
+            {"J4_SetPosition", [] { return J4_SetPosition(300.0f, 300.0f); }, 104},
+            {"J4_GoToHomePosition", [] { return J4_GoToHomePosition(); }, 104},
+            {"J4_Scan", [] { return J4_Scan(200.0f, 250.0f, 300.0f, 250.0f); }, 104},
+            {"J4_IsTableConnected", [] { return J4_IsTableConnected(); }, 104},
+            {"J4_SynchronizeWhitebases", [] { return J4_SynchronizeWhitebases(values); }, 104},
+            {"J4_Private", [] { return J4_Private(7, nullptr); }, 0}};
+}
+
+TEST_F(CallFrameTest, WithoutTheLibraryEachCallTriesAgainAndGivesItsDefault)
+{
+    library.loadFailure = "Can't load library ";
+    EXPECT_EQ(J4_SetOption("Reset", "All"), 104) << "the running library goes, and none comes";
+    for (const Default& call : Defaults()) {
+        library.loads = 0;
+        EXPECT_EQ(call.call(), call.value) << call.name;
+        EXPECT_GT(library.loads, 0) << call.name;
+    }
+    for (const char* key : {"LastError", "J4TVersion", "Anything"}) {
+        EXPECT_EQ(GetOption(key), "Can't load library sorvane64.dll") << key;
+    }
+    EXPECT_THAT(Application::failures, IsEmpty()) << "no handler can be called";
+    library.loadFailure.clear();
+    EXPECT_EQ(J4_IsConnected(), 0) << "it has appeared";
+    EXPECT_EQ(GetOption("J4TJ4SDKPath"), "/fake/sorvane64.dll");
+    EXPECT_EQ(J4_IsTableConnected(), 0);
+}
+
+TEST_F(CallFrameTest, ALibraryThatLacksAFunctionIsNoLibrary)
+{
+    for (const std::string& name : FakeLibrary::FunctionNames()) {
+        library.missingFunction = name;
+        EXPECT_EQ(J4_SetOption("Reset", "All"), 104) << name;
+        EXPECT_EQ(J4_IsConnected(), 104) << name;
+        EXPECT_EQ(GetOption("LastError"), "Invalid j4SDK function pointer.") << name;
+        library.missingFunction.clear();
+        EXPECT_EQ(J4_IsConnected(), 0) << name;
+    }
+}
+
+TEST_F(CallFrameTest, AnotherFailureOfTheStartLeavesTheCall)
+{
+    library.Throw("J4_RegisterErrorHandler", std::runtime_error(text));
+    EXPECT_EQ(J4_SetOption("Reset", "All"), 104) << "the reset went well, reading its status did not";
+    EXPECT_THROW(J4_IsConnected(), std::runtime_error) << "there is no context to store the failure in";
+    EXPECT_THROW(J4_GetOption("LastError"), std::runtime_error);
+    library.script.clear();
+    EXPECT_EQ(J4_IsConnected(), 0);
+}
+
+}  // namespace
+}  // namespace J4Test

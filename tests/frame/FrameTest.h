@@ -1,0 +1,71 @@
+// The ground of the frame tests: an instrument's library that the test scripts, a freshly switched-on virtual
+// table whose seat holds that library's instrument, and an application that has just been started. Both
+// sides write to one journal.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "simulator/bench/Bench.h"
+#include "tests/support/Application.h"
+#include "tests/support/CallJournal.h"
+#include "tests/support/FakeLibrary.h"
+
+namespace J4Test {
+
+struct FrameTest : testing::Test {
+    FakeLibrary& library = FakeLibrary::Instance();
+
+    void SetUp() override
+    {
+        library.PowerOn();
+        Application::StartOver();
+        Bench().Reset();
+        Bench().SeatInstrument(0, FakeLibrary::serialNumber);
+        library.noticeMeasurement = [] {
+            if (J4Bench::Carriage* carriage = Bench().CarriageOf(FakeLibrary::serialNumber)) {
+                carriage->NoteInstrumentCurrent();
+            }
+        };
+        library.record = [](const std::string& line) { Bench().GetJournal().Add(line); };
+        Application::RegisterHandlers();
+        J4_IsConnected();  // the library has its handlers
+        Bench().GetJournal().Enable(true);
+    }
+
+    void TearDown() override
+    {
+        library.PowerOn();
+        Application::StartOver();
+    }
+
+    static J4Bench::Bench& Bench() { return J4Bench::Bench::Instance(); }
+
+    static Lines TakeJournal() { return ShortLines(Bench().GetJournal().Take()); }
+
+    /// The table is connected and the journal empty.
+    static void Connect()
+    {
+        ASSERT_EQ(J4_IsTableConnected(), 0) << GetOption("LastError");
+        TakeJournal();
+    }
+
+    /// The one failure that the application heard of, which is also what the call returned.
+    static void ExpectFailure(J4_Result result, const Failure& expected)
+    {
+        EXPECT_EQ(result, expected.status);
+        EXPECT_EQ(Application::failures, std::vector<Failure>{expected});
+        EXPECT_EQ(GetOption("LastError"), expected.message);
+        Application::failures.clear();
+    }
+};
+
+}  // namespace J4Test

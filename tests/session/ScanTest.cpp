@@ -1,0 +1,215 @@
+// Rows of patches: the order of a scan, what is found, and what is left behind when it fails.
+#include <cstdio>
+#include <fstream>
+
+#include "tests/session/Session.h"
+#include "tests/simulator/ChartText.h"
+
+namespace J4Test {
+namespace {
+
+using testing::Each;
+using testing::ElementsAreArray;
+using testing::FloatNear;
+using testing::IsEmpty;
+
+struct ScanTest : SessionTest {
+    static constexpr const char* chartFile = "session_tests_row.cgats";
+    static constexpr float patches[] = {0.2f, 0.6f, 0.1f, 0.4f};
+
+    /// A row of four patches of 20 mm from x 200 to 280, at y 250.
+    void SetUp() override
+    {
+        SessionTest::SetUp();
+        std::vector<J4Bench::FlatPatch> row;
+        for (size_t i = 0; i < std::size(patches); ++i) {
+            row.push_back({"patch", 210.0 + 20.0 * static_cast<double>(i), 250.0, 20.0, 20.0,
+                           static_cast<double>(patches[i])});
+        }
+        std::ofstream(chartFile) << J4Bench::ChartText(row);
+        Set("Simulator.ChartFile", chartFile);
+        MakeReady();
+        Set("MeasurementMode", "ScanningReflectance");
+    }
+
+    void TearDown() override { std::remove(chartFile); }
+
+    static J4_Result ScanRow() { return J4_Scan(192.0f, 250.0f, 288.0f, 250.0f); }
+
+    static void ExpectPatches()
+    {
+        ASSERT_EQ(J4_GetNumberOfAvailableSamples(), 4);
+        for (uint32_t i = 0; i < std::size(patches); ++i) {
+            EXPECT_THAT(Measured(i), Each(FloatNear(patches[i], 0.001f))) << "patch " << i;
+        }
+    }
+};
+
+struct Recognition {
+    const char* algorithm;
+    const char* option;
+    bool sendsList;
+    const char* list;
+};
+
+TEST_F(ScanTest, TableAndInstrumentAreCalledInOrder)
+{
+    // 96 mm at 160 mm/s take 100 ms for each ramp and 500 ms between them; with the delay of 200 ms and samples of
+    // 5.007 ms these are 179 samples, raised to 180.
+    const std::string count = "180";
+    Lines firstRead = flashRead;  // the calibration has written the flash
+    for (const Recognition& recognition :
+         {Recognition{"0", "no", false, ""}, {"1", "yes", true, "0"}, {"2", "yes", true, "180"}}) {
+        Set("J4TRecognitionAlgorithm", recognition.algorithm);
+        StartJournal();
+        EXPECT_EQ(ScanRow(), 0);
+        const Lines list =
+            recognition.sendsList ? Lines{std::string("private 5 ") + recognition.list} : Lines{};
+        EXPECT_THAT(TakeJournal(),
+                    ElementsAreArray(Joined({Preparation("ScanningReflectance", firstRead),
+                                             {std::string("set Recognition ") + recognition.option,
+                                              "table d1 00c8", "table m0 078009c4012c", "table m2 0b4009c400a0",
+                                              "get IntegrationTime", "table a3"},
+                                             list,
+                                             {"J4_TriggerCountedScan " + count}})))
+            << recognition.algorithm;
+        firstRead.clear();
+        if (recognition.sendsList) {
+            ExpectPatches();
+        } else {
+            EXPECT_EQ(J4_GetNumberOfAvailableSamples(), 180) << "all samples";
+        }
+        ExpectPosition(288.0f, 250.0f);
+        EXPECT_EQ(GetOption("J4THoldPosition"), "yes") << "a good scan keeps the hold";
+    }
+    EXPECT_THAT(Application::failures, IsEmpty());
+}
+
+TEST_F(ScanTest, RowsRunInEitherDirectionAndAtTheChosenSpeeds)
+{
+    Set("J4TMoveSpeed", "250");
+    Set("J4TScanSpeed", "80");
+    StartJournal();
+    EXPECT_EQ(J4_Scan(288.0f, 250.0f, 192.0f, 250.0f), 0);
+    EXPECT_THAT(LinesThatBegin(TakeJournal(), {"table m"}),
+                ElementsAreArray({"table m0 0b4009c400fa", "table m2 078009c40050"}));
+    ASSERT_EQ(J4_GetNumberOfAvailableSamples(), 4);
+    EXPECT_THAT(Measured(0), Each(FloatNear(patches[3], 0.001f)));
+    EXPECT_THAT(Measured(3), Each(FloatNear(patches[0], 0.001f)));
+    Set("J4TScanSpeed", "401");
+    ExpectFailure(ScanRow(), {"J4_Scan", J4_ResultResourceFault, "Invalid speed (401 != [1,400])."});
+}
+
+TEST_F(ScanTest, ARowOfNoLengthIsSentAsSuch)
+{
+    EXPECT_EQ(J4_Scan(210.0f, 250.0f, 210.0f, 250.0f), 0) << GetOption("LastError");
+    EXPECT_EQ(ScanRow(), 0);
+    ExpectPatches();
+}
+
+TEST_F(ScanTest, AScanThatCannotMeasureLeavesNoSamples)
+{
+    EXPECT_EQ(J4_TriggerMeasurement(), 0);
+    Set("MeasurementMode", "SingleEmission");
+    StartJournal();
+    EXPECT_EQ(ScanRow(), J4_ResultException) << "no integration time in a mode without calibration";
+    EXPECT_THAT(Application::failures.back().message, testing::StartsWith("Integration time in j4 is 0.\n"));
+    const Lines journal = TakeJournal();
+    EXPECT_THAT(LinesThatBegin(journal, {"table m", "get IntegrationTime", "J4_Trigger", "private 1", "table s"}),
+                ElementsAreArray({"table m0 078009c4012c", "table m2 0b4009c400a0", "get IntegrationTime",
+                                  "private 1 0", "table s0"}));
+    EXPECT_EQ(J4_GetNumberOfAvailableSamples(), 0);
+    ExpectPosition(288.0f, 250.0f);
+
+    EXPECT_EQ(J4_Calibrate(), 0) << "a mode that can be calibrated, but not scan";
+    ExpectFailure(ScanRow(), {"J4_Scan", 8, "A counted scan needs a reflectance mode."});
+    EXPECT_THAT(GetOption("ExtendedErrorInformation"), testing::HasSubstr("J4_TriggerCountedScan ended with status 8"));
+    EXPECT_THAT(GetOption("ExtendedErrorInformation"), testing::Not(testing::HasSubstr("Selected instrument")))
+        << "the heading of two lines is dropped";
+    EXPECT_EQ(J4_GetNumberOfAvailableSamples(), 0);
+
+    Set("MeasurementMode", "ScanningReflectance");
+    EXPECT_EQ(ScanRow(), 0);
+    ExpectPatches();
+}
+
+TEST_F(ScanTest, IllegalRowsMoveNothingTowardsThem)
+{
+    StartJournal();
+    EXPECT_EQ(J4_Scan(2000.0f, 250.0f, 288.0f, 250.0f), J4_ResultIllegalPosition);
+    EXPECT_THAT(LinesThatBegin(TakeJournal(), {"table m", "J4_Trigger"}), IsEmpty());
+    EXPECT_EQ(J4_Scan(192.0f, 250.0f, 288.0f, -200.0f), J4_ResultIllegalPosition);
+    EXPECT_THAT(LinesThatBegin(TakeJournal(), {"table m", "J4_Trigger"}), ElementsAreArray({"table m0 078009c4012c"}));
+    EXPECT_EQ(ScanRow(), 0);
+    ExpectPatches();
+}
+
+TEST_F(ScanTest, ATableThatFailsOnTheWayIsUsableAgain)
+{
+    struct Fault {
+        const char* key;
+        const char* value;
+        const char* healed;
+        int32_t status;
+    };
+    for (const Fault& fault : {Fault{"Simulator.PositionNotReached", "yes", "no", J4_ResultPositionNotReached},
+                               {"Simulator.TableSilent", "yes", "no", J4_ResultDeviceFault},
+                               {"Simulator.TableBusy", "yes", "no", J4_ResultDeviceFault},
+                               {"Simulator.CorruptReplies", "1000", "0", J4_ResultDeviceFault},
+                               {"Simulator.TableUnplugged", "yes", "no", J4_ResultDeviceNotConnected}}) {
+        Set(fault.key, fault.value);
+        EXPECT_EQ(ScanRow(), fault.status) << fault.key;
+        Set(fault.key, fault.healed);
+        EXPECT_EQ(ScanRow(), 0) << fault.key << ": " << GetOption("LastError");
+        ExpectPatches();
+    }
+}
+
+TEST_F(ScanTest, ACableThatComesOutAtAnyMomentIsSurvived)
+{
+    int failed = 0;
+    for (int transfers = 0; transfers <= 75; transfers += 3) {
+        Set("Simulator.UnplugAfterTransfers", std::to_string(transfers));
+        const J4_Result result = ScanRow();
+        Set("Simulator.UnplugAfterTransfers", "-1");
+        Set("Simulator.TableUnplugged", "no");
+        LetTheLineFallSilent();
+        if (result != 0) {
+            ++failed;
+            EXPECT_EQ(result, J4_ResultDeviceNotConnected) << transfers << ": " << Application::failures.back();
+        }
+        EXPECT_EQ(ScanRow(), 0) << transfers << ": " << Application::failures.back();
+        ExpectPatches();
+    }
+    EXPECT_GT(failed, 10) << "the transfers of a scan were hit";
+}
+
+TEST_F(ScanTest, SamplesAreReadAsSpectraColoursAndDensities)
+{
+    ASSERT_EQ(ScanRow(), 0);
+    float values[4] = {};
+    int32_t index = -1;
+    EXPECT_EQ(J4_GetTriStimulus(values, 1), 0);
+    EXPECT_NEAR(values[0], 116.0 * std::cbrt(0.6) - 16.0, 0.1) << "a neutral patch of 60 percent in CIELab";
+    EXPECT_NEAR(values[1], 0.0, 0.1);
+    EXPECT_EQ(J4_GetDensity(values, 1), 0);
+    EXPECT_NEAR(values[0], -std::log10(0.6), 0.01);
+    EXPECT_EQ(J4_GetDensities(values, &index, 1), 0);
+    EXPECT_THAT(values, Each(FloatNear(0.2218f, 0.01f)));
+    EXPECT_GE(index, 0);
+    Spectrum substrate = Measured(1);
+    EXPECT_EQ(J4_SetSubstrate(substrate.data()), 0);
+    EXPECT_EQ(J4_GetDensity(values, 1), 0);
+    EXPECT_NEAR(values[0], 0.0, 1e-5);
+
+    float untouched = 7.0f;
+    ExpectFailure(J4_GetDensity(&untouched, 4), {"J4_GetDensity", 7, "There is no sample 4, only 4 are available."});
+    EXPECT_EQ(untouched, 7.0f);
+    Set("Recognition", "no");
+    EXPECT_EQ(J4_TriggerCountedScan(10), 0) << "also without the table moving";
+    EXPECT_EQ(J4_GetNumberOfAvailableSamples(), 10);
+    EXPECT_EQ(J4_KeyPressed(), 0);
+}
+
+}  // namespace
+}  // namespace J4Test
