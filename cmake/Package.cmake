@@ -28,19 +28,10 @@ if(WIN32)
     install(FILES $<TARGET_LINKER_FILE:j4tavla64_real> ${microsoft_library} DESTINATION lib COMPONENT sdk)
     install(FILES c_sdk/include/j4tavla.h DESTINATION include COMPONENT sdk)
     j4_install_virtual(sdk virtual)
-    install(FILES
-        examples/scan_chart.c examples/chart_file.c examples/chart_file.h examples/colour.c examples/colour.h
-        DESTINATION examples COMPONENT sdk)
-    install(FILES Generic/Colour/CieTables.h DESTINATION examples/Generic/Colour COMPONENT sdk)
-    install(FILES README.md DESTINATION . COMPONENT sdk)
-    install(DIRECTORY docs DESTINATION . COMPONENT sdk)
+    set(document_folder .)
 
     set(CPACK_GENERATOR ZIP)
     set(CPACK_PACKAGE_FILE_NAME j4tavla64-${PROJECT_VERSION}-windows)
-    set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
-    set(CPACK_INSTALL_CMAKE_PROJECTS "${CMAKE_BINARY_DIR};j4tavla64;sdk;/")
-    set(CPACK_STRIP_FILES ON)
-    include(CPack)
 else()
     install(TARGETS j4tavla64_real LIBRARY DESTINATION ${out_folder} COMPONENT out)
 
@@ -59,4 +50,63 @@ else()
     install(FILES c_sdk/include/j4tavla.h DESTINATION include COMPONENT sdk)
     install(FILES dist/70-j4tavla.rules DESTINATION lib/udev/rules.d COMPONENT sdk)
     j4_install_virtual(sdk lib/j4tavla64/virtual)
+    set(document_folder share/doc/j4tavla64)
+
+    set(CPACK_GENERATOR DEB)
+    set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+    set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+    set(CPACK_DEBIAN_PACKAGE_MAINTAINER "Kestrelon <j4tavla@kestrelon.example>")
+    set(CPACK_DEBIAN_PACKAGE_SECTION libs)
+    set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "SDK and command-line tool of the J4 Tavla scanning table")
+    set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+"A library of 22 C functions that measures with the spectrophotometer in a J4
+Tavla scanning table, moves the table, and scans charts row by row, and a
+command-line tool that does so without a program.
+
+With it come the header, files for pkg-config and CMake, the udev rule that gives
+users access to the table, a virtual table for work without hardware, documents,
+and examples in C, Python and C#. The library of the instrument's maker is not
+part of it.")
+    # The virtual variant finds its bench beside itself.
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+    set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 endif()
+
+install(TARGETS j4tavla RUNTIME DESTINATION bin COMPONENT sdk)
+if(NOT WIN32 AND NOT J4T_SANITIZE)
+    # The manual says what --help says, and what dist/j4tavla.h2m adds.
+    find_program(HELP2MAN help2man REQUIRED)
+    set(manual ${CMAKE_BINARY_DIR}/generated/j4tavla.1)
+    set(manual_help ${PROJECT_SOURCE_DIR}/dist/manual_help.sh)
+    set(manual_addition ${PROJECT_SOURCE_DIR}/dist/j4tavla.h2m)
+    add_custom_command(OUTPUT ${manual}.gz
+        COMMAND ${CMAKE_COMMAND} -E env TOOL=$<TARGET_FILE:j4tavla>
+            ${HELP2MAN} --no-info --help-option=--help-all "--name=measure charts with the J4 Tavla scanning table"
+            --include=${manual_addition} --output=${manual} ${manual_help}
+        COMMAND gzip --best --no-name --force ${manual}
+        DEPENDS j4tavla ${manual_help} ${manual_addition}
+        VERBATIM)
+    add_custom_target(j4tavla_manual ALL DEPENDS ${manual}.gz)
+    install(FILES ${manual}.gz DESTINATION share/man/man1 COMPONENT sdk)
+endif()
+
+# The notices of what is compiled into the tool.
+install(FILES /usr/share/doc/libcli11-dev/copyright DESTINATION ${document_folder}/licenses COMPONENT sdk
+    RENAME CLI11.txt)
+install(FILES tools/report/vendor/LICENSE DESTINATION ${document_folder}/licenses COMPONENT sdk RENAME uPlot.txt)
+
+install(FILES README.md DESTINATION ${document_folder} COMPONENT sdk)
+install(DIRECTORY docs DESTINATION ${document_folder} COMPONENT sdk)
+install(FILES
+    examples/scan_chart.c examples/chart_file.c examples/chart_file.h examples/colour.c examples/colour.h
+    examples/scan_chart.py examples/ScanChart.cs
+    DESTINATION ${document_folder}/examples COMPONENT sdk)
+install(FILES Generic/Colour/CieTables.h DESTINATION ${document_folder}/examples/Generic/Colour COMPONENT sdk)
+configure_file(dist/Doxyfile.in ${CMAKE_BINARY_DIR}/generated/Doxyfile @ONLY)
+
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
+set(CPACK_INSTALL_CMAKE_PROJECTS "${CMAKE_BINARY_DIR};j4tavla64;sdk;/")
+set(CPACK_STRIP_FILES ON)
+include(CPack)

@@ -3,8 +3,8 @@
 # usage: install.sh build|check
 set -eu
 
-build="g++ cmake ninja-build colord-data g++-mingw-w64-x86-64-posix llvm-14 pkg-config libusb-1.0-0-dev"
-check="$build googletest libbenchmark-dev wine wine64 umockdev libumockdev-dev"
+build="g++ cmake ninja-build colord-data g++-mingw-w64-x86-64-posix llvm-14 pkg-config libusb-1.0-0-dev help2man libcli11-dev"
+check="$build googletest liblcms2-dev libcolord-dev libbenchmark-dev wine wine64 umockdev libumockdev-dev doxygen python3 mono-mcs chromium"
 
 case "${1-}" in
 build) wanted=$build ;;

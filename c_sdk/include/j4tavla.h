@@ -224,7 +224,11 @@ J4T_API J4_Result J4_IsConnected(void);
  */
 J4T_API J4_Result J4_GetDensities(float* densities, int32_t* densityIndex, uint32_t index);
 
-/** Takes count samples at the instrument's own pace and returns when they are taken. @return status */
+/**
+ * Takes samples at the instrument's own pace and returns when they are taken.
+ * @param count  number of samples
+ * @return status
+ */
 J4T_API J4_Result J4_TriggerCountedScan(uint32_t count);
 
 /**
@@ -284,6 +288,8 @@ J4T_API J4_Result J4_SynchronizeWhitebases(float* whiteBase);
  * Operations for service programs. 1001 writes raw bytes to the table and 1002 reads raw bytes, both
  * with a ::J4PrivateTableRequest; other operations from 1000 to 1999 do nothing; all others go to the
  * instrument's library.
+ * @param operation  what to do
+ * @param record     what the operation reads and writes
  * @return the value of the instrument's library; 0 for 1000 to 1999 and after a failure. A null record for
  *         1001 or 1002 is refused like any null argument; every other failure of theirs shows in the record.
  */

@@ -1,16 +1,13 @@
-// The spectrum that travels through the bench: reflectance factors at 380 to 730 nm in steps of 10 nm.
+// The spectrum that travels through the bench.
 #pragma once
 
-#include <array>
-#include <cstddef>
+#include "Generic/Colour/Spectrum.h"
 
 namespace J4Bench {
 
-inline constexpr int SpectrumLength = 36;
-inline constexpr int FirstWavelength = 380;  ///< nm
-inline constexpr int WavelengthStep = 10;    ///< nm
-
-/// Reflectance factors, 1.0 is the perfect diffuser.
-using Spectrum = std::array<float, SpectrumLength>;
+using Kestrelon::DeviceDriver::Generic::FirstWavelength;
+using Kestrelon::DeviceDriver::Generic::Spectrum;
+using Kestrelon::DeviceDriver::Generic::SpectrumLength;
+using Kestrelon::DeviceDriver::Generic::WavelengthStep;
 
 }  // namespace J4Bench

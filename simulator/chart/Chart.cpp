@@ -2,13 +2,17 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <fstream>
 
+#include "Generic/Cgats/CgatsFields.h"
 #include "simulator/chart/Aperture.h"
 
 namespace J4Bench {
+
+namespace Cgats = Kestrelon::DeviceDriver::Generic::Cgats;
+using Cgats::CgatsTable;
+using Cgats::ParseNumber;
 
 namespace {
 
@@ -16,26 +20,6 @@ constexpr float DefaultPaper = 0.85f;
 constexpr double HighestReflectance = 2.0;  // leaves room for brighteners; percentages are far above
 constexpr double TenthsPerMillimetre = 10.0;
 constexpr double LargestLength = 10000.0;  // mm; no bed is larger, and it keeps the arithmetic tame
-
-bool ParseNumber(const std::string& text, double& value)
-{
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return failure == std::errc() && end == text.data() + text.size() && std::isfinite(value);
-}
-
-/// The wavelength that a field name such as "SPECTRAL_NM380", "NM_380" or "SPEC_380" stands for; -1 for
-/// any other field.
-int WavelengthOf(const std::string& field)
-{
-    for (const char* prefix : {"SPECTRAL_NM_", "SPECTRAL_NM", "SPECTRAL_", "SPEC_", "NM_", "NM"}) {
-        const std::string start = prefix;
-        double wavelength = 0.0;
-        if (field.compare(0, start.size(), start) == 0 && ParseNumber(field.substr(start.size()), wavelength)) {
-            return wavelength == std::floor(wavelength) ? static_cast<int>(wavelength) : -1;
-        }
-    }
-    return -1;
-}
 
 /// Which column of the file holds what; -1 where the file has no such column.
 struct Columns {
@@ -47,33 +31,17 @@ struct Columns {
     std::array<int, SpectrumLength> bands{};
 };
 
-bool FindColumns(const CgatsFile& file, Columns& columns, CgatsFile::Error& error)
+bool FindColumns(const CgatsTable& table, Columns& columns, CgatsFile::Error& error)
 {
-    columns.bands.fill(-1);
-    int sampleId = -1;
-    for (size_t i = 0; i < file.Fields().size(); ++i) {
-        const std::string& field = file.Fields()[i];
-        const int column = static_cast<int>(i);
-        const int fromFirst = WavelengthOf(field) - FirstWavelength;
-        if (field == "SAMPLE_NAME") {
-            columns.name = column;
-        } else if (field == "SAMPLE_ID") {
-            sampleId = column;
-        } else if (field == "X") {
-            columns.x = column;
-        } else if (field == "Y") {
-            columns.y = column;
-        } else if (field == "WIDTH") {
-            columns.width = column;
-        } else if (field == "HEIGHT") {
-            columns.height = column;
-        } else if (fromFirst >= 0 && fromFirst % WavelengthStep == 0 && fromFirst / WavelengthStep < SpectrumLength) {
-            columns.bands[static_cast<size_t>(fromFirst / WavelengthStep)] = column;
-        }
-    }
+    columns.name = table.FindField("SAMPLE_NAME");
     if (columns.name < 0) {
-        columns.name = sampleId;
+        columns.name = table.FindField("SAMPLE_ID");
     }
+    columns.x = table.FindField("X");
+    columns.y = table.FindField("Y");
+    columns.width = table.FindField("WIDTH");
+    columns.height = table.FindField("HEIGHT");
+    columns.bands = Cgats::FindSpectralFields(table);
     const auto require = [&](int column, const std::string& field) {
         if (column < 0) {
             error = {0, "the field " + field + " is missing"};
@@ -84,9 +52,8 @@ bool FindColumns(const CgatsFile& file, Columns& columns, CgatsFile::Error& erro
         !require(columns.width, "WIDTH") || !require(columns.height, "HEIGHT")) {
         return false;
     }
-    for (int band = 0; band < SpectrumLength; ++band) {
-        if (!require(columns.bands[static_cast<size_t>(band)],
-                     "SPECTRAL_NM" + std::to_string(FirstWavelength + WavelengthStep * band))) {
+    for (size_t band = 0; band < columns.bands.size(); ++band) {
+        if (!require(columns.bands[band], Cgats::SpectralField(band))) {
             return false;
         }
     }
@@ -94,7 +61,7 @@ bool FindColumns(const CgatsFile& file, Columns& columns, CgatsFile::Error& erro
 }
 
 /// One value, or 36 in order of wavelength.
-bool ParsePaper(const CgatsFile::Keyword& keyword, Spectrum& paper, CgatsFile::Error& error)
+bool ParsePaper(const CgatsTable::Keyword& keyword, Spectrum& paper, CgatsFile::Error& error)
 {
     std::vector<double> values;
     for (size_t at = 0; at < keyword.value.size();) {
@@ -121,7 +88,7 @@ bool ParsePaper(const CgatsFile::Keyword& keyword, Spectrum& paper, CgatsFile::E
     return true;
 }
 
-bool ParsePatch(const CgatsFile& file, const CgatsFile::Row& row, const Columns& columns, bool atCorner, Patch& patch,
+bool ParsePatch(const CgatsTable& table, const CgatsTable::Row& row, const Columns& columns, bool atCorner, Patch& patch,
                 CgatsFile::Error& error)
 {
     const auto number = [&](int column, double low, double high, const char* range, double& value) {
@@ -129,7 +96,7 @@ bool ParsePatch(const CgatsFile& file, const CgatsFile::Row& row, const Columns&
         if (ParseNumber(text, value) && value >= low && value <= high) {
             return true;
         }
-        error = {row.line, file.Fields()[static_cast<size_t>(column)] + " '" + text + "' is not " + range};
+        error = {row.line, table.fields[static_cast<size_t>(column)] + " '" + text + "' is not " + range};
         return false;
     };
     double x = 0.0;
@@ -180,26 +147,27 @@ bool Chart::Load(std::istream& input, CgatsFile::Error& error)
 {
     CgatsFile file;
     Columns columns;
-    if (!file.Read(input, error) || !FindColumns(file, columns, error)) {
+    if (!file.Read(input, error) || !FindColumns(file.Tables().front(), columns, error)) {
         return false;
     }
+    const CgatsTable& table = file.Tables().front();
     Chart read;
-    if (const CgatsFile::Keyword* keyword = file.FindKeyword("PAPER_REFLECTANCE")) {
+    if (const CgatsTable::Keyword* keyword = table.FindKeyword("PAPER_REFLECTANCE")) {
         if (!ParsePaper(*keyword, read.paper, error)) {
             return false;
         }
     }
     bool atCorner = false;
-    if (const CgatsFile::Keyword* keyword = file.FindKeyword("LAYOUT_ORIGIN")) {
+    if (const CgatsTable::Keyword* keyword = table.FindKeyword("LAYOUT_ORIGIN")) {
         atCorner = keyword->value == "CORNER";
         if (!atCorner && keyword->value != "CENTRE") {
             error = {keyword->line, "LAYOUT_ORIGIN '" + keyword->value + "' is neither CENTRE nor CORNER"};
             return false;
         }
     }
-    for (const CgatsFile::Row& row : file.Rows()) {
+    for (const CgatsTable::Row& row : table.rows) {
         Patch patch;
-        if (!ParsePatch(file, row, columns, atCorner, patch, error)) {
+        if (!ParsePatch(table, row, columns, atCorner, patch, error)) {
             return false;
         }
         read.patches.push_back(std::move(patch));

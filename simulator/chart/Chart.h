@@ -6,11 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "Generic/Cgats/CgatsFile.h"
 #include "simulator/bench/Point.h"
 #include "simulator/bench/Spectrum.h"
-#include "simulator/chart/CgatsFile.h"
 
 namespace J4Bench {
+
+using Kestrelon::DeviceDriver::Generic::Cgats::CgatsFile;
 
 struct Patch {
     std::string name;

@@ -9,10 +9,13 @@
 #include <string_view>
 #include <utility>
 
+#include "Generic/Colour/Colorimetry.h"
 #include "simulator/bench/TextList.h"
 #include "simulator/instrument/PatchRecognition.h"
 
 namespace J4Bench {
+
+namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
 
 namespace {
 
@@ -54,7 +57,7 @@ bool CopySpectrum(const float* values, bool mayBeZero, Spectrum& spectrum)
                        [mayBeZero](float value) { return std::isfinite(value) && (mayBeZero || value > 0.0f); });
 }
 
-size_t IndexOfHighest(const Colorimetry::Densities& densities)
+size_t IndexOfHighest(const Densities& densities)
 {
     return static_cast<size_t>(std::max_element(densities.begin(), densities.end()) - densities.begin());
 }
@@ -283,7 +286,7 @@ int32_t InstrumentRack::GetDensities(float* densities, int32_t* densityIndex, ui
     DeliverDeviceMessage();
     Outcome outcome = FindSample(densities, index);
     if (!outcome.Failed()) {
-        const Colorimetry::Densities values = RelativeDensities(samples[index]);
+        const Densities values = RelativeDensities(samples[index]);
         std::transform(values.begin(), values.end(), densities, [](double value) { return static_cast<float>(value); });
         if (densityIndex != nullptr) {
             *densityIndex = static_cast<int32_t>(IndexOfHighest(values));
@@ -297,7 +300,7 @@ int32_t InstrumentRack::GetDensity(float* density, uint32_t index)
     DeliverDeviceMessage();
     Outcome outcome = FindSample(density, index);
     if (!outcome.Failed()) {
-        const Colorimetry::Densities values = RelativeDensities(samples[index]);
+        const Densities values = RelativeDensities(samples[index]);
         *density = static_cast<float>(values[IndexOfHighest(values)]);
     }
     return Finish("J4_GetDensity", std::move(outcome), index);
@@ -546,11 +549,11 @@ Outcome InstrumentRack::Write(const char* key, const char* value)
     return outcome;
 }
 
-Colorimetry::Densities InstrumentRack::RelativeDensities(const Spectrum& sample) const
+Densities InstrumentRack::RelativeDensities(const Spectrum& sample) const
 {
-    Colorimetry::Densities densities = Colorimetry::DensitiesOf(sample);
+    Densities densities = DensitiesOf(sample);
     if (settings.substrate) {
-        const Colorimetry::Densities substrate = Colorimetry::DensitiesOf(*settings.substrate);
+        const Densities substrate = DensitiesOf(*settings.substrate);
         for (size_t i = 0; i < densities.size(); ++i) {
             densities[i] -= substrate[i];
         }

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "simulator/bench/Bench.h"
-#include "simulator/instrument/Colorimetry.h"
+#include "simulator/instrument/Densities.h"
 #include "simulator/instrument/Instrument.h"
 #include "simulator/instrument/Optics.h"
 #include "simulator/instrument/OptionTable.h"
@@ -97,7 +97,7 @@ private:
     Outcome Ready();
     Outcome FindSample(const void* target, uint32_t index);
     Outcome Write(const char* key, const char* value);
-    Colorimetry::Densities RelativeDensities(const Spectrum& sample) const;
+    Densities RelativeDensities(const Spectrum& sample) const;
     std::string ExtendedError() const;
     std::string SelectedName() const;
 

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 
-#include "simulator/instrument/Colorimetry.h"
+#include "Generic/Colour/Colorimetry.h"
 
 namespace J4Bench {
+
+namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
 
 namespace {
 

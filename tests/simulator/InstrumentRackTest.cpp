@@ -7,6 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "Generic/Colour/Colorimetry.h"
 #include "simulator/table/ConfigurationBlock.h"
 #include "simulator/table/TableUnit.h"
 #include "simulator/table/WireText.h"
@@ -14,6 +15,8 @@
 
 namespace J4Bench {
 namespace {
+
+namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
 
 constexpr const char* Seated = "240118";  // the second instrument, which sits in the table
 constexpr const char* Free = "240117";

@@ -1,20 +1,23 @@
-// The figures that an instrument computes from a reflectance spectrum: tristimulus values, CIELab, densities.
+// From a reflectance spectrum to colour values, and from two colours to their difference.
 #pragma once
 
 #include <array>
 
-#include "simulator/bench/Spectrum.h"
+#include "Generic/Colour/Spectrum.h"
 
-namespace J4Bench::Colorimetry {
+namespace Kestrelon::DeviceDriver::Generic::Colorimetry {
 
 using Triple = std::array<double, 3>;
-
-/// Cyan, magenta, yellow, black.
-using Densities = std::array<double, 4>;
 
 /// X, Y, Z for the CIE 1931 2 degree observer and D50: sums over the 36 bands (CIE 15), scaled so that the
 /// perfect diffuser has Y = 100.
 Triple TristimulusValues(const Spectrum& reflectance);
+
+/// X, Y, Z of the perfect diffuser, by the same sums.
+const Triple& White();
+
+/// L*, a*, b* (CIE 15) of tristimulus values, relative to White().
+Triple LabOfTristimulus(const Triple& values);
 
 /// L*, a*, b* (CIE 15) relative to the perfect diffuser under D50.
 Triple Lab(const Spectrum& reflectance);
@@ -28,9 +31,8 @@ Triple Chromaticity(const Spectrum& reflectance);
 /// Euclidean distance of two triples; for CIELab values the CIE 1976 colour difference.
 double Distance(const Triple& first, const Triple& second);
 
-/// Minus the decimal logarithm of the mean reflectance in a band: 600 to 700 nm for cyan, 500 to 590 nm for
-/// magenta, 400 to 490 nm for yellow, each with equal weights, and Y / 100 for black. These simple bands are
-/// not the status densities of ISO 5-3. A reflectance below 0.0001 counts as 0.0001.
-Densities DensitiesOf(const Spectrum& reflectance);
+/// Colour difference CIEDE2000 of two CIELab colours (CIE 142-2001, in the form of Sharma, Wu and Dalal,
+/// Color Research and Application 30, 2005) with all three parametric factors 1.
+double Ciede2000(const Triple& first, const Triple& second);
 
-}  // namespace J4Bench::Colorimetry
+}  // namespace Kestrelon::DeviceDriver::Generic::Colorimetry

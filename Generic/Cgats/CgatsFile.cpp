@@ -1,0 +1,311 @@
+#include "Generic/Cgats/CgatsFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <fstream>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include "Generic/Cgats/CgatsFields.h"
+
+namespace Kestrelon::DeviceDriver::Generic::Cgats {
+
+namespace {
+
+/// The keywords of the standard; all others have to be announced.
+constexpr std::array<std::string_view, 27> StandardKeywords = {"NUMBER_OF_FIELDS",
+                                                               "NUMBER_OF_SETS",
+                                                               "ORIGINATOR",
+                                                               "FILE_DESCRIPTOR",
+                                                               "CREATED",
+                                                               "DESCRIPTOR",
+                                                               "DIFFUSE_GEOMETRY",
+                                                               "MANUFACTURER",
+                                                               "MANUFACTURE",
+                                                               "PROD_DATE",
+                                                               "SERIAL",
+                                                               "MATERIAL",
+                                                               "INSTRUMENTATION",
+                                                               "MEASUREMENT_SOURCE",
+                                                               "PRINT_CONDITIONS",
+                                                               "SAMPLE_BACKING",
+                                                               "CHISQ_DOF",
+                                                               "MEASUREMENT_GEOMETRY",
+                                                               "FILTER",
+                                                               "POLARIZATION",
+                                                               "WEIGHTING_FUNCTION",
+                                                               "COMPUTATIONAL_PARAMETER",
+                                                               "TARGET_TYPE",
+                                                               "COLORANT",
+                                                               "TABLE_DESCRIPTOR",
+                                                               "TABLE_NAME",
+                                                               "KEYWORD"};
+
+bool IsStandard(const std::string& keyword)
+{
+    return std::find(StandardKeywords.begin(), StandardKeywords.end(), keyword) != StandardKeywords.end();
+}
+
+bool IsCount(const std::string& keyword)
+{
+    return keyword == "NUMBER_OF_FIELDS" || keyword == "NUMBER_OF_SETS";
+}
+
+/// Splits a line into words. False when a quoted text has no end.
+bool SplitLine(const std::string& line, std::vector<std::string>& words)
+{
+    words.clear();
+    size_t at = 0;
+    while (at < line.size()) {
+        const char character = line[at];
+        if (character == '#') {
+            break;
+        }
+        if (character == ' ' || character == '\t' || character == '\r') {
+            ++at;
+        } else if (character == '"' || character == '\'') {
+            const size_t end = line.find(character, at + 1);
+            if (end == std::string::npos) {
+                return false;
+            }
+            words.push_back(line.substr(at + 1, end - at - 1));
+            at = end + 1;
+        } else {
+            const size_t end = std::min(line.find_first_of(" \t\r\"#", at), line.size());
+            words.push_back(line.substr(at, end - at));
+            at = end;
+        }
+    }
+    return true;
+}
+
+/// The words of a text with single blanks between them.
+std::string Joined(const std::vector<std::string>& words, size_t first)
+{
+    std::string text;
+    for (size_t i = first; i < words.size(); ++i) {
+        text += (i > first ? " " : "") + words[i];
+    }
+    return text;
+}
+
+/// Reads one file line by line; each line goes to the section that it stands in.
+class Reader {
+public:
+    explicit Reader(std::vector<CgatsTable>& tables) : tables(tables) {}
+
+    bool Read(std::istream& input, CgatsFile::Error& result)
+    {
+        constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
+        std::string line;
+        while (std::getline(input, line)) {
+            ++number;
+            if (number == 1 && line.starts_with(byteOrderMark)) {
+                line.erase(0, byteOrderMark.size());
+            }
+            if (!(SplitLine(line, words) || Fail(number, "a quoted text has no end")) ||
+                !(words.empty() || TakeLine())) {
+                result = error;
+                return false;
+            }
+        }
+        const bool whole = !input.bad() ? CheckEnd() : Fail(0, "the file can't be read to its end");
+        result = error;
+        return whole;
+    }
+
+private:
+    enum class Section { Head, Format, BetweenFormatAndData, Data };
+
+    bool Fail(int line, std::string reason)
+    {
+        error = {line, std::move(reason)};
+        return false;
+    }
+
+    /// Counts that the head promises are held against what is really there.
+    bool Promised(const char* keyword, size_t found)
+    {
+        const CgatsTable::Keyword* entry = table.FindKeyword(keyword);
+        double promised = 0.0;
+        if (entry == nullptr || (ParseNumber(entry->value, promised) && promised == static_cast<double>(found))) {
+            return true;
+        }
+        return Fail(entry->line,
+                    std::string(keyword) + " is " + entry->value + ", but there are " + std::to_string(found));
+    }
+
+    bool TakeLine()
+    {
+        switch (section) {
+            case Section::Format:
+                return TakeFormat();
+            case Section::Data:
+                return TakeData();
+            default:
+                return TakeHead();
+        }
+    }
+
+    bool TakeHead()
+    {
+        const std::string& first = words.front();
+        if (first == "BEGIN_DATA_FORMAT") {
+            if (section != Section::Head) {
+                return Fail(number, "a second BEGIN_DATA_FORMAT");
+            }
+            section = Section::Format;
+        } else if (first == "BEGIN_DATA") {
+            if (section == Section::Head) {
+                return Fail(number, "BEGIN_DATA before the data format");
+            }
+            section = Section::Data;
+        } else if (first == "KEYWORD") {
+            // Announces a keyword of the file's own; all keywords are taken, announced or not.
+        } else if (!begun && words.size() == 1) {
+            table.kind = first;
+        } else {
+            table.keywords.push_back({first, Joined(words, 1), number});
+        }
+        begun = true;
+        return true;
+    }
+
+    bool TakeFormat()
+    {
+        for (std::string& word : words) {
+            if (word == "END_DATA_FORMAT") {
+                section = Section::BetweenFormatAndData;
+                return Promised("NUMBER_OF_FIELDS", table.fields.size());
+            }
+            table.fields.push_back(std::move(word));
+        }
+        return true;
+    }
+
+    bool TakeData()
+    {
+        if (words.front() == "END_DATA") {
+            if (!Promised("NUMBER_OF_SETS", table.rows.size())) {
+                return false;
+            }
+            std::erase_if(table.keywords, [](const CgatsTable::Keyword& keyword) { return IsCount(keyword.name); });
+            tables.push_back(std::exchange(table, {}));
+            section = Section::Head;
+            begun = false;
+            return true;
+        }
+        if (words.size() != table.fields.size()) {
+            return Fail(number,
+                        std::to_string(words.size()) + " values instead of " + std::to_string(table.fields.size()));
+        }
+        table.rows.push_back({std::exchange(words, {}), number});
+        return true;
+    }
+
+    bool CheckEnd()
+    {
+        switch (section) {
+            case Section::Format:
+                return Fail(number, "END_DATA_FORMAT is missing");
+            case Section::BetweenFormatAndData:
+                return Fail(number, "BEGIN_DATA is missing");
+            case Section::Data:
+                return Fail(number, "END_DATA is missing");
+            case Section::Head:
+                break;
+        }
+        return !(tables.empty() || begun) || Fail(number, "BEGIN_DATA_FORMAT is missing");
+    }
+
+    std::vector<CgatsTable>& tables;
+    CgatsTable table;
+    Section section = Section::Head;
+    bool begun = false;  ///< something of the present table has been read
+    int number = 0;
+    std::vector<std::string> words;
+    CgatsFile::Error error;
+};
+
+std::string Quoted(const std::string& text)
+{
+    const bool hasDouble = text.find('"') != std::string::npos;
+    if (text.find_first_of("\r\n") != std::string::npos || (hasDouble && text.find('\'') != std::string::npos)) {
+        throw std::invalid_argument("the text '" + text + "' can't be written into a CGATS file");
+    }
+    const char quote = hasDouble ? '\'' : '"';
+    return quote + text + quote;
+}
+
+/// A value as it stands in a row: numbers and plain names bare, everything else in quotes.
+std::string ValueText(const std::string& text)
+{
+    double number = 0.0;
+    const auto plain = [](unsigned char character) {
+        return character < 0x80 && (std::isalnum(character) != 0 || character == '_');
+    };
+    const bool isName = !text.empty() && std::all_of(text.begin(), text.end(), plain) &&
+                        std::isdigit(static_cast<unsigned char>(text.front())) == 0;
+    return isName || ParseNumber(text, number) ? text : Quoted(text);
+}
+
+void WriteTable(const CgatsTable& table, std::ostream& output)
+{
+    output << (table.kind.empty() ? "CGATS.17" : table.kind) << "\n";
+    for (const CgatsTable::Keyword& keyword : table.keywords) {
+        if (IsCount(keyword.name)) {
+            continue;
+        }
+        if (!IsStandard(keyword.name)) {
+            output << "KEYWORD \"" << keyword.name << "\"\n";
+        }
+        output << keyword.name << " " << Quoted(keyword.value) << "\n";
+    }
+    output << "NUMBER_OF_FIELDS " << table.fields.size() << "\nBEGIN_DATA_FORMAT\n";
+    for (size_t i = 0; i < table.fields.size(); ++i) {
+        output << (i > 0 ? "\t" : "") << table.fields[i];
+    }
+    output << "\nEND_DATA_FORMAT\nNUMBER_OF_SETS " << table.rows.size() << "\nBEGIN_DATA\n";
+    for (const CgatsTable::Row& row : table.rows) {
+        for (size_t i = 0; i < row.values.size(); ++i) {
+            output << (i > 0 ? "\t" : "") << ValueText(row.values[i]);
+        }
+        output << "\n";
+    }
+    output << "END_DATA\n";
+}
+
+}  // namespace
+
+std::string CgatsFile::Error::Text() const
+{
+    return line > 0 ? "line " + std::to_string(line) + ": " + reason : reason;
+}
+
+bool CgatsFile::Read(std::istream& input, Error& error)
+{
+    tables.clear();
+    return Reader(tables).Read(input, error);
+}
+
+bool CgatsFile::Read(const std::string& fileName, Error& error)
+{
+    std::ifstream input(fileName, std::ios::binary);
+    if (!input) {
+        error = {0, "the file can't be opened"};
+        return false;
+    }
+    return Read(input, error);
+}
+
+void CgatsFile::Write(std::ostream& output) const
+{
+    for (size_t i = 0; i < tables.size(); ++i) {
+        output << (i > 0 ? "\n" : "");
+        WriteTable(tables[i], output);
+    }
+}
+
+}  // namespace Kestrelon::DeviceDriver::Generic::Cgats

@@ -1,0 +1,37 @@
+#include "Generic/Cgats/CgatsTable.h"
+
+#include <algorithm>
+
+namespace Kestrelon::DeviceDriver::Generic::Cgats {
+
+const CgatsTable::Keyword* CgatsTable::FindKeyword(const std::string& name) const
+{
+    const auto found = std::find_if(keywords.rbegin(), keywords.rend(),
+                                    [&name](const Keyword& keyword) { return keyword.name == name; });
+    return found == keywords.rend() ? nullptr : &*found;
+}
+
+std::string CgatsTable::ValueOf(const std::string& name) const
+{
+    const Keyword* keyword = FindKeyword(name);
+    return keyword == nullptr ? std::string() : keyword->value;
+}
+
+void CgatsTable::SetKeyword(const std::string& name, const std::string& value)
+{
+    const auto found = std::find_if(keywords.rbegin(), keywords.rend(),
+                                    [&name](const Keyword& keyword) { return keyword.name == name; });
+    if (found == keywords.rend()) {
+        keywords.push_back({name, value, 0});
+    } else {
+        found->value = value;
+    }
+}
+
+int CgatsTable::FindField(const std::string& name) const
+{
+    const auto found = std::find(fields.begin(), fields.end(), name);
+    return found == fields.end() ? -1 : static_cast<int>(found - fields.begin());
+}
+
+}  // namespace Kestrelon::DeviceDriver::Generic::Cgats

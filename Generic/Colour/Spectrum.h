@@ -1,0 +1,18 @@
+// The spectrum that every part of the system means: reflectance factors at 380 to 730 nm in steps of 10 nm.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "Generic/Colour/CieTables.h"
+
+namespace Kestrelon::DeviceDriver::Generic {
+
+inline constexpr int SpectrumLength = CieBands;
+inline constexpr int FirstWavelength = CieFirstWavelength;  ///< nm
+inline constexpr int WavelengthStep = CieWavelengthStep;    ///< nm
+
+/// Reflectance factors, 1.0 is the perfect diffuser.
+using Spectrum = std::array<float, SpectrumLength>;
+
+}  // namespace Kestrelon::DeviceDriver::Generic

@@ -1,0 +1,148 @@
+#!/usr/bin/env python3
+"""Compares the documents with the sources and names what is missing or wrong in them.
+
+- Every text in the library's sources, so every text that a failure can have, stands in docs/errors.md,
+  docs/options.md or docs/protocol.md. Texts are taken from all string literals, so that no way of throwing escapes.
+- Every option key and property number stands in docs/options.md, every key of the virtual table in docs/simulator.md.
+- Every command of the table's protocol stands in docs/protocol.md, and every frame there has its right checksum.
+- Every status stands in docs/errors.md.
+- Links between the documents, and to their headings, lead somewhere.
+"""
+import re
+import sys
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+SOURCE_FOLDERS = ["src", "c_sdk/src", "usbio", "Utilities", "Generic/Configuration", "Generic/Utilities"]
+
+# Literals that no user ever sees: names for the linker, date formats, parts of the compiler's own texts.
+NOT_SHOWN = re.compile(r"J4_\w+|SetupDi\w+|setupapi\.dll|operator|\[abi:| \[with |j4TavlaCorrection|%[-%:/HMSYmd]+"
+                       r"|\\\\\.\\USBIO_Device%d|0123456789(abcdef)?|\\src\\")
+
+problems = []
+
+
+def literals(path):
+    """The string literals of a C++ source, without those of comments and #include lines."""
+    text = path.read_text(encoding="utf-8")
+    text = re.sub(r"^[ \t]*#[ \t]*include.*$", "", text, flags=re.M)
+    for token in re.finditer(r'//[^\n]*|/\*.*?\*/|\'(?:[^\'\\\n]|\\.)+\'|"((?:[^"\\\n]|\\.)*)"', text, flags=re.S):
+        if token.group(1) is not None:
+            yield re.sub(r"\\(.)", lambda escape: {"n": "\n", "t": "\t", "r": "\r"}.get(escape[1], escape[1]), token[1])
+
+
+def document(name):
+    return (ROOT / "docs" / name).read_text(encoding="utf-8")
+
+
+def require(found, problem):
+    if not found:
+        problems.append(problem)
+
+
+def numbers(source, pattern):
+    return re.findall(pattern, (ROOT / source).read_text(encoding="utf-8"))
+
+
+def covers(page, number):
+    """Whether a table of the page has the number, alone, in a list, or in "N to M"."""
+    for cell in re.findall(r"^\| ([^|]*\d[^|]*) \|", page, flags=re.M):
+        for first, last in re.findall(r"(\d+)(?: to (\d+))?", cell):
+            if int(first) <= number <= int(last or first):
+                return True
+    return False
+
+
+def check_texts(pages):
+    count = 0
+    for folder in SOURCE_FOLDERS:
+        for path in sorted((ROOT / folder).rglob("*.[ch]*")):
+            for text in literals(path):
+                if re.search(r"[A-Za-z]{4}", text) and not NOT_SHOWN.fullmatch(text):
+                    count += 1
+                    shown = text.strip().replace("Error code 0x%08X: %s", "Error code 0xN: TEXT")
+                    require(shown in pages, f"{path.relative_to(ROOT)}: no document has the text '{text}'")
+    return count
+
+
+def check_keys(options):
+    keys = {text for name in ("src/OptionKeys.cpp", "src/j4TableSDK.cpp") for text in literals(ROOT / name)
+            if re.fullmatch(r"J4T\w{3,}", text) and text not in ("J4TAll", "J4TMetric", "J4TSorvaneTable")}
+    for key in sorted(keys):
+        require(re.search(rf"^\| `{key}`", options, flags=re.M), f"docs/options.md has no row for `{key}`")
+    properties = numbers("src/j4TableProperties.h", r"uint16_t \w+ = (\d+);")
+    block = numbers("src/Flash/j4TableFlashData.h", r"uint16_t \w+ = (\d+);")
+    for number in sorted({int(number) for number in properties + block}):
+        require(covers(options, number), f"docs/options.md has no row for the number {number}")
+    simulator = document("simulator.md")
+    bench = {text for text in literals(ROOT / "simulator/instrument/SimulatorOptions.cpp")
+             if re.fullmatch(r"Simulator\.\w+", text)}
+    for key in sorted(bench):
+        require(f"| `{key}` |" in simulator, f"docs/simulator.md has no row for `{key}`")
+    return len(keys) + len(set(properties + block)) + len(bench)
+
+
+def check_protocol(protocol):
+    commands = numbers("src/Communication/j4TableCommands.h",
+                       r"CommandDefinition (\w+)\{'(.)', (?:'(.)'|NoSubCommand)")
+    for name, letter, sub in commands:
+        require(re.search(rf"^\| `;{letter}{sub}`[^|]*\| {name} \|", protocol, flags=re.M),
+                f"docs/protocol.md has no row for {name}, ;{letter}{sub}")
+    frames = [frame for frame in re.findall(r"`([;:][^`\n]*)`", protocol) if re.search(r"[0-9a-f]{2}$", frame)
+              and len(frame) > 3]
+    for frame in frames:
+        require((sum(frame[:-2].encode()) + int(frame[-2:], 16)) % 256 == 0,
+                f"docs/protocol.md: the checksum of {frame} is wrong")
+    return len(commands) + len(frames)
+
+
+def check_statuses(errors):
+    statuses = numbers("c_sdk/include/j4tavla.h", r"(J4_Result\w+) = (\d+)")
+    for name, number in statuses:
+        require(f"| {number} | `{name}` |" in errors, f"docs/errors.md has no row for {name}, {number}")
+    return len(statuses)
+
+
+def anchor(heading):
+    return re.sub(r"[^\w\- ]", "", heading.strip().lower()).replace(" ", "-")
+
+
+def check_links():
+    count = 0
+    for path in sorted([ROOT / "README.md", *(ROOT / "docs").glob("*.md")]):
+        for target in re.findall(r"\]\(([^)\s]+)\)", path.read_text(encoding="utf-8")):
+            if "://" in target:
+                continue
+            name, _, heading = target.partition("#")
+            linked = path.parent / name if name else path
+            found = linked.exists()
+            if found and heading:
+                headings = re.findall(r"^#+ (.*)$", linked.read_text(encoding="utf-8"), flags=re.M)
+                found = heading in map(anchor, headings)
+            count += 1
+            require(found, f"{path.relative_to(ROOT)}: the link {target} leads nowhere")
+    return count
+
+
+def main():
+    errors, options, protocol = document("errors.md"), document("options.md"), document("protocol.md")
+    counts = {
+        "texts": check_texts("\n".join((errors, options, protocol))),
+        "keys and numbers": check_keys(options),
+        "commands and frames": check_protocol(protocol),
+        "statuses": check_statuses(errors),
+        "links": check_links(),
+    }
+    for problem in problems:
+        print(problem, file=sys.stderr)
+    # A pattern that no longer matches its source must not pass for a document without faults.
+    for name, count in counts.items():
+        if count == 0:
+            problems.append(name)
+            print(f"no {name} were found to check", file=sys.stderr)
+    print("documents: " + ", ".join(f"{count} {name}" for name, count in counts.items()))
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,83 @@
+#include "tools/report/DifferenceSummary.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+namespace J4Tool {
+namespace {
+
+constexpr double none = std::numeric_limits<double>::quiet_NaN();
+
+TEST(DifferenceSummary, FiguresAndWorst)
+{
+    std::vector<double> hundredAndOne;
+    for (int i = 0; i <= 100; ++i) {
+        hundredAndOne.push_back(100.0 - i);
+    }
+    struct Case {
+        const char* what;
+        std::vector<double> differences;
+        size_t count;
+        double mean, percentile95, maximum;
+        std::vector<size_t> worst;
+    };
+    const Case cases[] = {
+        {"one", {2.5}, 1, 2.5, 2.5, 2.5, {0}},
+        {"equal ones in the order of the file", {1.0, 1.0, 1.0}, 3, 1.0, 1.0, 1.0, {0, 1, 2}},
+        {"between the last two", {1.0, 4.0, 2.0}, 3, 7.0 / 3.0, 3.8, 4.0, {1, 2, 0}},
+        {"patches without a reference count for nothing", {none, 3.0, none, 1.0}, 2, 2.0, 2.9, 3.0, {1, 3}},
+        {"ten worst of many", hundredAndOne, 101, 50.0, 95.0, 100.0, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.what);
+        const DifferenceSummary summary(test.differences);
+        EXPECT_EQ(summary.Count(), test.count);
+        EXPECT_NEAR(summary.Mean(), test.mean, 1e-12);
+        EXPECT_NEAR(summary.Percentile95(), test.percentile95, 1e-12);
+        EXPECT_EQ(summary.Maximum(), test.maximum);
+        EXPECT_EQ(summary.Worst(), test.worst);
+    }
+}
+
+TEST(DifferenceSummary, HistogramHoldsEveryDifferenceInRoundClasses)
+{
+    struct Case {
+        const char* what;
+        std::vector<double> differences;
+        double width;
+        std::vector<size_t> bins;
+    };
+    const Case cases[] = {
+        {"all the same as the reference", {0.0, 0.0}, 0.001, {2, 0, 0, 0, 0}},
+        {"the last class holds its upper edge, a lower edge belongs to the class above it",
+         {0.0, 0.001, 0.003, 0.005},
+         0.001,
+         {1, 1, 0, 1, 1}},
+        {"without a reference", {none, 0.0015}, 0.001, {0, 1, 0, 0, 0}},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.what);
+        const DifferenceSummary summary(test.differences);
+        EXPECT_DOUBLE_EQ(summary.BinWidth(), test.width);
+        EXPECT_EQ(summary.Bins(), test.bins);
+    }
+
+    // Whatever the largest difference is: a handful to about thirty classes, which reach just up to it.
+    for (const double maximum : {0.07, 0.3, 0.31, 0.999, 1.0, 3.0, 12.34, 100.0}) {
+        SCOPED_TRACE(maximum);
+        const DifferenceSummary summary({0.0, maximum / 3.0, maximum, maximum / 2.0});
+        const double reach = summary.BinWidth() * static_cast<double>(summary.Bins().size());
+        EXPECT_EQ(std::accumulate(summary.Bins().begin(), summary.Bins().end(), size_t{0}), 4u);
+        EXPECT_EQ(summary.Bins().back(), 1u);
+        EXPECT_GE(reach, maximum * (1.0 - 1e-9));
+        EXPECT_LT(reach, maximum + summary.BinWidth());
+        EXPECT_GE(summary.Bins().size(), 12u);
+        EXPECT_LE(summary.Bins().size(), 30u);
+    }
+}
+
+}  // namespace
+}  // namespace J4Tool

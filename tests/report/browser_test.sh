@@ -1,0 +1,167 @@
+#!/bin/sh
+# Renders reports in headless Chromium, uses them (probe.js), compares what there is to see with what has to be
+# there, and leaves screenshots to look at. Fails on anything the browser writes to its console.
+# usage: browser_test.sh TOOL FOLDER
+#   TOOL    the command-line tool
+#   FOLDER  receives charts, reports and screenshots
+set -eu
+tool=$1
+folder=$2
+here=$(cd "$(dirname "$0")" && pwd)
+rm -rf "$folder"
+mkdir -p "$folder"
+cd "$folder"
+folder=$(pwd)
+export HOME="$folder" XDG_CONFIG_HOME="$folder/config" XDG_CACHE_HOME="$folder/cache"
+
+fail() { echo "$1" >&2; exit 1; }
+
+# browse PAGE OPTION...: runs the browser; standard output is its own, its console goes to PAGE.console
+browse() {
+    opened=$1
+    shift
+    rm -rf profile
+    chromium --headless --no-sandbox --disable-gpu --disable-quic --no-first-run --disable-background-networking \
+        --disable-component-update --disable-sync --hide-scrollbars --virtual-time-budget=5000 \
+        --window-size=1300,2600 --user-data-dir="$folder/profile" --enable-logging=stderr --log-level=0 \
+        "$@" "file://$folder/$opened" 2>"$opened.log"
+    grep 'CONSOLE' "$opened.log" >"$opened.console" || true
+}
+
+# see PAGE: the lines that the probe wrote into a copy of the page
+see() {
+    { cat "$1"; echo "<script>"; cat "$here/probe.js"; echo "</script>"; } >"probed-$1"
+    browse "probed-$1" --dump-dom >"probed-$1.dom"
+    if [ -s "probed-$1.console" ]; then
+        cat "probed-$1.console" >&2
+        fail "$1 wrote to the console"
+    fi
+    sed -n '/<pre id="probe">/,/<\/pre>/p' "probed-$1.dom" | grep ': ' |
+        sed 's/&lt;/</g; s/&gt;/>/g; s/&amp;/\&/g' || fail "$1 could not be used"
+}
+
+# expect PAGE: compares what is seen with standard input, whose lines may be some of those seen
+expect() {
+    cat >"$1.expected"
+    see "$1" >"$1.seen"
+    grep -Fxf "$1.expected" "$1.seen" >"$1.found" || true
+    diff -u "$1.expected" "$1.found" >&2 || { cat "$1.seen" >&2; fail "$1 does not show what it has to"; }
+    echo "$1: $(wc -l <"$1.expected") things seen as expected, $(wc -c <"$1") bytes"
+}
+
+# chart COLUMNS ROWS SHIFT: a chart of smooth spectra whose patches the shift makes lighter, one more than the other
+chart() {
+    awk -v columns="$1" -v rows="$2" -v shift="$3" 'BEGIN {
+        print "CGATS.17\nKEYWORD \"SCAN_SPEED\"\nSCAN_SPEED \"160\"\nKEYWORD \"INTEGRATION_TIME\""
+        print "INTEGRATION_TIME \"0.005\"\nBEGIN_DATA_FORMAT\nSAMPLE_NAME X Y WIDTH HEIGHT SCAN_ROW SCAN_COLUMN"
+        for (w = 380; w <= 730; w += 10) printf "SPECTRAL_NM%d ", w
+        print "\nEND_DATA_FORMAT\nBEGIN_DATA"
+        for (i = 0; i < columns * rows; ++i) {
+            column = i % columns
+            row = int(i / columns)
+            name = sprintf("P%d_%d", row + 1, column + 1)
+            if (i == 2) name = "</script><script>console.error(1)</script>"
+            if (i == 3) name = "<img src=x>&amp;"
+            printf "\"%s\" %d %d 12 12 %d %d", name, 200 + 14 * column, 200 + 14 * row, row + 1, column + 1
+            for (w = 380; w <= 730; w += 10) {
+                top = 400 + (i * 37) % 300
+                printf " %.5f", 0.1 + 0.6 * exp(-((w - top) / (40 + i % 60)) ^ 2) + shift * (1 + i % 5)
+            }
+            print ""
+        }
+        print "END_DATA"
+    }'
+}
+
+# The browser's complaints are noticed: a page that logs an error, throws, or asks for anything outside of it, which
+# the report's policy forbids.
+policy=$(sed -n '/http-equiv/,/">/p' "$here/../../tools/report/template.html")
+control=0
+for body in '<script>console.error("complaint")</script>' '<script>undefined.member</script>' '<img src="missing.png">'; do
+    control=$((control + 1))
+    printf '<!DOCTYPE html><meta charset="utf-8"><link rel="icon" href="data:,">%s%s' "$policy" "$body" >"control-$control.html"
+    browse "control-$control.html" --dump-dom >/dev/null
+    [ "$(wc -l <"control-$control.html.console")" -eq 1 ] || fail "control page $control: its fault was not noticed"
+done
+
+# Colours with known differences (Sharma, Wu and Dalal 2005), without places, spectra or speed.
+head='CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_NAME LAB_L LAB_A LAB_B\nEND_DATA_FORMAT\nBEGIN_DATA\n'
+printf "$head"'A1 50 0 -82.7485\nA2 50 -1 2\nA3 73 25 -18\nA4 50 0 0\nEND_DATA\n' >pairs.cgats
+printf "$head"'A1 50 2.6772 -79.7751\nA2 50 0 0\nA3 50 2.5 0\nEND_DATA\n' >pairs-reference.cgats
+"$tool" report pairs.cgats --reference pairs-reference.cgats -o pairs.html >/dev/null
+expect pairs.html <<'EXPECTED'
+subject: 4 patches of pairs.cgats, compared with pairs-reference.cgats
+patches: 4
+names: A1, CIEDE2000 2.04 | A2, CIEDE2000 2.37 | A3, CIEDE2000 27.15 | A4
+summary: shown
+travel: hidden
+spectrum plot: no canvas
+histogram plot: drawn
+hover: Patch A1
+left: Patch A3
+summary table: CIEDE2000 3 10.52 24.67 27.15 | CIE 1976 3 14.37 33.58 36.87
+overlays: CIEDE2000 | CIE 1976 | Off
+CIE 1976: A1, CIE 1976 4.00 | Patches by difference (CIE 1976) | A3
+off: figures plain
+EXPECTED
+
+chart 12 8 0.01 >chart.cgats
+chart 12 8 0 >reference.cgats
+"$tool" report chart.cgats --reference reference.cgats -o chart.html >/dev/null
+expect chart.html <<'EXPECTED'
+patches: 96
+summary: shown
+differences: shown
+worst: shown
+travel: shown
+conditions: shown
+spectrum plot: drawn
+histogram plot: drawn
+travel plot: drawn
+hover: Patch P1_1
+in tab order: 1
+right: Patch P1_2
+down: Patch P2_2
+end: Patch P8_12
+focus: 95
+rows to choose: 8
+travel table: filled
+EXPECTED
+grep -q '</script><script>console.error(1)</script>, CIEDE2000' chart.html.seen || fail "a name was changed"
+grep -q '<img src=x>&amp;, CIEDE2000' chart.html.seen || fail "a name was changed"
+
+"$tool" report chart.cgats -o alone.html >/dev/null
+expect alone.html <<'EXPECTED'
+subject: 96 patches of chart.cgats, without a reference
+patches: 96
+summary: hidden
+differences: hidden
+worst: hidden
+travel: shown
+spectrum plot: drawn
+histogram plot: no canvas
+travel plot: drawn
+EXPECTED
+
+chart 100 100 0.002 >large.cgats
+chart 100 100 0 >large-reference.cgats
+"$tool" report large.cgats --reference large-reference.cgats -o large.html >/dev/null
+expect large.html <<'EXPECTED'
+patches: 10000
+histogram plot: drawn
+right: Patch P1_2
+down: Patch P2_2
+end: Patch P100_100
+rows to choose: 100
+EXPECTED
+
+# For the eye.
+for page in pairs chart alone large; do
+    browse "$page.html" --screenshot="$folder/$page.png" >/dev/null
+    [ -s "$page.png" ] || fail "no screenshot of $page.html"
+done
+browse chart.html --blink-settings=preferredColorScheme=0 --screenshot="$folder/chart-dark.png" >/dev/null
+! cmp -s chart.png chart-dark.png || fail "the dark scheme looks like the light one"
+browse chart.html --no-pdf-header-footer --print-to-pdf="$folder/chart.pdf" >/dev/null
+[ -s chart.pdf ] || fail "the report can't be printed"
+rm -rf profile config cache

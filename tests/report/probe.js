@@ -1,0 +1,91 @@
+// Uses the report as a person does and writes down what there is to see, a line for each thing, for the test to
+// compare. Runs in the page, behind its own script.
+(function () {
+    'use strict';
+    const lines = [];
+    const see = (what, value) => lines.push(`${what}: ${value}`);
+    const byId = id => document.getElementById(id);
+    const text = id => byId(id).textContent.replace(/\s+/g, ' ').trim();
+    const options = [...document.querySelectorAll('#chart [role=option]')];
+    const shown = id => byId(id).getClientRects().length > 0;
+    const press = key => document.activeElement.dispatchEvent(new KeyboardEvent('keydown', {key, bubbles: true}));
+    const rows = id => byId(id).querySelectorAll('tbody tr').length;
+
+    // Colours other than the page's own behind it: whether something has been drawn.
+    const inkOf = id => {
+        const canvas = byId(id).querySelector('canvas');
+        if (!canvas) {
+            return 'no canvas';
+        }
+        const pixels = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height).data;
+        const colours = new Set();
+        for (let i = 0; i < pixels.length; i += 4) {
+            if (pixels[i + 3] > 0) {
+                colours.add(pixels[i] << 16 | pixels[i + 1] << 8 | pixels[i + 2]);
+            }
+        }
+        return colours.size > 3 ? 'drawn' : 'empty';
+    };
+
+    const look = () => {
+        see('subject', text('subject'));
+        see('patches', options.length);
+        see('names', options.slice(0, 4).map(option => option.getAttribute('aria-label')).join(' | '));
+        for (const section of ['summary', 'differences', 'worst', 'travel', 'conditions']) {
+            see(section, shown(section + '-section') ? 'shown' : 'hidden');
+        }
+        see('selected', text('patch-name') + ' ' + text('patch-figures'));
+        for (const id of ['spectrum', 'histogram', 'travel']) {
+            see(id + ' plot', inkOf(id));
+        }
+        see('rows in tables', ['all-table', 'worst-table', 'histogram-table', 'spectrum-table'].map(rows).join(' '));
+
+        // hover shows a patch, leaving goes back
+        options[0].dispatchEvent(new PointerEvent('pointerover', {bubbles: true}));
+        see('hover', text('patch-name'));
+        byId('chart').dispatchEvent(new PointerEvent('pointerleave'));
+        see('left', text('patch-name'));
+
+        // keyboard: one patch can be reached by Tab, arrows go on from there
+        see('in tab order', options.filter(option => option.tabIndex === 0).length);
+        options[0].click();
+        press('ArrowRight');
+        see('right', text('patch-name'));
+        press('ArrowDown');
+        see('down', text('patch-name'));
+        press('End');
+        see('end', text('patch-name'));
+        see('focus', options.indexOf(document.activeElement));
+
+        if (shown('summary-section')) {
+            see('summary table', [...byId('summary').querySelectorAll('tbody tr')].map(row =>
+                [...row.cells].map(cell => cell.textContent).join(' ')).join(' | '));
+            const radios = [...document.querySelectorAll('#overlay input')];
+            see('overlays', radios.map(radio => radio.parentElement.textContent.trim()).join(' | '));
+            radios[1].click();
+            see('CIE 1976', options[0].getAttribute('aria-label') + ' | ' + text('worst-heading') + ' | ' +
+                byId('worst-table').querySelector('tbody button').textContent);
+            radios[2].click();
+            see('off', byId('chart').className);
+        }
+        if (shown('travel-section')) {
+            see('rows to choose', byId('row').options.length);
+            byId('travel-table').parentElement.open = true;
+        }
+    };
+
+    setTimeout(() => {
+        try {
+            look();
+        } catch (error) {
+            see('failed', error);
+        }
+        setTimeout(() => {
+            see('travel table', rows('travel-table') > 0 ? 'filled' : 'empty');
+            const list = document.createElement('pre');
+            list.id = 'probe';
+            list.textContent = '\n' + lines.join('\n') + '\n';
+            document.body.append(list);
+        }, 100);
+    }, 300);
+})();

@@ -1,0 +1,89 @@
+#include "tools/RowCheck.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/tools/LayoutText.h"
+
+namespace J4Tool {
+namespace {
+
+using Spectra = std::vector<RowCheck::Spectrum>;
+
+Spectra RowOf(size_t row, size_t columns, float offset = 0.0f)
+{
+    Spectra spectra(columns);
+    for (size_t column = 0; column < columns; ++column) {
+        spectra[column].fill(ReflectanceOf(row, column) + offset);
+    }
+    return spectra;
+}
+
+Spectra Reversed(Spectra spectra)
+{
+    std::reverse(spectra.begin(), spectra.end());
+    return spectra;
+}
+
+/// As if the first patch (or the last) had melted into the paper, and the paper counted as a patch at the other end.
+Spectra Shifted(Spectra spectra, bool first)
+{
+    RowCheck::Spectrum paper;
+    paper.fill(0.85f);
+    if (first) {
+        spectra.erase(spectra.begin());
+        spectra.push_back(paper);
+    } else {
+        spectra.pop_back();
+        spectra.insert(spectra.begin(), paper);
+    }
+    return spectra;
+}
+
+TEST(RowCheck, FindsWhatWasReadInstead)
+{
+    constexpr size_t columns = 8;
+    const RowCheck check(GridLayout(4, columns));
+    struct Case {
+        const char* what;
+        Spectra measured;
+        const char* fault;
+    };
+    const Case cases[] = {
+        {"the row", RowOf(1, columns), ""},
+        {"the row, printed a little off", RowOf(1, columns, 0.01f), ""},
+        {"one patch too few", RowOf(1, columns - 1), "7 patches were found instead of 8"},
+        {"nothing", {}, "0 patches were found instead of 8"},
+        {"the row before once more", RowOf(0, columns), "row 1 was read instead"},
+        {"the next row backwards", Reversed(RowOf(2, columns)), "row 3 was read instead, in the wrong direction"},
+        {"backwards", Reversed(RowOf(1, columns)), "the row was read in the wrong direction"},
+        {"the first melted away", Shifted(RowOf(1, columns), true),
+         "the patches are shifted by one, the first is missing"},
+        {"the last melted away", Shifted(RowOf(1, columns), false),
+         "the patches are shifted by one, the last is missing"},
+        {"a print far from the references", RowOf(1, columns, 0.1f), ""},
+    };
+    for (const Case& test : cases) {
+        EXPECT_EQ(check.Fault(1, test.measured), test.fault) << test.what;
+    }
+}
+
+TEST(RowCheck, ChartsThatTellNothingAboutTheDirectionAreGood)
+{
+    const std::string head = "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID X Y WIDTH HEIGHT";
+    const std::string places = "\nEND_DATA_FORMAT\nBEGIN_DATA\n";
+    // No references; and a row that is the same from both sides, printed far off.
+    const RowCheck without(ChartLayout::FromTable(
+        TableOf(head + places + "a 10 10 8 8\nb 20 10 8 8\nc 30 10 8 8\nEND_DATA\n"), {}, false));
+    EXPECT_EQ(without.Fault(0, RowOf(2, 3)), "");
+    EXPECT_EQ(without.Fault(0, RowOf(2, 2)), "2 patches were found instead of 3");
+    const RowCheck symmetric(
+        ChartLayout::FromTable(TableOf(head + " LAB_L LAB_A LAB_B" + places +
+                                       "a 10 10 8 8 50 0 0\nb 20 10 8 8 30 0 0\nc 30 10 8 8 50 0 0\nEND_DATA\n"),
+                               {}, false));
+    EXPECT_EQ(symmetric.Fault(0, RowOf(2, 3)), "");
+}
+
+}  // namespace
+}  // namespace J4Tool

@@ -1,0 +1,111 @@
+#include "tools/Scanner.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/tools/LayoutText.h"
+#include "tests/tools/ScriptedTable.h"
+#include "tools/ToolError.h"
+
+namespace J4Tool {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class Ear : public ScanListener {
+public:
+    void Started(const ScanState&) override {}
+    void RowDone(const ScanState& state, size_t) override { last = state; }
+    void RowFailed(const ScanState&, size_t row, int attempt, const std::string& reason, bool again) override
+    {
+        failures.push_back(std::to_string(row + 1) + "." + std::to_string(attempt) +
+                           (again ? " again: " : " given up: ") + reason);
+    }
+
+    ScanState last;
+    std::vector<std::string> failures;
+};
+
+class ScannerTest : public testing::Test {
+protected:
+    std::vector<size_t> Run(int retries = 2)
+    {
+        Scanner::Settings settings;
+        settings.retries = retries;
+        Scanner scanner(session, layout, settings, ear);
+        scanner.stop = [this] { return stopped; };
+        return scanner.Run(measurements);
+    }
+
+    const ChartLayout layout = GridLayout(3, 5);
+    ScriptedTable table{layout};
+    Session session{table.Functions()};
+    Ear ear;
+    Measurements measurements = Measurements(15);
+    bool stopped = false;
+};
+
+TEST_F(ScannerTest, EveryPatchGetsItsOwnSpectrumInBothDirections)
+{
+    EXPECT_TRUE(Run().empty());
+    EXPECT_THAT(table.scans, ElementsAre("A1", "B1<", "C1"));
+    for (size_t i = 0; i < measurements.size(); ++i) {
+        ASSERT_TRUE(measurements[i]) << i;
+        EXPECT_NEAR((*measurements[i])[7], ReflectanceOf(i / 5, i % 5), 1e-5) << i;
+    }
+    EXPECT_EQ(ear.last.patchesDone, 15u);
+    EXPECT_EQ(ear.last.rowsDone, 3u);
+}
+
+TEST_F(ScannerTest, AFailedRowIsScannedAgain)
+{
+    table.events = {{}, {0, [](auto& samples) { samples.pop_back(); }}, {J4_ResultDeviceFault, {}}, {}};
+    EXPECT_TRUE(Run().empty());
+    EXPECT_THAT(table.scans, ElementsAre("A1", "B1<", "B1<", "B1<", "C1"));
+    EXPECT_THAT(ear.failures,
+                ElementsAre("2.1 again: 4 patches were found instead of 5", HasSubstr("as the script says")));
+    EXPECT_EQ(CountMeasured(measurements), 15u);
+}
+
+TEST_F(ScannerTest, ARowThatFailsInEveryAttemptLeavesTheOthers)
+{
+    const ScriptedTable::Event reversed{0, [](auto& samples) { std::reverse(samples.begin(), samples.end()); }};
+    table.events = {reversed, reversed};
+    EXPECT_THAT(Run(1), ElementsAre(0u));
+    EXPECT_THAT(ear.failures, ElementsAre("1.1 again: the row was read in the wrong direction",
+                                          "1.2 given up: the row was read in the wrong direction"));
+    EXPECT_THAT(OpenRows(layout, measurements), ElementsAre(0u));
+    EXPECT_EQ(CountMeasured(measurements), 10u);
+
+    // The next run takes up what is open.
+    table.scans.clear();
+    EXPECT_TRUE(Run().empty());
+    EXPECT_THAT(table.scans, ElementsAre("A1"));
+}
+
+TEST_F(ScannerTest, EndsAtOnceWhereNoAttemptCanHelp)
+{
+    for (const int32_t status : {J4_ResultDeviceNotConnected, J4_ResultResourceFault, J4_ResultIllegalPosition,
+                                 J4_ResultSpectrophotometerNotConnected, J4_ResultFrameFailure}) {
+        measurements.assign(15, std::nullopt);
+        table.scans.clear();
+        table.events = {{}, {status, {}}};
+        EXPECT_THROW(Run(), ToolError) << status;
+        EXPECT_EQ(table.scans.size(), 2u);
+        EXPECT_EQ(CountMeasured(measurements), 5u) << "what was measured before is kept";
+    }
+}
+
+TEST_F(ScannerTest, AnInterruptionEndsTheRowInHand)
+{
+    table.onScan = [this] { stopped = table.scans.size() == 1; };
+    EXPECT_TRUE(Run().empty());
+    EXPECT_THAT(table.scans, ElementsAre("A1", "B1<"));
+    EXPECT_EQ(CountMeasured(measurements), 10u);
+    session.Release();
+    EXPECT_THAT(table.options, ElementsAre("J4THoldPosition=no", "J4TEnableElectrostaticFoil=no"));
+}
+
+}  // namespace
+}  // namespace J4Tool

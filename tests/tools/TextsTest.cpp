@@ -1,0 +1,96 @@
+// What people and programs read from the tool: numbers with units, JSON, the progress bar, statuses.
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "c_sdk/include/j4tavla.h"
+#include "tools/DateText.h"
+#include "tools/JsonObject.h"
+#include "tools/Library.h"
+#include "tools/Platform.h"
+#include "tools/Progress.h"
+#include "tools/StatusTable.h"
+#include "tools/Units.h"
+
+namespace J4Tool {
+namespace {
+
+TEST(Units, TurnBothWays)
+{
+    const Units inch(Units::Unit::Inch);
+    EXPECT_DOUBLE_EQ(inch.ToMillimetres(Point{1.0, 2.0}).y, 50.8);
+    EXPECT_DOUBLE_EQ(inch.FromMillimetres(25.4), 1.0);
+    EXPECT_EQ(inch.Text(100.0), "3.937 inch");
+    EXPECT_EQ(Units().Text(100.04), "100.0 mm");
+}
+
+TEST(JsonObject, EscapesAndNests)
+{
+    EXPECT_EQ(JsonObject()
+                  .Add("text", "a \"b\" \\ \n\x01 ä")
+                  .Add("number", 0.1)
+                  .Add("none", 0.0 / 0.0)
+                  .AddValue("empty", "")
+                  .AddValue("long", "640001")
+                  .AddValue("word", "x1")
+                  .AddNumbers("list", std::vector<float>{0.5f, 2.0f})
+                  .Add("words", std::vector<std::string>{"a", "b"})
+                  .Add("object", JsonObject().Add("i", 1))
+                  .Text(),
+              "{\"text\":\"a \\\"b\\\" \\\\ \\u000a\\u0001 ä\",\"number\":0.1,\"none\":null,\"empty\":null,"
+              "\"long\":640001,\"word\":\"x1\",\"list\":[0.5,2],\"words\":[\"a\",\"b\"],\"object\":{\"i\":1}}");
+}
+
+TEST(Progress, TheBarFitsIntoTheLine)
+{
+    const ScanState state{3, 6, 75, 150};
+    EXPECT_EQ(Progress::Bar(state, 79.6, 60), "[##########...........] 3/6 rows, 75/150 patches, 1:20 left");
+    for (const int width : {200, 80, 60, 45, 20, 1}) {
+        EXPECT_LT(static_cast<int>(Progress::Bar(state, 5.0, width).size()), width) << width;
+    }
+    EXPECT_EQ(Progress::Bar({0, 0, 0, 0}, 0.0, 40), " 0/0 rows, 0/0 patches, 0:00 left");
+}
+
+TEST(StatusTable, NamesEveryStatusOfTheLibrary)
+{
+    const int32_t statuses[] = {
+        J4_ResultDeviceFault,   J4_ResultDeviceNotConnected,           J4_ResultNotCalibrated,   J4_ResultException,
+        J4_ResultResourceFault, J4_ResultPositionNotReached,           J4_ResultIllegalPosition, J4_ResultWhiteBase,
+        J4_ResultFrameFailure,  J4_ResultSpectrophotometerNotConnected};
+    std::set<std::string> names;
+    for (const int32_t status : statuses) {
+        EXPECT_EQ(FindStatus(status).status, status);
+        names.insert(FindStatus(status).name);
+    }
+    EXPECT_EQ(names.size(), std::size(statuses));
+    EXPECT_EQ(StatusText(102), "status 102 (J4_ResultIllegalPosition)");
+    EXPECT_EQ(StatusText(4711), "status 4711 (status of the instrument's library)");
+}
+
+TEST(DateText, TellsUtc)
+{
+    EXPECT_EQ(DateText("1704067200"), "2024-01-01T00:00:00Z");
+    EXPECT_EQ(DateText("0"), "never");
+    EXPECT_EQ(DateText("soon"), "soon");
+    EXPECT_EQ(DateForFileName(1704067200 + 3661), "20240101-010101");
+}
+
+TEST(Library, LooksBesideTheProgramFirst)
+{
+    const std::filesystem::path programs = std::filesystem::path("root") / "bin";
+    const std::string file = Platform::LibraryFileName("j4tavla64");
+    const auto virtuals = Library::Candidates(true, {}, programs);
+    EXPECT_EQ(virtuals.front(), programs / file);
+    EXPECT_NE(std::find(virtuals.begin(), virtuals.end(),
+                        std::filesystem::path("root") / "lib" / "j4tavla64" / "virtual" / file),
+              virtuals.end());
+    const auto reals = Library::Candidates(false, {}, programs);
+    EXPECT_EQ(reals.front(), programs / file);
+    EXPECT_EQ(reals.back(), std::filesystem::path(file)) << "last where the system looks";
+    EXPECT_EQ(Library::Candidates(true, std::filesystem::temp_directory_path(), programs).front().filename(), file);
+    EXPECT_EQ(Library::Candidates(true, "some/file.so", programs).front(), std::filesystem::absolute("some/file.so"));
+}
+
+}  // namespace
+}  // namespace J4Tool

@@ -1,0 +1,105 @@
+#include "tools/Library.h"
+
+#include <algorithm>
+
+#include "tools/Platform.h"
+#include "tools/ToolError.h"
+
+namespace J4Tool {
+
+using Kestrelon::Utilities::Tools::LibraryLoader;
+using std::filesystem::path;
+
+namespace {
+
+constexpr const char* LibraryName = "j4tavla64";
+constexpr const char* BenchName = "j4bench";  // lies beside the virtual variant only
+
+bool Exists(const path& file)
+{
+    std::error_code error;
+    return std::filesystem::exists(file, error);
+}
+
+bool IsVirtualVariant(const path& file)
+{
+    return Exists(file.parent_path() / Platform::LibraryFileName(BenchName));
+}
+
+LibraryLoader Load(bool isVirtual, const path& wanted)
+{
+    const std::vector<path> candidates = Library::Candidates(isVirtual, wanted, Platform::ProgramFolder());
+    const auto usable = [&](const path& file) {
+        return !file.has_parent_path() || (Exists(file) && (!wanted.empty() || isVirtual == IsVirtualVariant(file)));
+    };
+    const auto found = std::find_if(candidates.begin(), candidates.end(), usable);
+    if (found == candidates.end()) {
+        throw ToolError(ExitCode::Library,
+                        std::string(isVirtual ? "the virtual variant of the library" : "the library") +
+                            " was not found beside the program or in its library folders",
+                        "Install it, or name the file with --library PATH.");
+    }
+    try {
+        if (found->has_parent_path()) {
+            Platform::AddLibraryFolder(std::filesystem::absolute(*found).parent_path());
+        }
+        constexpr int32_t anyLocation = 0;
+        return LibraryLoader(found->string(), anyLocation);
+    } catch (const std::exception& error) {
+        throw ToolError(ExitCode::Library, error.what(),
+                        "Install the library, name the file with --library PATH, or work on the virtual table with "
+                        "--virtual.");
+    }
+}
+
+}  // namespace
+
+std::vector<path> Library::Candidates(bool isVirtual, const path& wanted, const path& programFolder)
+{
+    const std::string file = Platform::LibraryFileName(LibraryName);
+    if (!wanted.empty()) {
+        std::error_code error;
+        const path absolute = std::filesystem::absolute(wanted);
+        return {std::filesystem::is_directory(wanted, error) ? absolute / file : absolute};
+    }
+    const path above = programFolder.parent_path();
+    if (isVirtual) {
+        return {programFolder / file, programFolder / "virtual" / file, above / "lib" / LibraryName / "virtual" / file,
+                above / "virtual" / file};
+    }
+    return {programFolder / file, above / "lib" / file, file};
+}
+
+template <class Function>
+void Library::Resolve(Function& function, const char* name)
+{
+    function = reinterpret_cast<Function>(loader.doResolve(name));
+    if (function == nullptr) {
+        throw ToolError(ExitCode::Library, Path() + " has no function " + name,
+                        "Install tool and library of the same version.");
+    }
+}
+
+Library::Library(bool isVirtual, const path& wanted) : loader(Load(isVirtual, wanted))
+{
+    // Who asks for a table must not get a simulation because the system found that first.
+    if (!isVirtual && wanted.empty() && IsVirtualVariant(Path())) {
+        throw ToolError(ExitCode::Library, "only the virtual variant of the library was found: " + Path(),
+                        "Install the library for real tables, or say --virtual.");
+    }
+    Resolve(functions.Calibrate, "J4_Calibrate");
+    Resolve(functions.TriggerMeasurement, "J4_TriggerMeasurement");
+    Resolve(functions.GetNumberOfAvailableSamples, "J4_GetNumberOfAvailableSamples");
+    Resolve(functions.GetSpectrum, "J4_GetSpectrum");
+    Resolve(functions.SetOption, "J4_SetOption");
+    Resolve(functions.GetOption, "J4_GetOption");
+    Resolve(functions.RegisterErrorHandler, "J4_RegisterErrorHandler");
+    Resolve(functions.GetPosition, "J4_GetPosition");
+    Resolve(functions.SetPosition, "J4_SetPosition");
+    Resolve(functions.GoToHomePosition, "J4_GoToHomePosition");
+    Resolve(functions.Scan, "J4_Scan");
+    Resolve(functions.IsTableConnected, "J4_IsTableConnected");
+    Resolve(functions.SynchronizeWhitebases, "J4_SynchronizeWhitebases");
+}
+
+}  // namespace J4Tool

@@ -1,0 +1,39 @@
+// The table's library, found and loaded at run time: the one for real tables or its virtual variant.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Utilities/Tools/LibraryLoader.h"
+#include "tools/TableFunctions.h"
+
+namespace J4Tool {
+
+class Library {
+public:
+    /// @param isVirtual  the virtual variant, known by the bench that lies beside it
+    /// @param path       file or folder to take it from; empty: beside the program, in ../lib, for the virtual
+    ///                   variant in ../lib/j4tavla64/virtual, virtual and ../virtual, and last, for real tables
+    ///                   only, where the system looks
+    /// @throws ToolError
+    Library(bool isVirtual, const std::filesystem::path& path);
+
+    const TableFunctions& Functions() const { return functions; }
+
+    /// Full path of the file.
+    std::string Path() { return loader.GetLibraryPath(); }
+
+    /// The files that are tried, in this order.
+    static std::vector<std::filesystem::path> Candidates(bool isVirtual, const std::filesystem::path& path,
+                                                         const std::filesystem::path& programFolder);
+
+private:
+    template <class Function>
+    void Resolve(Function& function, const char* name);
+
+    Kestrelon::Utilities::Tools::LibraryLoader loader;
+    TableFunctions functions;
+};
+
+}  // namespace J4Tool

@@ -1,0 +1,32 @@
+// The file of measured data: spectra, XYZ and Lab of the patches with their names, places and device values, and
+// the conditions of the measurement. A partial file has the same form and lacks patches.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/ChartLayout.h"
+#include "tools/Measurements.h"
+
+namespace J4Tool {
+
+class MeasurementFile {
+public:
+    /// Cgats holds everything; Spectra is the plain sheet of spectra ("SPECT") that colour management programs read.
+    enum class Form { Cgats, Spectra };
+
+    /// Keyword and value, for instance "INSTRUMENT_SERIAL" and "240118".
+    using Conditions = std::vector<std::pair<std::string, std::string>>;
+
+    /// The whole text of the file, with the patches that are measured.
+    static std::string Text(const ChartLayout& layout, const Measurements& measurements, const Conditions& conditions,
+                            Form form);
+
+    /// Reads what a partial file holds of this layout.
+    /// @param conditions  those of the scan that goes on: the serial numbers must be the same
+    /// @throws ToolError when the file is broken or belongs to another layout, table or instrument
+    static Measurements Load(const std::string& fileName, const ChartLayout& layout, const Conditions& conditions);
+};
+
+}  // namespace J4Tool

@@ -1,0 +1,57 @@
+#include "tools/Platform.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace J4Tool::Platform {
+
+std::filesystem::path ProgramFolder()
+{
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+}
+
+std::string LibraryFileName(const std::string& name)
+{
+    return "lib" + name + ".so";
+}
+
+void AddLibraryFolder(const std::filesystem::path&)
+{
+    // The libraries find one another by the search path that they carry themselves.
+}
+
+bool IsTerminal(std::FILE* stream)
+{
+    return isatty(fileno(stream)) == 1;
+}
+
+int TerminalWidth()
+{
+    winsize size{};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+bool WriteThrough(std::FILE* stream)
+{
+    return std::fflush(stream) == 0 && fsync(fileno(stream)) == 0;
+}
+
+bool MoveOver(const std::filesystem::path& from, const std::filesystem::path& to)
+{
+    if (rename(from.c_str(), to.c_str()) != 0) {
+        return false;
+    }
+    // The new name lasts only when the folder is on the disk too; some file systems can't do that, and lose
+    // nothing but time by it.
+    const std::filesystem::path folder = to.has_parent_path() ? to.parent_path() : std::filesystem::path(".");
+    const int handle = open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    if (handle >= 0) {
+        fsync(handle);
+        close(handle);
+    }
+    return true;
+}
+
+}  // namespace J4Tool::Platform

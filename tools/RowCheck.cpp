@@ -1,0 +1,89 @@
+#include "tools/RowCheck.h"
+
+#include <limits>
+
+namespace J4Tool {
+
+namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
+
+RowCheck::RowCheck(const ChartLayout& layout)
+{
+    for (const ChartLayout::Row& row : layout.Rows()) {
+        Colours& colours = rows.emplace_back();
+        counts.push_back(row.size());
+        for (const size_t patch : row) {
+            if (layout.Patches()[patch].reference) {
+                colours.push_back(*layout.Patches()[patch].reference);
+            }
+        }
+        if (colours.size() != row.size()) {
+            colours.clear();
+        }
+    }
+}
+
+/// Mean over the patches that both have, when the measured ones are taken to lie shift patches further on.
+double RowCheck::MeanDifference(const Colours& measured, const Colours& references, bool reversed, int shift)
+{
+    const int count = static_cast<int>(measured.size());
+    double sum = 0.0;
+    int compared = 0;
+    for (int i = 0; i < count; ++i) {
+        const int place = i + shift;
+        if (place < 0 || place >= count) {
+            continue;
+        }
+        const int reference = reversed ? count - 1 - place : place;
+        sum += Colorimetry::Ciede2000(references[static_cast<size_t>(reference)], measured[static_cast<size_t>(i)]);
+        ++compared;
+    }
+    return compared > 0 ? sum / compared : std::numeric_limits<double>::max();
+}
+
+std::string RowCheck::Fault(size_t row, const std::vector<Spectrum>& measured) const
+{
+    if (measured.size() != counts[row]) {
+        return std::to_string(measured.size()) + " patches were found instead of " + std::to_string(counts[row]);
+    }
+    if (rows[row].empty()) {
+        return {};
+    }
+    Colours colours;
+    for (const Spectrum& spectrum : measured) {
+        colours.push_back(Colorimetry::Lab(spectrum));
+    }
+    const double own = MeanDifference(colours, rows[row], false, 0);
+    if (own <= Tolerance) {
+        return {};
+    }
+    double best = own * ClearlyBetter;
+    std::string fault;
+    const auto consider = [&](double difference, const std::string& meaning) {
+        if (difference < best) {
+            best = difference;
+            fault = meaning;
+        }
+    };
+    for (size_t other = 0; other < rows.size(); ++other) {
+        if (rows[other].size() != colours.size()) {
+            continue;
+        }
+        for (const bool reversed : {false, true}) {
+            if (other == row && !reversed) {
+                continue;
+            }
+            const std::string which = other == row ? "" : "row " + std::to_string(other + 1) + " was read instead";
+            consider(MeanDifference(colours, rows[other], reversed, 0),
+                     which + (other == row ? "the row was read in the wrong direction"
+                                           : (reversed ? ", in the wrong direction" : "")));
+        }
+    }
+    constexpr size_t fewestForShift = 4;  // with less a single patch could decide
+    if (colours.size() >= fewestForShift) {
+        consider(MeanDifference(colours, rows[row], false, 1), "the patches are shifted by one, the first is missing");
+        consider(MeanDifference(colours, rows[row], false, -1), "the patches are shifted by one, the last is missing");
+    }
+    return fault;
+}
+
+}  // namespace J4Tool

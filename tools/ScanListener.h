@@ -1,0 +1,29 @@
+// Hears how a scan goes on.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace J4Tool {
+
+/// How far a scan is.
+struct ScanState {
+    size_t rowsDone = 0;
+    size_t rows = 0;
+    size_t patchesDone = 0;
+    size_t patches = 0;
+};
+
+class ScanListener {
+public:
+    virtual ~ScanListener() = default;
+
+    virtual void Started(const ScanState& state) = 0;
+    virtual void RowDone(const ScanState& state, size_t row) = 0;
+
+    /// @param attempt  counted from 1
+    /// @param again    the row will be tried once more
+    virtual void RowFailed(const ScanState& state, size_t row, int attempt, const std::string& reason, bool again) = 0;
+};
+
+}  // namespace J4Tool

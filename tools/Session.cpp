@@ -1,0 +1,193 @@
+#include "tools/Session.h"
+
+#include <sstream>
+
+#include "tools/StatusTable.h"
+#include "tools/ToolError.h"
+
+namespace J4Tool {
+
+namespace {
+
+/// What the library reported of the call that is under way.
+struct Failure {
+    int32_t status = 0;
+    std::string message;
+};
+
+Failure lastFailure;
+
+void OnError(const char*, int32_t status, const char* message)
+{
+    lastFailure = {status, message == nullptr ? "" : message};
+}
+
+std::string PlaceText(Point place)
+{
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << place.x << "/" << place.y << " mm";
+    return text.str();
+}
+
+ToolError TableError(const std::string& what, int32_t status, const std::string& message)
+{
+    const StatusEntry& entry = FindStatus(status);
+    return ToolError(entry.exitCode, what + " failed: " + message, entry.advice, status);
+}
+
+}  // namespace
+
+Session::Session(const TableFunctions& functions) : functions(functions)
+{
+    lastFailure = {};
+    this->functions.RegisterErrorHandler(OnError);
+}
+
+Session::~Session()
+{
+    Release();
+    functions.RegisterErrorHandler(nullptr);
+}
+
+void Session::Check(const std::string& what, const std::function<int32_t()>& call)
+{
+    lastFailure = {};
+    const int32_t status = call();
+    if (status != 0) {
+        // Where the instrument's library can't be loaded nothing is reported, and the text is the answer to
+        // every key.
+        throw TableError(what, status,
+                         lastFailure.status == status ? lastFailure.message : functions.GetOption("LastError"));
+    }
+}
+
+void Session::RequireInstrumentLibrary()
+{
+    Check("loading the instrument's library", [this] {
+        const std::string version = functions.GetOption("J4TMajorVersion");
+        const bool isNumber = version.find_first_not_of("0123456789") == std::string::npos;
+        return isNumber ? J4_ResultNoError : J4_ResultFrameFailure;
+    });
+}
+
+void Session::SetOption(const std::string& key, const std::string& value)
+{
+    Check("setting the option " + key + " to '" + value + "'",
+          [&] { return functions.SetOption(key.c_str(), value.c_str()); });
+}
+
+std::string Session::GetOption(const std::string& key)
+{
+    std::string value;
+    Check("reading the option " + key, [&] {
+        value = functions.GetOption(key.c_str());
+        return lastFailure.status;
+    });
+    return value;
+}
+
+std::string Session::TryOption(const std::string& key)
+{
+    lastFailure = {};
+    const std::string value = functions.GetOption(key.c_str());
+    return lastFailure.status == 0 ? value : std::string();
+}
+
+void Session::Connect()
+{
+    Check("connecting to the table", [this] { return functions.IsTableConnected(); });
+    connected = true;
+}
+
+void Session::GoHome()
+{
+    Connect();
+    Check("going to the white tile", [this] { return functions.GoToHomePosition(); });
+}
+
+void Session::Calibrate()
+{
+    GoHome();
+    Check("calibrating", [this] { return functions.Calibrate(); });
+}
+
+void Session::Move(Point target)
+{
+    Connect();
+    Check("moving to " + PlaceText(target),
+          [&] { return functions.SetPosition(static_cast<float>(target.x), static_cast<float>(target.y)); });
+}
+
+Point Session::Position()
+{
+    Connect();
+    float x = 0.0f;
+    float y = 0.0f;
+    Check("reading the position", [&] { return functions.GetPosition(&x, &y); });
+    return {static_cast<double>(x), static_cast<double>(y)};
+}
+
+std::vector<Session::Spectrum> Session::Scan(Point start, Point end)
+{
+    Check("scanning from " + PlaceText(start) + " to " + PlaceText(end), [&] {
+        return functions.Scan(static_cast<float>(start.x), static_cast<float>(start.y), static_cast<float>(end.x),
+                              static_cast<float>(end.y));
+    });
+    lastFailure = {};
+    const int32_t count = functions.GetNumberOfAvailableSamples();
+    if (count < 0) {
+        throw TableError("counting the samples", lastFailure.status, lastFailure.message);
+    }
+    std::vector<Spectrum> samples;
+    for (int32_t i = 0; i < count; ++i) {
+        samples.push_back(ReadSpectrum(static_cast<uint32_t>(i)));
+    }
+    return samples;
+}
+
+Session::Spectrum Session::Measure()
+{
+    SetOption("MeasurementMode", "SingleReflectance");
+    Check("measuring", [this] { return functions.TriggerMeasurement(); });
+    return ReadSpectrum(0);
+}
+
+Session::Spectrum Session::ReadSpectrum(uint32_t index)
+{
+    Spectrum spectrum{};
+    Check("reading sample " + std::to_string(index), [&] { return functions.GetSpectrum(spectrum.data(), index); });
+    return spectrum;
+}
+
+Session::Spectrum Session::WhiteBase()
+{
+    Connect();
+    std::istringstream words(GetOption("J4TFlash_3000"));
+    words.imbue(std::locale::classic());
+    Spectrum whiteBase{};
+    for (float& value : whiteBase) {
+        if (!(words >> value)) {
+            throw ToolError(ExitCode::Calibration, "the table holds no whole white base",
+                            "Write one with 'j4tavla whitebase --write FILE'.");
+        }
+    }
+    return whiteBase;
+}
+
+void Session::WriteWhiteBase(Spectrum whiteBase)
+{
+    Connect();
+    Check("writing the white base", [&] { return functions.SynchronizeWhitebases(whiteBase.data()); });
+}
+
+void Session::Release()
+{
+    if (connected) {
+        functions.SetOption("J4THoldPosition", "no");
+        functions.SetOption("J4TEnableElectrostaticFoil", "no");
+        connected = false;
+    }
+}
+
+}  // namespace J4Tool

@@ -1,0 +1,65 @@
+// The table as the commands see it: every call of the library with its failure turned into a ToolError, lengths in
+// millimetres, and the table let go at the end.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Generic/Colour/Spectrum.h"
+#include "tools/Point.h"
+#include "tools/TableFunctions.h"
+
+namespace J4Tool {
+
+/// One at a time: the library reports its failures without telling to whom.
+class Session {
+public:
+    using Spectrum = Kestrelon::DeviceDriver::Generic::Spectrum;
+
+    explicit Session(const TableFunctions& functions);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    /// Fails where the instrument's library is missing: every option then reads as the text of that failure.
+    void RequireInstrumentLibrary();
+
+    void SetOption(const std::string& key, const std::string& value);
+    std::string GetOption(const std::string& key);
+
+    /// An option that may be missing; empty then.
+    std::string TryOption(const std::string& key);
+
+    /// Finds table and instrument.
+    void Connect();
+    void GoHome();
+
+    /// Goes to the white tile and calibrates there.
+    void Calibrate();
+    void Move(Point target);
+    Point Position();
+
+    /// Carries the instrument from start to end.
+    /// @return a spectrum for each patch that was recognised, in the order of the travel
+    std::vector<Spectrum> Scan(Point start, Point end);
+
+    /// One measurement where the arm stands.
+    Spectrum Measure();
+
+    /// The reflectance of the white tile that the table holds.
+    Spectrum WhiteBase();
+    void WriteWhiteBase(Spectrum whiteBase);
+
+    /// Lets the arm and the paper go. Never fails; done by the destructor too.
+    void Release();
+
+private:
+    void Check(const std::string& what, const std::function<int32_t()>& call);
+    Spectrum ReadSpectrum(uint32_t index);
+
+    TableFunctions functions;
+    bool connected = false;
+};
+
+}  // namespace J4Tool

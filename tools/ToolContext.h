@@ -1,0 +1,38 @@
+// What all commands share: the options that stand before the command, and the table, opened at first use.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/Library.h"
+#include "tools/Session.h"
+#include "tools/Units.h"
+
+namespace J4Tool {
+
+class ToolContext {
+public:
+    bool isVirtual = false;
+    std::string chartFile;              ///< on the virtual table; empty: bare paper
+    std::string libraryPath;            ///< empty: the usual places
+    std::vector<std::string> settings;  ///< "KEY=VALUE", set before anything else
+    bool json = false;
+    Units::Unit unit = Units::Unit::Millimetre;
+
+    Units GetUnits() const { return Units(unit); }
+
+    /// Loads the library and sets what the options ask for; the table is not connected yet.
+    /// @throws ToolError
+    Session& Open();
+
+    /// Full path of the library, once it is open.
+    std::string LibraryPath() { return library->Path(); }
+
+private:
+    std::optional<Library> library;
+    std::unique_ptr<Session> session;  // goes before the library
+};
+
+}  // namespace J4Tool

@@ -1,0 +1,52 @@
+#include "tools/Platform.h"
+
+#include <io.h>
+#include <windows.h>
+
+#include <string>
+
+namespace J4Tool::Platform {
+
+std::filesystem::path ProgramFolder()
+{
+    std::wstring name(32768, L'\0');
+    name.resize(GetModuleFileNameW(nullptr, name.data(), static_cast<DWORD>(name.size())));
+    return std::filesystem::path(name).parent_path();
+}
+
+std::string LibraryFileName(const std::string& name)
+{
+    return name + ".dll";
+}
+
+void AddLibraryFolder(const std::filesystem::path& folder)
+{
+    SetDllDirectoryW(folder.c_str());
+}
+
+bool IsTerminal(std::FILE* stream)
+{
+    // Not _isatty: that calls NUL a terminal too.
+    DWORD mode = 0;
+    return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream))), &mode) != 0;
+}
+
+int TerminalWidth()
+{
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    return GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) != 0
+               ? info.srWindow.Right - info.srWindow.Left + 1
+               : 80;
+}
+
+bool WriteThrough(std::FILE* stream)
+{
+    return std::fflush(stream) == 0 && _commit(_fileno(stream)) == 0;
+}
+
+bool MoveOver(const std::filesystem::path& from, const std::filesystem::path& to)
+{
+    return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+}
+
+}  // namespace J4Tool::Platform

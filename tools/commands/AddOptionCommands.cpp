@@ -1,0 +1,53 @@
+#include <cstdio>
+#include <memory>
+
+#include "tools/JsonObject.h"
+#include "tools/ToolError.h"
+#include "tools/commands/Commands.h"
+
+namespace J4Tool {
+
+namespace {
+
+struct Arguments {
+    std::string key;
+    std::string value;
+};
+
+void PrintValue(ToolContext& context, const std::string& key, const std::string& value)
+{
+    std::puts(context.json ? JsonObject().Add("key", key).Add("value", value).Text().c_str() : value.c_str());
+}
+
+}  // namespace
+
+void AddOptionCommands(CLI::App& app, ToolContext& context)
+{
+    const auto arguments = std::make_shared<Arguments>();
+
+    CLI::App* get = app.add_subcommand("get", "show the value of an option");
+    get->add_option("KEY", arguments->key, "key of the option, for instance J4TScanSpeed")->required();
+    get->callback([&context, arguments] {
+        const std::string value = context.Open().GetOption(arguments->key);
+        // The instrument's library answers a key that it does not know with nothing and no failure.
+        if (value.empty() && !arguments->key.starts_with("J4T")) {
+            throw ToolError(ExitCode::Device,
+                            "the option " + arguments->key + " has no value, or there is no such option",
+                            "Check the key; docs/options.md lists those of the table.");
+        }
+        PrintValue(context, arguments->key, value);
+    });
+
+    CLI::App* set = app.add_subcommand("set",
+                                       "write an option and show what it reads then. Settings of the library "
+                                       "last as long as the program: for another command use --option");
+    set->add_option("KEY", arguments->key, "key of the option")->required();
+    set->add_option("VALUE", arguments->value, "its new value")->required();
+    set->callback([&context, arguments] {
+        Session& session = context.Open();
+        session.SetOption(arguments->key, arguments->value);
+        PrintValue(context, arguments->key, session.TryOption(arguments->key));
+    });
+}
+
+}  // namespace J4Tool

@@ -1,0 +1,330 @@
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "Generic/Cgats/CgatsFields.h"
+#include "tools/AtomicFile.h"
+#include "tools/ChartLayout.h"
+#include "tools/DateText.h"
+#include "tools/Interrupt.h"
+#include "tools/MeasurementFile.h"
+#include "tools/Platform.h"
+#include "tools/Progress.h"
+#include "tools/Question.h"
+#include "tools/Scanner.h"
+#include "tools/ToolError.h"
+#include "tools/commands/Commands.h"
+
+namespace J4Tool {
+
+namespace {
+
+struct Arguments {
+    std::string layout;
+    std::string output;
+    size_t rows = 0;
+    size_t columns = 0;
+    std::vector<double> size;
+    std::vector<double> gap;
+    std::vector<double> start;
+    std::vector<double> corners;
+    bool cornersByHand = false;
+    std::optional<double> margin;
+    int retries = 2;
+    bool oneWay = false;
+    bool resume = false;
+    bool restart = false;
+    MeasurementFile::Form form = MeasurementFile::Form::Cgats;
+};
+
+/// One scan command from its arguments to the file.
+class ScanRun {
+public:
+    ScanRun(ToolContext& context, const Arguments& arguments)
+        : context(context),
+          arguments(arguments),
+          units(context.GetUnits()),
+          partialFile(arguments.output + ".partial"),
+          layout(ChartLayout::Load(arguments.layout, Grid(), PlacedByCorners()))
+    {}
+
+    void Run()
+    {
+        CheckPartialFile();
+        RequireWritable(arguments.output);
+        if (PlacedByCorners()) {
+            layout.CornerPatches();
+        }
+        session = &context.Open();
+        session->Connect();
+        if (PlacedByCorners()) {
+            layout.PlaceCorners(Corners());
+        }
+        measurements.resize(layout.Patches().size());
+        const Interrupt interrupt;  // from here on the motors hold the arm, which has to be let go
+        session->Calibrate();
+        session->SetOption("MeasurementMode", "ScanningReflectance");
+        conditions = Conditions();
+        if (arguments.resume) {
+            measurements = MeasurementFile::Load(partialFile, layout, conditions);
+        }
+        Scan(interrupt);
+    }
+
+private:
+    bool PlacedByCorners() const { return arguments.cornersByHand || !arguments.corners.empty(); }
+
+    std::optional<Point> Pair(const std::vector<double>& numbers) const
+    {
+        return numbers.size() == 2 ? std::optional(units.ToMillimetres(Point{numbers[0], numbers[1]})) : std::nullopt;
+    }
+
+    GridOptions Grid() const
+    {
+        GridOptions grid;
+        if (arguments.rows > 0) {
+            grid.rows = arguments.rows;
+        }
+        if (arguments.columns > 0) {
+            grid.columns = arguments.columns;
+        }
+        grid.size = Pair(arguments.size);
+        grid.gap = Pair(arguments.gap);
+        grid.start = Pair(arguments.start);
+        return grid;
+    }
+
+    void CheckPartialFile() const
+    {
+        std::error_code error;
+        const bool exists = std::filesystem::exists(partialFile, error);
+        if (arguments.resume && !exists) {
+            throw ToolError(ExitCode::File, "there is no file '" + partialFile + "' to go on from",
+                            "Scan without --resume.");
+        }
+        if (exists && !arguments.resume && !arguments.restart) {
+            throw ToolError(ExitCode::File, "'" + partialFile + "' holds the rows of an earlier scan",
+                            "Go on from it with --resume, or throw it away with --restart.");
+        }
+    }
+
+    std::array<Point, 3> Corners()
+    {
+        if (!arguments.corners.empty()) {
+            const std::vector<double>& c = arguments.corners;
+            return {units.ToMillimetres({c[0], c[1]}), units.ToMillimetres({c[2], c[3]}),
+                    units.ToMillimetres({c[4], c[5]})};
+        }
+        session->GoHome();
+        // The person moves the arm by hand and looks through the visor.
+        session->SetOption("J4TIsVisorCoordinate", "yes");
+        session->SetOption("J4THoldPosition", "no");
+        std::array<Point, 3> corners;
+        const std::array<size_t, 3> patches = layout.CornerPatches();
+        for (size_t i = 0; i < corners.size(); ++i) {
+            const std::string& name = layout.Patches()[patches[i]].name;
+            if (!WaitForEnter("Bring the visor on the middle of patch " + name + " and press Enter. ")) {
+                throw ToolError(ExitCode::NotConfirmed, "the corners can't be taken: nobody is at the terminal",
+                                "Give them as --corners X1,Y1,X2,Y2,X3,Y3.");
+            }
+            corners[i] = session->Position();
+            std::fprintf(stderr, "  %s at %s / %s\n", name.c_str(), units.Text(corners[i].x).c_str(),
+                         units.Text(corners[i].y).c_str());
+        }
+        session->SetOption("J4TIsVisorCoordinate", "no");
+        return corners;
+    }
+
+    /// Without what can't stand in a keyword's value.
+    std::string LayoutName() const
+    {
+        std::string name = std::filesystem::path(arguments.layout).filename().string();
+        std::replace_if(
+            name.begin(), name.end(),
+            [](char character) { return character == '"' || static_cast<unsigned char>(character) < 0x20; }, '_');
+        return name;
+    }
+
+    MeasurementFile::Conditions Conditions()
+    {
+        const auto option = [this](const char* key) { return session->GetOption(key); };
+        return {
+            {"ORIGINATOR", "j4tavla, " + option("J4TVersion")},
+            {"DESCRIPTOR", "Measured chart " + LayoutName()},
+            {"CREATED", DateText(std::time(nullptr))},
+            {"INSTRUMENTATION", "J4 Tavla scanning table with its spectrophotometer"},
+            {"WEIGHTING_FUNCTION", "ILLUMINANT,D50;OBSERVER,2 degree"},
+            {"TABLE_SERIAL", option("J4TSerialNumber")},
+            {"TABLE_FIRMWARE", option("J4TFirmwareVersion")},
+            {"INSTRUMENT_SERIAL", option("J4TJ4SerialNumber")},
+            {"MEASUREMENT_MODE", option("MeasurementMode")},
+            {"INTEGRATION_TIME", option("IntegrationTime")},
+            {"WHITE_BASE_DATE", DateText(option("J4TLastWhiteBaseTransferTime"))},
+            {"SCAN_SPEED", option("J4TScanSpeed")},
+            {"SCAN_DELAY", option("J4TScanDelay")},
+            {"SCAN_MARGIN", Kestrelon::DeviceDriver::Generic::Cgats::NumberText(Settings().margin)},
+        };
+    }
+
+    Scanner::Settings Settings() const
+    {
+        Scanner::Settings settings;
+        settings.margin = arguments.margin ? units.ToMillimetres(*arguments.margin) : settings.margin;
+        settings.retries = arguments.retries;
+        settings.bothWays = !arguments.oneWay;
+        return settings;
+    }
+
+    void WritePartial()
+    {
+        if (CountMeasured(measurements) == 0) {
+            return;
+        }
+        WriteAtomically(partialFile,
+                        MeasurementFile::Text(layout, measurements, conditions, MeasurementFile::Form::Cgats));
+    }
+
+    void WriteWhole()
+    {
+        try {
+            WriteAtomically(arguments.output, MeasurementFile::Text(layout, measurements, conditions, arguments.form));
+        } catch (const ToolError&) {
+            WritePartial();
+            throw;
+        }
+        std::error_code ignored;
+        std::filesystem::remove(partialFile, ignored);
+    }
+
+    void EndWithPartial(Progress& progress, const Scanner& scanner, const char* result)
+    {
+        WritePartial();
+        progress.Ended(scanner.State(measurements), result, CountMeasured(measurements) > 0 ? partialFile : "");
+    }
+
+    void Scan(const Interrupt& interrupt)
+    {
+        Progress progress(stdout, context.json || !Platform::IsTerminal(stdout));
+        Scanner scanner(*session, layout, Settings(), progress);
+        scanner.stop = [&interrupt] { return interrupt.Requested(); };
+        // A power cut must not cost more than this; each write costs a moment of the table's time.
+        constexpr std::chrono::seconds keepEvery{10};
+        auto lastKept = std::chrono::steady_clock::now();
+        scanner.keep = [&] {
+            if (std::chrono::steady_clock::now() - lastKept >= keepEvery) {
+                WritePartial();
+                lastKept = std::chrono::steady_clock::now();
+            }
+        };
+        std::vector<size_t> failed;
+        try {
+            failed = scanner.Run(measurements);
+        } catch (const ToolError&) {
+            session->Release();
+            EndWithPartial(progress, scanner, "failed");
+            throw;
+        }
+        session->Release();
+        const ScanState state = scanner.State(measurements);
+        if (state.patchesDone == state.patches) {
+            WriteWhole();
+            progress.Ended(state, "done", arguments.output);
+            return;
+        }
+        EndWithPartial(progress, scanner, interrupt.Requested() ? "interrupted" : "failed");
+        if (interrupt.Requested()) {
+            throw ToolError(ExitCode::Interrupted, "the scan was interrupted", "Go on with --resume.");
+        }
+        throw ToolError(ExitCode::Check,
+                        std::to_string(failed.size()) + " rows failed in every attempt: " + Names(failed),
+                        "Look at the reasons above, at the chart's place and at --margin, then go on with --resume.");
+    }
+
+    static std::string Names(const std::vector<size_t>& rows)
+    {
+        std::string names;
+        for (const size_t row : rows) {
+            names += (names.empty() ? "" : ", ") + std::to_string(row + 1);
+        }
+        return names;
+    }
+
+    ToolContext& context;
+    const Arguments& arguments;
+    Units units;
+    std::string partialFile;
+    ChartLayout layout;
+    Session* session = nullptr;
+    MeasurementFile::Conditions conditions;
+    Measurements measurements;
+};
+
+void Run(ToolContext& context, Arguments arguments)
+{
+    if (context.isVirtual) {
+        // One file may be both: what is printed on the chart and where it lies.
+        arguments.layout = arguments.layout.empty() ? context.chartFile : arguments.layout;
+        context.chartFile = context.chartFile.empty() ? arguments.layout : context.chartFile;
+    }
+    if (arguments.layout.empty()) {
+        throw ToolError(ExitCode::Usage, "LAYOUT is required", "See 'j4tavla scan --help'.");
+    }
+    ScanRun(context, arguments).Run();
+}
+
+CLI::Option* AddPair(CLI::App* command, const std::string& name, std::vector<double>& target, const std::string& text)
+{
+    return command->add_option(name, target, text)->delimiter(',')->expected(2)->type_name("X,Y");
+}
+
+}  // namespace
+
+void AddScanCommand(CLI::App& app, ToolContext& context)
+{
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = app.add_subcommand("scan",
+                                           "measure a chart: go home, calibrate, scan and check every row, "
+                                           "write a CGATS.17 file with spectra, XYZ and Lab");
+    command->add_option("LAYOUT", arguments->layout, "the chart's patches, CGATS.17");
+    command->add_option("-o,--output", arguments->output, "file to write, whole or not at all")
+        ->type_name("MEASURED")
+        ->required();
+    command->add_option("--rows", arguments->rows, "rows of a layout without places");
+    command->add_option("--columns", arguments->columns, "columns of a layout without places");
+    AddPair(command, "--patch", arguments->size, "width and height of a patch of such a layout");
+    AddPair(command, "--gap", arguments->gap, "paper between its patches");
+    AddPair(command, "--start", arguments->start, "middle of its first patch on the bed");
+    CLI::Option* byHand = command->add_flag(
+        "--corners-by-hand", arguments->cornersByHand,
+        "take the chart's place by hand: bring the visor on the first and the last patch of the first row and on the "
+        "first of the last row");
+    command->add_option("--corners", arguments->corners, "the same three places as numbers")
+        ->delimiter(',')
+        ->expected(6)
+        ->type_name("X1,Y1,X2,Y2,X3,Y3")
+        ->excludes(byHand);
+    command->add_option("--margin", arguments->margin, "bare paper before and behind a row (default 8 mm)")
+        ->check(CLI::NonNegativeNumber);
+    command->add_option("--retries", arguments->retries, "how often a row that failed is scanned again")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 100));
+    command->add_flag("--one-way", arguments->oneWay, "scan all rows in the same direction");
+    CLI::Option* resume = command->add_flag("--resume", arguments->resume, "go on from MEASURED.partial");
+    command->add_flag("--restart", arguments->restart, "throw MEASURED.partial away")->excludes(resume);
+    command
+        ->add_option_function<std::string>(
+            "--format",
+            [arguments](const std::string& name) {
+                arguments->form = name == "spectra" ? MeasurementFile::Form::Spectra : MeasurementFile::Form::Cgats;
+            },
+            "cgats: everything (default); spectra: a plain sheet of spectra (SPECT)")
+        ->type_name("FORM")
+        ->check(CLI::IsMember({"cgats", "spectra"}));
+    command->callback([&context, arguments] { Run(context, *arguments); });
+}
+
+}  // namespace J4Tool

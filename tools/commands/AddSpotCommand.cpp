@@ -1,0 +1,55 @@
+#include <cstdio>
+#include <memory>
+
+#include "Generic/Colour/Colorimetry.h"
+#include "tools/JsonObject.h"
+#include "tools/commands/Commands.h"
+
+namespace J4Tool {
+
+namespace {
+
+namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
+
+void Run(ToolContext& context, Point place)
+{
+    Session& session = context.Open();
+    session.Calibrate();
+    session.Move(context.GetUnits().ToMillimetres(place));
+    const Session::Spectrum spectrum = session.Measure();
+    const Colorimetry::Triple xyz = Colorimetry::TristimulusValues(spectrum);
+    const Colorimetry::Triple lab = Colorimetry::LabOfTristimulus(xyz);
+    if (context.json) {
+        std::puts(JsonObject()
+                      .Add("x", place.x)
+                      .Add("y", place.y)
+                      .Add("unit", context.GetUnits().Name())
+                      .AddNumbers("xyz", xyz)
+                      .AddNumbers("lab", lab)
+                      .AddNumbers("spectrum", spectrum)
+                      .Text()
+                      .c_str());
+        return;
+    }
+    std::printf("Lab  %8.3f %8.3f %8.3f   (D50, 2 degrees)\nXYZ  %8.3f %8.3f %8.3f\n", lab[0], lab[1], lab[2], xyz[0],
+                xyz[1], xyz[2]);
+    using Kestrelon::DeviceDriver::Generic::FirstWavelength;
+    using Kestrelon::DeviceDriver::Generic::WavelengthStep;
+    for (size_t band = 0; band < spectrum.size(); ++band) {
+        std::printf("%d nm  %.5f\n", FirstWavelength + WavelengthStep * static_cast<int>(band),
+                    static_cast<double>(spectrum[band]));
+    }
+}
+
+}  // namespace
+
+void AddSpotCommand(CLI::App& app, ToolContext& context)
+{
+    const auto place = std::make_shared<Point>();
+    CLI::App* command = app.add_subcommand("spot", "calibrate, then measure one place: Lab, XYZ and spectrum");
+    command->add_option("X", place->x, "place in the unit of --unit")->required();
+    command->add_option("Y", place->y, "place in the unit of --unit")->required();
+    command->callback([&context, place] { Run(context, *place); });
+}
+
+}  // namespace J4Tool

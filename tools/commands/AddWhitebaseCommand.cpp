@@ -1,0 +1,82 @@
+#include <cstdio>
+#include <ctime>
+#include <memory>
+
+#include "Generic/Colour/Spectrum.h"
+#include "tools/DateText.h"
+#include "tools/JsonObject.h"
+#include "tools/Question.h"
+#include "tools/ToolError.h"
+#include "tools/WhiteBaseFile.h"
+#include "tools/commands/Commands.h"
+
+namespace J4Tool {
+
+namespace {
+
+struct Arguments {
+    std::string write;
+    std::string save;
+    bool yes = false;
+};
+
+void Show(ToolContext& context, const Session::Spectrum& whiteBase, const std::string& date)
+{
+    if (context.json) {
+        std::puts(JsonObject().Add("whiteBaseDate", date).AddNumbers("whiteBase", whiteBase).Text().c_str());
+        return;
+    }
+    std::printf("White base written %s\n", date.c_str());
+    using Kestrelon::DeviceDriver::Generic::FirstWavelength;
+    using Kestrelon::DeviceDriver::Generic::WavelengthStep;
+    for (size_t band = 0; band < whiteBase.size(); ++band) {
+        std::printf("%d nm  %.5f\n", FirstWavelength + WavelengthStep * static_cast<int>(band),
+                    static_cast<double>(whiteBase[band]));
+    }
+}
+
+void Run(ToolContext& context, const Arguments& arguments)
+{
+    // A broken file must be found before anything is touched.
+    Session::Spectrum next{};
+    if (!arguments.write.empty()) {
+        next = LoadWhiteBase(arguments.write);
+    }
+    Session& session = context.Open();
+    const Session::Spectrum present = session.WhiteBase();
+    const std::string date = DateText(session.GetOption("J4TLastWhiteBaseTransferTime"));
+    const std::string serial = session.GetOption("J4TSerialNumber");
+    if (!arguments.save.empty()) {
+        SaveWhiteBase(arguments.save, present, date, serial);
+    }
+    if (arguments.write.empty()) {
+        Show(context, present, date);
+        return;
+    }
+    const std::string backup = "whitebase-" + serial + "-" + DateForFileName(std::time(nullptr)) + ".cgats";
+    SaveWhiteBase(backup, present, date, serial);
+    std::fprintf(stderr, "The present white base is saved in %s\n", backup.c_str());
+    if (!arguments.yes && !AskYesNo("Replace the white base of table " + serial + "?")) {
+        throw ToolError(ExitCode::NotConfirmed, "the white base was not replaced",
+                        "Answer the question with yes, or use --yes.");
+    }
+    session.WriteWhiteBase(next);
+    Show(context, session.WhiteBase(), DateText(session.GetOption("J4TLastWhiteBaseTransferTime")));
+    std::fputs("Home the arm and calibrate before the next measurement.\n", stderr);
+}
+
+}  // namespace
+
+void AddWhitebaseCommand(CLI::App& app, ToolContext& context)
+{
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = app.add_subcommand("whitebase", "show the reflectance of the white tile that the table holds");
+    command->add_option("--save", arguments->save, "save it to this file");
+    command->add_option("--write", arguments->write,
+                        "transfer a new one from this file, after the old one is saved to a dated file in the present "
+                        "folder");
+    command->add_flag("--yes", arguments->yes, "do not ask before --write");
+    command->callback([&context, arguments] { Run(context, *arguments); });
+}
+
+}  // namespace J4Tool

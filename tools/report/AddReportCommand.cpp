@@ -1,0 +1,91 @@
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "Generic/Cgats/CgatsFile.h"
+#include "tools/AtomicFile.h"
+#include "tools/JsonObject.h"
+#include "tools/ToolError.h"
+#include "tools/commands/Commands.h"
+#include "tools/report/ReportPage.h"
+
+namespace J4Tool {
+
+namespace {
+
+using Kestrelon::DeviceDriver::Generic::Cgats::CgatsFile;
+
+struct Arguments {
+    std::string measured;
+    std::string reference;
+    std::string output;
+};
+
+ReportData::Source ReadSource(const std::string& fileName)
+{
+    CgatsFile file;
+    CgatsFile::Error error;
+    if (!file.Read(fileName, error)) {
+        throw ToolError(ExitCode::File, fileName + ": " + error.Text());
+    }
+    return {std::filesystem::path(fileName).filename().string(), ColourTable(file, fileName)};
+}
+
+void PrintSummary(const ReportData& data, const Arguments& arguments, bool json)
+{
+    if (json) {
+        JsonObject line;
+        line.Add("report", arguments.output).Add("patches", data.Patches().size());
+        for (const ReportData::Formula& formula : data.Formulas()) {
+            line.Add(formula.name, JsonObject()
+                                       .Add("patches", formula.summary.Count())
+                                       .Add("mean", formula.summary.Mean())
+                                       .Add("percentile95", formula.summary.Percentile95())
+                                       .Add("maximum", formula.summary.Maximum()));
+        }
+        std::puts(line.Text().c_str());
+        return;
+    }
+    for (const ReportData::Formula& formula : data.Formulas()) {
+        std::printf("%s: mean %.2f, 95th percentile %.2f, maximum %.2f over %zu patches\n", formula.name.c_str(),
+                    formula.summary.Mean(), formula.summary.Percentile95(), formula.summary.Maximum(),
+                    formula.summary.Count());
+    }
+    for (const std::string& notice : data.Notices()) {
+        std::printf("%s\n", notice.c_str());
+    }
+    std::printf("The report is in %s\n", arguments.output.c_str());
+}
+
+void Run(const Arguments& arguments, bool json)
+{
+    const ReportData::Source measured = ReadSource(arguments.measured);
+    std::optional<ReportData::Source> reference;
+    if (!arguments.reference.empty()) {
+        reference = ReadSource(arguments.reference);
+    }
+    const ReportData data(measured, reference ? &*reference : nullptr);
+    WriteAtomically(arguments.output, MakeReportPage(data));
+    PrintSummary(data, arguments, json);
+}
+
+}  // namespace
+
+void AddReportCommand(CLI::App& app, ToolContext& context)
+{
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App* report = app.add_subcommand(
+        "report", "make a page of measured colours: chart, differences to a reference, spectra, travel of the rows");
+    report->add_option("MEASURED", arguments->measured, "measured file, CGATS.17")->required();
+    report
+        ->add_option("--reference", arguments->reference,
+                     "what the chart should measure, CGATS.17; patches go by SAMPLE_NAME or SAMPLE_ID")
+        ->type_name("REF");
+    report->add_option("-o,--output", arguments->output, "the page, HTML; needs no other file and no network")
+        ->type_name("FILE")
+        ->required();
+    report->callback([&context, arguments] { Run(*arguments, context.json); });
+}
+
+}  // namespace J4Tool

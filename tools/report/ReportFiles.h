@@ -1,0 +1,15 @@
+// The files of the report's page, built into the program.
+#pragma once
+
+#include <string_view>
+
+namespace J4Tool {
+
+extern const std::string_view pageTemplate;
+extern const std::string_view pageStyle;
+extern const std::string_view pageScript;
+extern const std::string_view plotStyle;
+extern const std::string_view plotScript;
+extern const std::string_view plotLicence;
+
+}  // namespace J4Tool

@@ -1,0 +1,49 @@
+#include "tools/report/RowTravel.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "simulator/table/MotionProfile.h"
+
+namespace J4Tool {
+
+namespace {
+
+// A table does not tell its acceleration; this is what the virtual one drives with, mm/s².
+constexpr double usualAcceleration = 1600.0;
+
+constexpr size_t curvePoints = 201;
+
+// Fewer or more samples are no row's: a wrong integration time must not empty or fill the plot.
+constexpr double fewestSamples = 2.0;
+constexpr double mostSamples = 20000.0;
+
+}  // namespace
+
+RowTravel::RowTravel(Scan scanned) : scan(std::move(scanned))
+{
+    const J4Bench::MotionProfile profile(scan.distance, scan.speed, scan.acceleration.value_or(usualAcceleration));
+    rampEnd = profile.AccelerationEnd();
+    duration = profile.Duration();
+    if (scan.integrationTime) {
+        const double samples = duration / *scan.integrationTime;
+        if (samples < fewestSamples || samples > mostSamples) {
+            scan.integrationTime.reset();
+        }
+    }
+    step = scan.integrationTime.value_or(duration / static_cast<double>(curvePoints - 1));
+    const size_t count = HasSamples() ? static_cast<size_t>(duration / step) + 1 : curvePoints;
+    positions.reserve(count);
+    for (size_t i = 0; i < count; ++i) {
+        positions.push_back(profile.DistanceAt(static_cast<double>(i) * step));
+    }
+    scan.notes.push_back("The curve is computed, not recorded: a trapezoid of speed with equal ramps.");
+    if (!scan.acceleration) {
+        scan.notes.push_back("Assumed acceleration: 1600 mm/s², that of the virtual table; the file does not tell it.");
+    }
+    scan.notes.push_back(HasSamples() ? "Each mark is where a sample begins, one integration time after the other, "
+                                        "the first one at the start of the motion."
+                                      : "No samples are marked: their integration time is not known.");
+}
+
+}  // namespace J4Tool
