@@ -13,9 +13,9 @@ namespace J4Tool {
 class Library {
 public:
     /// @param isVirtual  the virtual variant, known by the bench that lies beside it
-    /// @param path       file or folder to take it from; empty: beside the program, in ../lib, for the virtual
-    ///                   variant in ../lib/j4tavla64/virtual, virtual and ../virtual, and last, for real tables
-    ///                   only, where the system looks
+    /// @param path       file or folder to take it from. Empty: for real tables beside the program, in ../lib, and where
+    ///                   the system looks; for the virtual variant beside the program, in virtual below it,
+    ///                   ../lib/j4tavla64/virtual and ../virtual
     /// @throws ToolError
     Library(bool isVirtual, const std::filesystem::path& path);
 
