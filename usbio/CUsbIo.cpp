@@ -12,14 +12,13 @@ namespace {
 constexpr uint16_t VersionMajor = 0x02;
 constexpr uint16_t VersionMinor = 0x30;
 
-/// The Windows error in hand as a status that is never success.
-uint32_t LastError()
+}  // namespace
+
+uint32_t CUsbIo::LastError()
 {
     const DWORD error = GetLastError();
     return error != ERROR_SUCCESS ? error : static_cast<uint32_t>(UsbIo::StatusFailed);
 }
-
-}  // namespace
 
 CUsbIo::CUsbIo() { InitializeCriticalSection(&controlLock); }
 
@@ -41,8 +40,10 @@ HDEVINFO CUsbIo::CreateDeviceList(const GUID* guid)
 
 void CUsbIo::DestroyDeviceList(HDEVINFO list)
 {
-    const SetupApi* api = SetupApi::Instance();
-    if (list != nullptr && api != nullptr) {
+    if (list == nullptr) {
+        return;
+    }
+    if (const SetupApi* api = SetupApi::Instance()) {
         api->destroyDeviceInfoList(list);
     }
 }

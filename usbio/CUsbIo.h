@@ -54,6 +54,9 @@ protected:
     bool IsOpen() const { return file != nullptr; }
     HANDLE File() const { return file; }
 
+    /// The Windows error in hand as a status that is never success.
+    static uint32_t LastError();
+
     /// One control request, to its end.
     /// @param returned  receives the byte count that came back; may be null
     uint32_t Control(DWORD code, const void* in, uint32_t inSize, void* out, uint32_t outSize, uint32_t* returned);

@@ -44,12 +44,12 @@ uint32_t CUsbIoPipe::Transfer(uint32_t& length, uint32_t timeout, Start start)
     DWORD transferred = 0;
     uint32_t status = UsbIo::StatusSuccess;
     if (!start(size, &transferred, &transfer)) {
-        status = GetLastError();
+        status = LastError();
         if (status == ERROR_IO_PENDING) {
             const DWORD waited = WaitForMultipleObjects(1, &transfer.hEvent, FALSE, timeout);
             if (waited == WAIT_OBJECT_0) {
                 const BOOL good = GetOverlappedResult(File(), &transfer, &transferred, FALSE);
-                status = good ? static_cast<DWORD>(ERROR_SUCCESS) : GetLastError();
+                status = good ? static_cast<uint32_t>(UsbIo::StatusSuccess) : LastError();
             } else {
                 status = waited == WAIT_TIMEOUT ? static_cast<uint32_t>(UsbIo::StatusTimeout) : waited;
                 // The transfer must have ended before its buffer is used again.
