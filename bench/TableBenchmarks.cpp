@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include <benchmark/benchmark.h>
-#include "c_sdk/include/j4tavla.h"
 #include "Utilities/Tools/LibraryLoader.h"
+#include "c_sdk/include/j4tavla.h"
 #include "simulator/bench/Bench.h"
 #include "src/Communication/j4TableComManager.h"
 

@@ -83,8 +83,7 @@ J4T_TRACE_FRAME
 
 Position& Position::operator+=(const Position& other)
 try {
-    const bool sameUnit =
-        unit == other.unit && (unit != PositionUnitUserDefined || unitFactor == other.unitFactor);
+    const bool sameUnit = unit == other.unit && (unit != PositionUnitUserDefined || unitFactor == other.unitFactor);
     Position summand = other;
     if (!sameUnit) {
         summand.ConvertTo(unit, unitFactor);

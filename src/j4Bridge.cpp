@@ -18,21 +18,11 @@ constexpr const char* libraryFileName = "sorvane64.dll";
 }  // namespace
 
 const std::array<const char*, j4Bridge::SlotCount> j4Bridge::functionNames = {
-    "J4_IsConnected",
-    "J4_KeyPressed",
-    "J4_GetNumberOfAvailableSamples",
-    "J4_Calibrate",
-    "J4_TriggerMeasurement",
-    "J4_TriggerCountedScan",
-    "J4_GetSpectrum",
-    "J4_GetTriStimulus",
-    "J4_GetDensities",
-    "J4_GetDensity",
-    "J4_SetSubstrate",
-    "J4_SetOption",
-    "J4_GetOption",
-    "J4_RegisterErrorHandler",
-    "J4_RegisterDeviceMessageHandler",
+    "J4_IsConnected", "J4_KeyPressed",           "J4_GetNumberOfAvailableSamples",
+    "J4_Calibrate",   "J4_TriggerMeasurement",   "J4_TriggerCountedScan",
+    "J4_GetSpectrum", "J4_GetTriStimulus",       "J4_GetDensities",
+    "J4_GetDensity",  "J4_SetSubstrate",         "J4_SetOption",
+    "J4_GetOption",   "J4_RegisterErrorHandler", "J4_RegisterDeviceMessageHandler",
     "J4_Private",
 };
 

@@ -16,9 +16,9 @@ namespace Kestrelon::DeviceDriver::J4T {
 
 /// Operations of J4_Private that the table's own code uses.
 enum class PrivateOperation : uint32_t {
-    Correction = 0,    ///< J4CorrectionRequest
-    Samples = 1,       ///< J4SampleList
-    Positions = 5,     ///< J4PositionList
+    Correction = 0,  ///< J4CorrectionRequest
+    Samples = 1,     ///< J4SampleList
+    Positions = 5,   ///< J4PositionList
 };
 
 /// Installs (active 1) or removes (active 0, vector null) the correction of the current measurement mode:

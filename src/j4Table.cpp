@@ -18,8 +18,8 @@
 
 namespace Kestrelon::DeviceDriver::J4T {
 
-using Communication::J4TableMode;
 using Communication::j4TableComManager;
+using Communication::J4TableMode;
 using Generic::Configuration::Property;
 using Utilities::Exceptions::ResourceException;
 using Utilities::Tools::lexical_cast;
@@ -448,7 +448,9 @@ try {
         uint32_t second = 0;
         uint32_t third = 0;
         comManager->GetInfo()->GetFirmware(first, second, third);
-        return LongProperty(id == PropertyId::FirmwareVersion ? second : id == PropertyId::FirmwareFirst ? first : third);
+        return LongProperty(id == PropertyId::FirmwareVersion ? second
+                            : id == PropertyId::FirmwareFirst ? first
+                                                              : third);
     }
     if (id >= PropertyId::FirstDeviation && id <= PropertyId::LastDeviation) {
         std::array<int32_t, 6> deviations{};

@@ -24,8 +24,7 @@ void TryStep(Step step)
 {
     try {
         step();
-    } catch (...) {
-    }
+    } catch (...) {}
 }
 
 }  // namespace Kestrelon::DeviceDriver::J4T

@@ -8,19 +8,19 @@ namespace Kestrelon::DeviceDriver::J4T {
 
 /// Ids of the table's properties.
 namespace PropertyId {
-inline constexpr uint16_t MoveSpeed = 5010;            ///< mm/s
-inline constexpr uint16_t ScanSpeed = 5011;            ///< mm/s
-inline constexpr uint16_t ScanDelay = 5012;            ///< ms
-inline constexpr uint16_t IsVisorCoordinate = 5020;    ///< 1: positions are those of the visor
-inline constexpr uint16_t UserUnit = 5030;             ///< a PositionUnit, 0 to 2
-inline constexpr uint16_t PlacementCheck = 5040;       ///< not 0: on
-inline constexpr uint16_t PlacementFactor = 5041;      ///< largest factor on the integration time
-inline constexpr uint16_t DirtCheck = 5042;            ///< not 0: on
-inline constexpr uint16_t DirtCheckOffset = 5043;      ///< in y, tenths of a millimetre
-inline constexpr uint16_t DirtCheckLimit = 5044;       ///< largest colour difference
-inline constexpr uint16_t DirtCheckDifference = 5045;  ///< of the last check; stored only then
-inline constexpr uint16_t CheckRange = 5050;           ///< 0: targets are not checked
-inline constexpr uint16_t RecognitionAlgorithm = 5060; ///< 0 none, 1 by samples, 2 by samples and positions
+inline constexpr uint16_t MoveSpeed = 5010;             ///< mm/s
+inline constexpr uint16_t ScanSpeed = 5011;             ///< mm/s
+inline constexpr uint16_t ScanDelay = 5012;             ///< ms
+inline constexpr uint16_t IsVisorCoordinate = 5020;     ///< 1: positions are those of the visor
+inline constexpr uint16_t UserUnit = 5030;              ///< a PositionUnit, 0 to 2
+inline constexpr uint16_t PlacementCheck = 5040;        ///< not 0: on
+inline constexpr uint16_t PlacementFactor = 5041;       ///< largest factor on the integration time
+inline constexpr uint16_t DirtCheck = 5042;             ///< not 0: on
+inline constexpr uint16_t DirtCheckOffset = 5043;       ///< in y, tenths of a millimetre
+inline constexpr uint16_t DirtCheckLimit = 5044;        ///< largest colour difference
+inline constexpr uint16_t DirtCheckDifference = 5045;   ///< of the last check; stored only then
+inline constexpr uint16_t CheckRange = 5050;            ///< 0: targets are not checked
+inline constexpr uint16_t RecognitionAlgorithm = 5060;  ///< 0 none, 1 by samples, 2 by samples and positions
 
 // Not stored: the table is asked for them at each access.
 inline constexpr uint16_t FirstTableValue = 5201;

@@ -31,8 +31,9 @@ struct VersionKey {
     const char* answer;
 };
 constexpr std::array<VersionKey, 5> versionKeys = {{
-    {"J4TVersion", "Version " J4T_VERSION_TEXT(J4T_VERSION_MAJOR) "." J4T_VERSION_TEXT(J4T_VERSION_MINOR) "." J4T_VERSION_TEXT(
-                       J4T_VERSION_REVISION) "  Build " J4T_VERSION_TEXT(J4T_VERSION_BUILD)},
+    {"J4TVersion",
+     "Version " J4T_VERSION_TEXT(J4T_VERSION_MAJOR) "." J4T_VERSION_TEXT(J4T_VERSION_MINOR) "." J4T_VERSION_TEXT(
+         J4T_VERSION_REVISION) "  Build " J4T_VERSION_TEXT(J4T_VERSION_BUILD)},
     {"J4TMajorVersion", J4T_VERSION_TEXT(J4T_VERSION_MAJOR)},
     {"J4TMinorVersion", J4T_VERSION_TEXT(J4T_VERSION_MINOR)},
     {"J4TRevisionVersion", J4T_VERSION_TEXT(J4T_VERSION_REVISION)},
@@ -508,7 +509,8 @@ try {
     if (!table.IsNull()) {
         if (value == "no") {
             table->SetProperty(PropertyId::RecognitionAlgorithm, Property(Recognition::None));
-        } else if (value == "yes" && table->GetProperty(PropertyId::RecognitionAlgorithm).AsLong() == Recognition::None) {
+        } else if (value == "yes" &&
+                   table->GetProperty(PropertyId::RecognitionAlgorithm).AsLong() == Recognition::None) {
             table->SetProperty(PropertyId::RecognitionAlgorithm, Property(Recognition::ByPositions));
         }
     }

@@ -25,10 +25,7 @@ using Utilities::Tools::TruncateToInt32;
 namespace {
 
 /// The next multiple of ten above a sample count; a multiple is raised too.
-int32_t RaisedToTen(int32_t sampleCount)
-{
-    return Utilities::Tools::WrapAdd(sampleCount - sampleCount % 10, 10);
-}
+int32_t RaisedToTen(int32_t sampleCount) { return Utilities::Tools::WrapAdd(sampleCount - sampleCount % 10, 10); }
 
 }  // namespace
 

@@ -12,10 +12,7 @@ namespace J4Tool {
 
 namespace {
 
-std::string TemporaryName(const std::string& fileName)
-{
-    return fileName + ".tmp";
-}
+std::string TemporaryName(const std::string& fileName) { return fileName + ".tmp"; }
 
 [[noreturn]] void Fail(const std::string& fileName)
 {

@@ -15,10 +15,7 @@ std::string Formatted(std::time_t seconds, const char* format)
 
 }  // namespace
 
-std::string DateText(std::time_t seconds)
-{
-    return Formatted(seconds, "%Y-%m-%dT%H:%M:%SZ");
-}
+std::string DateText(std::time_t seconds) { return Formatted(seconds, "%Y-%m-%dT%H:%M:%SZ"); }
 
 std::string DateText(const std::string& seconds)
 {
@@ -29,9 +26,6 @@ std::string DateText(const std::string& seconds)
     return number > 0.0 ? DateText(static_cast<std::time_t>(number)) : "never";
 }
 
-std::string DateForFileName(std::time_t seconds)
-{
-    return Formatted(seconds, "%Y%m%d-%H%M%S");
-}
+std::string DateForFileName(std::time_t seconds) { return Formatted(seconds, "%Y%m%d-%H%M%S"); }
 
 }  // namespace J4Tool

@@ -29,9 +29,6 @@ Interrupt::~Interrupt()
     std::signal(SIGTERM, previousTermination);
 }
 
-bool Interrupt::Requested() const
-{
-    return requested != 0;
-}
+bool Interrupt::Requested() const { return requested != 0; }
 
 }  // namespace J4Tool

@@ -31,15 +31,9 @@ std::string Quoted(std::string_view text)
 
 }  // namespace
 
-std::string JsonObject::NumberText(float number)
-{
-    return std::isfinite(number) ? Cgats::NumberText(number) : "null";
-}
+std::string JsonObject::NumberText(float number) { return std::isfinite(number) ? Cgats::NumberText(number) : "null"; }
 
-std::string JsonObject::NumberText(double number)
-{
-    return std::isfinite(number) ? Cgats::NumberText(number) : "null";
-}
+std::string JsonObject::NumberText(double number) { return std::isfinite(number) ? Cgats::NumberText(number) : "null"; }
 
 JsonObject& JsonObject::AddRaw(const std::string& name, const std::string& value)
 {
@@ -47,20 +41,11 @@ JsonObject& JsonObject::AddRaw(const std::string& name, const std::string& value
     return *this;
 }
 
-JsonObject& JsonObject::Add(const std::string& name, std::string_view text)
-{
-    return AddRaw(name, Quoted(text));
-}
+JsonObject& JsonObject::Add(const std::string& name, std::string_view text) { return AddRaw(name, Quoted(text)); }
 
-JsonObject& JsonObject::Add(const std::string& name, double number)
-{
-    return AddRaw(name, NumberText(number));
-}
+JsonObject& JsonObject::Add(const std::string& name, double number) { return AddRaw(name, NumberText(number)); }
 
-JsonObject& JsonObject::Add(const std::string& name, const JsonObject& object)
-{
-    return AddRaw(name, object.Text());
-}
+JsonObject& JsonObject::Add(const std::string& name, const JsonObject& object) { return AddRaw(name, object.Text()); }
 
 JsonObject& JsonObject::Add(const std::string& name, const std::vector<std::string>& texts)
 {

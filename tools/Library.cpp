@@ -21,10 +21,7 @@ bool Exists(const path& file)
     return std::filesystem::exists(file, error);
 }
 
-bool IsVirtualVariant(const path& file)
-{
-    return Exists(file.parent_path() / Platform::LibraryFileName(BenchName));
-}
+bool IsVirtualVariant(const path& file) { return Exists(file.parent_path() / Platform::LibraryFileName(BenchName)); }
 
 LibraryLoader Load(bool isVirtual, const path& wanted)
 {

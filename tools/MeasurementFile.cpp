@@ -32,10 +32,7 @@ std::string Fixed(double value, int digits)
 constexpr int ColourDigits = 4;
 constexpr int PlaceDigits = 3;  // mm
 
-double Length(Point half)
-{
-    return 2.0 * std::hypot(half.x, half.y);
-}
+double Length(Point half) { return 2.0 * std::hypot(half.x, half.y); }
 
 void AddFields(CgatsTable& table, const ChartLayout& layout)
 {

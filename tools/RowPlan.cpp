@@ -10,10 +10,7 @@ namespace {
 
 using Pass = RowPlan::Pass;
 
-double Distance(Point from, Point to)
-{
-    return std::hypot(to.x - from.x, to.y - from.y);
-}
+double Distance(Point from, Point to) { return std::hypot(to.x - from.x, to.y - from.y); }
 
 /// A place beyond the edge of a patch; side is -1 before it and 1 behind it.
 Point Beyond(const ChartLayout::Patch& patch, double margin, double side)
@@ -23,10 +20,7 @@ Point Beyond(const ChartLayout::Patch& patch, double margin, double side)
     return {patch.centre.x + patch.half.x * factor, patch.centre.y + patch.half.y * factor};
 }
 
-Pass Reversed(const Pass& pass)
-{
-    return {pass.row, !pass.reversed, pass.end, pass.start};
-}
+Pass Reversed(const Pass& pass) { return {pass.row, !pass.reversed, pass.end, pass.start}; }
 
 /// Goes on with whatever row begins nearest, from a first pass on.
 std::vector<Pass> NearestNext(const std::vector<Pass>& forward, size_t first, bool reversedFirst, bool bothWays)

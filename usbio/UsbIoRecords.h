@@ -11,18 +11,18 @@ namespace UsbIo {
 
 /// Control codes of the driver. Input and output buffer of each are named behind it.
 enum ControlCode : DWORD {
-    ControlGetDescriptor = 0x80942006,           // DescriptorRequest; the descriptor
-    ControlSetConfiguration = 0x80942024,        // Configuration; none
-    ControlUnconfigureDevice = 0x80942028,       // none; none
-    ControlClassOrVendorInRequest = 0x80942032,  // ClassOrVendorRequest; the data
-    ControlClassOrVendorOutRequest = 0x80942035, // ClassOrVendorRequest; the data, in the output position too
-    ControlGetDeviceParameters = 0x8094203C,     // none; DeviceParameters
-    ControlSetDeviceParameters = 0x80942040,     // DeviceParameters; none
-    ControlResetDevice = 0x80942054,             // none; none
-    ControlGetDriverInfo = 0x8094206C,           // none; DriverInfo
-    ControlBind = 0x80942078,                    // endpoint address, 1 byte; none
-    ControlResetPipe = 0x80942080,               // none; none
-    ControlAbortPipe = 0x80942084,               // none; none
+    ControlGetDescriptor = 0x80942006,            // DescriptorRequest; the descriptor
+    ControlSetConfiguration = 0x80942024,         // Configuration; none
+    ControlUnconfigureDevice = 0x80942028,        // none; none
+    ControlClassOrVendorInRequest = 0x80942032,   // ClassOrVendorRequest; the data
+    ControlClassOrVendorOutRequest = 0x80942035,  // ClassOrVendorRequest; the data, in the output position too
+    ControlGetDeviceParameters = 0x8094203C,      // none; DeviceParameters
+    ControlSetDeviceParameters = 0x80942040,      // DeviceParameters; none
+    ControlResetDevice = 0x80942054,              // none; none
+    ControlGetDriverInfo = 0x8094206C,            // none; DriverInfo
+    ControlBind = 0x80942078,                     // endpoint address, 1 byte; none
+    ControlResetPipe = 0x80942080,                // none; none
+    ControlAbortPipe = 0x80942084,                // none; none
 };
 
 /// Statuses of the driver and its client; 0 is success, other values are system error codes.

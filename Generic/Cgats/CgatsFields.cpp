@@ -25,15 +25,9 @@ bool ParseNumber(const std::string& text, double& value)
     return failure == std::errc() && end == last && std::isfinite(value);
 }
 
-std::string NumberText(double value)
-{
-    return ShortestText(value);
-}
+std::string NumberText(double value) { return ShortestText(value); }
 
-std::string NumberText(float value)
-{
-    return ShortestText(value);
-}
+std::string NumberText(float value) { return ShortestText(value); }
 
 int WavelengthOf(const std::string& field)
 {

@@ -48,10 +48,7 @@ bool IsStandard(const std::string& keyword)
     return std::find(StandardKeywords.begin(), StandardKeywords.end(), keyword) != StandardKeywords.end();
 }
 
-bool IsCount(const std::string& keyword)
-{
-    return keyword == "NUMBER_OF_FIELDS" || keyword == "NUMBER_OF_SETS";
-}
+bool IsCount(const std::string& keyword) { return keyword == "NUMBER_OF_FIELDS" || keyword == "NUMBER_OF_SETS"; }
 
 /// Splits a line into words. False when a quoted text has no end.
 bool SplitLine(const std::string& line, std::vector<std::string>& words)
@@ -140,12 +137,12 @@ private:
     bool TakeLine()
     {
         switch (section) {
-            case Section::Format:
-                return TakeFormat();
-            case Section::Data:
-                return TakeData();
-            default:
-                return TakeHead();
+        case Section::Format:
+            return TakeFormat();
+        case Section::Data:
+            return TakeData();
+        default:
+            return TakeHead();
         }
     }
 
@@ -208,14 +205,14 @@ private:
     bool CheckEnd()
     {
         switch (section) {
-            case Section::Format:
-                return Fail(number, "END_DATA_FORMAT is missing");
-            case Section::BetweenFormatAndData:
-                return Fail(number, "BEGIN_DATA is missing");
-            case Section::Data:
-                return Fail(number, "END_DATA is missing");
-            case Section::Head:
-                break;
+        case Section::Format:
+            return Fail(number, "END_DATA_FORMAT is missing");
+        case Section::BetweenFormatAndData:
+            return Fail(number, "BEGIN_DATA is missing");
+        case Section::Data:
+            return Fail(number, "END_DATA is missing");
+        case Section::Head:
+            break;
         }
         return !(tables.empty() || begun) || Fail(number, "BEGIN_DATA_FORMAT is missing");
     }

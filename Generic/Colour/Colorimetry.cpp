@@ -32,10 +32,7 @@ double LabFunction(double ratio)
     return ratio > delta * delta * delta ? std::cbrt(ratio) : ratio / (3.0 * delta * delta) + 4.0 / 29.0;
 }
 
-constexpr double Radians(double degrees)
-{
-    return degrees * std::numbers::pi / 180.0;
-}
+constexpr double Radians(double degrees) { return degrees * std::numbers::pi / 180.0; }
 
 /// Hue angle in degrees, 0 up to 360; 0 for a grey.
 double HueDegrees(double a, double b)
@@ -47,10 +44,7 @@ double HueDegrees(double a, double b)
     return hue < 0.0 ? hue + 360.0 : hue;
 }
 
-double Seventh(double value)
-{
-    return std::pow(value, 7.0);
-}
+double Seventh(double value) { return std::pow(value, 7.0); }
 
 /// Of a chroma: near 1 for vivid colours, near 0 for greys.
 double Saturation(double chroma)
@@ -61,10 +55,7 @@ double Saturation(double chroma)
 
 }  // namespace
 
-Triple TristimulusValues(const Spectrum& reflectance)
-{
-    return WeightedSums(reflectance);
-}
+Triple TristimulusValues(const Spectrum& reflectance) { return WeightedSums(reflectance); }
 
 const Triple& White()
 {
@@ -84,10 +75,7 @@ Triple LabOfTristimulus(const Triple& values)
     return {116.0 * y - 16.0, 500.0 * (x - y), 200.0 * (y - z)};
 }
 
-Triple Lab(const Spectrum& reflectance)
-{
-    return LabOfTristimulus(TristimulusValues(reflectance));
-}
+Triple Lab(const Spectrum& reflectance) { return LabOfTristimulus(TristimulusValues(reflectance)); }
 
 Triple LCh(const Spectrum& reflectance)
 {

@@ -72,7 +72,8 @@ try {
     case TypeLong:
     case TypeLongVector:
         for (std::size_t i = 0; i < longs.size(); ++i) {
-            EndianConversion::LongToByteArray(static_cast<uint32_t>(longs[i]), bytes.data() + ElementSize * i, bigEndian);
+            EndianConversion::LongToByteArray(static_cast<uint32_t>(longs[i]), bytes.data() + ElementSize * i,
+                                              bigEndian);
         }
         break;
     case TypeFloat:

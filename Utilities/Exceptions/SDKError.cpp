@@ -9,22 +9,16 @@ SDKError::SDKError() : SDKError(0, "no error", std::string()) {}
 
 SDKError::SDKError(int32_t code, const std::string& message, const std::string& firstTraceEntry)
     : TraceableExceptionAdapter(firstTraceEntry), RuntimeException(message, firstTraceEntry), code(code)
-{
-}
+{}
 
 SDKError::SDKError(const std::string& context, int32_t code, const std::string& message,
                    const std::string& firstTraceEntry)
     : SDKError(code, context + " failed: " + message, firstTraceEntry)
-{
-}
+{}
 
 SDKError::SDKError(int32_t code, const RuntimeException& caught)
-    : TraceableExceptionAdapter(caught),
-      RuntimeException(caught),
-      code(code),
-      exceptionType(typeid(caught).name())
-{
-}
+    : TraceableExceptionAdapter(caught), RuntimeException(caught), code(code), exceptionType(typeid(caught).name())
+{}
 
 std::string SDKError::GetExtendedInformation() const
 {

@@ -30,8 +30,7 @@ public:
     SDKError();
     SDKError(int32_t code, const std::string& message, const std::string& firstTraceEntry);
     /// The message becomes context, " failed: ", message.
-    SDKError(const std::string& context, int32_t code, const std::string& message,
-             const std::string& firstTraceEntry);
+    SDKError(const std::string& context, int32_t code, const std::string& message, const std::string& firstTraceEntry);
     /// Gives a caught exception a status and keeps its message, trace, cause and type name.
     SDKError(int32_t code, const RuntimeException& caught);
     SDKError(const SDKError&) = default;

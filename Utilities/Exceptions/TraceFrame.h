@@ -26,8 +26,5 @@ std::string TraceEntryHere(const char* prettyFunction, const char* file, int lin
 #define J4T_TRACE_HERE ::Kestrelon::Utilities::Exceptions::TraceEntryHere(__PRETTY_FUNCTION__, __FILE__, __LINE__)
 
 /// Closes a function-try-block. Nothing is done for it unless something is thrown.
-#define J4T_TRACE_FRAME                                                 \
-    catch (...)                                                         \
-    {                                                                   \
-        ::Kestrelon::Utilities::Exceptions::RethrowTraced(J4T_TRACE_HERE); \
-    }
+#define J4T_TRACE_FRAME \
+    catch (...) { ::Kestrelon::Utilities::Exceptions::RethrowTraced(J4T_TRACE_HERE); }

@@ -6,8 +6,7 @@ bool TraceableException::traceInWhat = false;
 
 Cause::Cause(const std::type_info& type, const std::list<std::string>& trace, const std::string& message)
     : type(&type), trace(trace), message(message)
-{
-}
+{}
 
 std::string TraceableException::TraceText() const
 {

@@ -106,8 +106,7 @@ public:
 protected:
     ExceptionAdapter(const std::string& message, const std::string& firstTraceEntry)
         : TraceableExceptionAdapter(firstTraceEntry), StdExceptionAdapter<E>(message)
-    {
-    }
+    {}
     ExceptionAdapter(const ExceptionAdapter&) = default;
     ExceptionAdapter& operator=(const ExceptionAdapter&) = default;
 
@@ -120,10 +119,9 @@ private:
 /// Declares the constructor of a class of the family. The trace adapter is a virtual base, so that each
 /// most derived class has to construct it; the first entry stays empty where the throwing method has a
 /// trace frame, which adds the method's line itself.
-#define J4T_EXCEPTION_CONSTRUCTOR(Name, Base)                                                                     \
-public:                                                                                                           \
-    explicit Name(const std::string& message, const std::string& firstTraceEntry = std::string())                \
-        : ::Kestrelon::Utilities::Exceptions::TraceableExceptionAdapter(firstTraceEntry),                         \
-          Base(message, firstTraceEntry)                                                                          \
-    {                                                                                                             \
-    }
+#define J4T_EXCEPTION_CONSTRUCTOR(Name, Base)                                                     \
+public:                                                                                           \
+    explicit Name(const std::string& message, const std::string& firstTraceEntry = std::string()) \
+        : ::Kestrelon::Utilities::Exceptions::TraceableExceptionAdapter(firstTraceEntry),         \
+          Base(message, firstTraceEntry)                                                          \
+    {}

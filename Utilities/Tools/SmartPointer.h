@@ -85,10 +85,7 @@ private:
     }
 
     /// Empties the members first, so that code run by the object's destructor sees a null pointer.
-    void Release()
-    {
-        LowerCount(std::exchange(count, nullptr), std::exchange(object, nullptr));
-    }
+    void Release() { LowerCount(std::exchange(count, nullptr), std::exchange(object, nullptr)); }
 
     /// Not inlined: where several copies end in one function, GCC 12 takes the counts for freed twice.
     [[gnu::noinline]] static void LowerCount(uint16_t* count, T* object)

@@ -137,12 +137,12 @@ typedef void (*J4_DeviceMessageHandler)(int32_t message, const char* text);
  * The layout is fixed: 32 bytes, offsets 0, 8, 12, 20, 24.
  */
 typedef struct J4PrivateTableRequest {
-    char* data;         /**< 1001: the bytes to write. 1002: set to the bytes read, valid until the next read */
-    int32_t length;     /**< number of bytes at data; for 1002 first the number of bytes wanted */
-    uint32_t timeout;   /**< 1002: time-out in milliseconds, at most 60000 */
-    uint32_t unused;    /**< not used */
-    char failed;        /**< set to 0 after success, to 1 after a failure */
-    char* errorText;    /**< set to a static text of at most 511 characters: what failed, or empty */
+    char* data;       /**< 1001: the bytes to write. 1002: set to the bytes read, valid until the next read */
+    int32_t length;   /**< number of bytes at data; for 1002 first the number of bytes wanted */
+    uint32_t timeout; /**< 1002: time-out in milliseconds, at most 60000 */
+    uint32_t unused;  /**< not used */
+    char failed;      /**< set to 0 after success, to 1 after a failure */
+    char* errorText;  /**< set to a static text of at most 511 characters: what failed, or empty */
 } J4PrivateTableRequest;
 
 /**

@@ -13,23 +13,27 @@ constexpr size_t FirstUsbSerial = 640001;
 
 }  // namespace
 
-Bench& Bench::Instance() {
+Bench& Bench::Instance()
+{
     static Bench* const bench = new Bench;
     return *bench;
 }
 
-Bench::Bench() {
+Bench::Bench()
+{
     SetTableCount(1);
     instruments = std::make_unique<InstrumentRack>(*this);
 }
 
 Bench::~Bench() = default;
 
-std::shared_ptr<TableUnit> Bench::TableAt(size_t index) const {
+std::shared_ptr<TableUnit> Bench::TableAt(size_t index) const
+{
     return index < tables.size() ? tables[index] : nullptr;
 }
 
-bool Bench::SetTableCount(size_t count) {
+bool Bench::SetTableCount(size_t count)
+{
     if (count > MaximumTables) {
         return false;
     }
@@ -41,7 +45,8 @@ bool Bench::SetTableCount(size_t count) {
     return true;
 }
 
-Carriage* Bench::CarriageOf(const std::string& instrumentSerial) {
+Carriage* Bench::CarriageOf(const std::string& instrumentSerial)
+{
     for (const auto& table : tables) {
         if (!instrumentSerial.empty() && table->seatedInstrument == instrumentSerial) {
             return &table->Controller();
@@ -50,7 +55,8 @@ Carriage* Bench::CarriageOf(const std::string& instrumentSerial) {
     return nullptr;
 }
 
-bool Bench::SeatInstrument(size_t tableIndex, const std::string& serial) {
+bool Bench::SeatInstrument(size_t tableIndex, const std::string& serial)
+{
     if (tableIndex >= tables.size()) {
         return false;
     }
@@ -63,11 +69,13 @@ bool Bench::SeatInstrument(size_t tableIndex, const std::string& serial) {
     return true;
 }
 
-std::string Bench::SeatedInstrument(size_t tableIndex) const {
+std::string Bench::SeatedInstrument(size_t tableIndex) const
+{
     return tableIndex < tables.size() ? tables[tableIndex]->seatedInstrument : std::string();
 }
 
-void Bench::Reset() {
+void Bench::Reset()
+{
     faults = Faults();
     journal = Journal();
     clock.SetTimeScale(0.0);

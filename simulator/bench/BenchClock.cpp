@@ -5,7 +5,8 @@
 
 namespace J4Bench {
 
-void BenchClock::Advance(int64_t microseconds) {
+void BenchClock::Advance(int64_t microseconds)
+{
     if (microseconds <= 0) {
         return;
     }
@@ -15,8 +16,6 @@ void BenchClock::Advance(int64_t microseconds) {
     }
 }
 
-void BenchClock::AdvanceTo(int64_t moment) {
-    Advance(moment - now);
-}
+void BenchClock::AdvanceTo(int64_t moment) { Advance(moment - now); }
 
 }  // namespace J4Bench

@@ -88,8 +88,8 @@ bool ParsePaper(const CgatsTable::Keyword& keyword, Spectrum& paper, CgatsFile::
     return true;
 }
 
-bool ParsePatch(const CgatsTable& table, const CgatsTable::Row& row, const Columns& columns, bool atCorner, Patch& patch,
-                CgatsFile::Error& error)
+bool ParsePatch(const CgatsTable& table, const CgatsTable::Row& row, const Columns& columns, bool atCorner,
+                Patch& patch, CgatsFile::Error& error)
 {
     const auto number = [&](int column, double low, double high, const char* range, double& value) {
         const std::string& text = row.values[static_cast<size_t>(column)];
@@ -128,10 +128,7 @@ bool ParsePatch(const CgatsTable& table, const CgatsTable::Row& row, const Colum
 
 }  // namespace
 
-Chart::Chart()
-{
-    paper.fill(DefaultPaper);
-}
+Chart::Chart() { paper.fill(DefaultPaper); }
 
 bool Chart::Load(const std::string& fileName, CgatsFile::Error& error)
 {

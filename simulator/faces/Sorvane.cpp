@@ -8,84 +8,42 @@
 
 namespace {
 
-J4Bench::InstrumentRack& Rack()
-{
-    return J4Bench::Bench::Instance().Instruments();
-}
+J4Bench::InstrumentRack& Rack() { return J4Bench::Bench::Instance().Instruments(); }
 
 }  // namespace
 
 extern "C" {
 
-J4_Result J4_IsConnected(void)
-{
-    return Rack().IsConnected();
-}
+J4_Result J4_IsConnected(void) { return Rack().IsConnected(); }
 
-int32_t J4_KeyPressed(void)
-{
-    return Rack().KeyPressed();
-}
+int32_t J4_KeyPressed(void) { return Rack().KeyPressed(); }
 
-int32_t J4_GetNumberOfAvailableSamples(void)
-{
-    return Rack().GetNumberOfAvailableSamples();
-}
+int32_t J4_GetNumberOfAvailableSamples(void) { return Rack().GetNumberOfAvailableSamples(); }
 
-J4_Result J4_Calibrate(void)
-{
-    return Rack().Calibrate();
-}
+J4_Result J4_Calibrate(void) { return Rack().Calibrate(); }
 
-J4_Result J4_TriggerMeasurement(void)
-{
-    return Rack().TriggerMeasurement();
-}
+J4_Result J4_TriggerMeasurement(void) { return Rack().TriggerMeasurement(); }
 
-J4_Result J4_TriggerCountedScan(uint32_t count)
-{
-    return Rack().TriggerCountedScan(count);
-}
+J4_Result J4_TriggerCountedScan(uint32_t count) { return Rack().TriggerCountedScan(count); }
 
-J4_Result J4_GetSpectrum(float* spectrum, uint32_t index)
-{
-    return Rack().GetSpectrum(spectrum, index);
-}
+J4_Result J4_GetSpectrum(float* spectrum, uint32_t index) { return Rack().GetSpectrum(spectrum, index); }
 
-J4_Result J4_GetTriStimulus(float* tristimulus, uint32_t index)
-{
-    return Rack().GetTriStimulus(tristimulus, index);
-}
+J4_Result J4_GetTriStimulus(float* tristimulus, uint32_t index) { return Rack().GetTriStimulus(tristimulus, index); }
 
 J4_Result J4_GetDensities(float* densities, int32_t* densityIndex, uint32_t index)
 {
     return Rack().GetDensities(densities, densityIndex, index);
 }
 
-J4_Result J4_GetDensity(float* density, uint32_t index)
-{
-    return Rack().GetDensity(density, index);
-}
+J4_Result J4_GetDensity(float* density, uint32_t index) { return Rack().GetDensity(density, index); }
 
-J4_Result J4_SetSubstrate(float* substrateSpectrum)
-{
-    return Rack().SetSubstrate(substrateSpectrum);
-}
+J4_Result J4_SetSubstrate(float* substrateSpectrum) { return Rack().SetSubstrate(substrateSpectrum); }
 
-J4_Result J4_SetOption(const char* key, const char* value)
-{
-    return Rack().SetOption(key, value);
-}
+J4_Result J4_SetOption(const char* key, const char* value) { return Rack().SetOption(key, value); }
 
-const char* J4_GetOption(const char* key)
-{
-    return Rack().GetOption(key);
-}
+const char* J4_GetOption(const char* key) { return Rack().GetOption(key); }
 
-J4_ErrorHandler J4_RegisterErrorHandler(J4_ErrorHandler handler)
-{
-    return Rack().RegisterErrorHandler(handler);
-}
+J4_ErrorHandler J4_RegisterErrorHandler(J4_ErrorHandler handler) { return Rack().RegisterErrorHandler(handler); }
 
 J4_DeviceMessageHandler J4_RegisterDeviceMessageHandler(J4_DeviceMessageHandler handler)
 {

@@ -6,12 +6,8 @@
 
 namespace Kestrelon::Utilities::Tools::Clock {
 
-uint32_t GetTickCount() {
-    return static_cast<uint32_t>(J4Bench::Bench::Instance().Clock().Now() / 1000);
-}
+uint32_t GetTickCount() { return static_cast<uint32_t>(J4Bench::Bench::Instance().Clock().Now() / 1000); }
 
-void Sleep(uint32_t milliseconds) {
-    J4Bench::Bench::Instance().Clock().Advance(int64_t{1000} * milliseconds);
-}
+void Sleep(uint32_t milliseconds) { J4Bench::Bench::Instance().Clock().Advance(int64_t{1000} * milliseconds); }
 
 }  // namespace Kestrelon::Utilities::Tools::Clock

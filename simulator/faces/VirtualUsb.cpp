@@ -16,11 +16,13 @@ constexpr const char* Stalled = "Error code 0xE0000004: HC Error: stall PID.";
 constexpr const char* Removed = "Error code 0xE000100A: Device is removed.";
 constexpr const char* NotOpen = "Error code 0xE0001102: Device not open.";
 
-[[noreturn]] void ThrowUsbError(const char* label, const char* status) {
+[[noreturn]] void ThrowUsbError(const char* label, const char* status)
+{
     throw CommunicationException(std::string("Error in UsbIo function: \"") + label + "\" Error: " + status);
 }
 
-void ThrowIfUsbError(Bridge::Status status, const char* label) {
+void ThrowIfUsbError(Bridge::Status status, const char* label)
+{
     if (status != Bridge::Status::Done) {
         ThrowUsbError(label, status == Bridge::Status::Removed ? Removed : Stalled);
     }
@@ -28,7 +30,8 @@ void ThrowIfUsbError(Bridge::Status status, const char* label) {
 
 }  // namespace
 
-std::shared_ptr<TableUnit> VirtualUsb::Table(const char* label) const {
+std::shared_ptr<TableUnit> VirtualUsb::Table(const char* label) const
+{
     if (!isOpen) {
         ThrowUsbError(label, NotOpen);
     }
@@ -112,7 +115,8 @@ J4T_TRACE_FRAME
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
-Utilities::Tools::SmartPointer<Usb> CreateUsb(uint32_t, uint32_t) {
+Utilities::Tools::SmartPointer<Usb> CreateUsb(uint32_t, uint32_t)
+{
     return Utilities::Tools::SmartPointer<Usb>(new J4Bench::VirtualUsb);
 }
 

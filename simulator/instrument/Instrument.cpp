@@ -82,10 +82,7 @@ Spectrum Instrument::NextSample(Optics& optics, BenchClock& clock)
     return Reflectance(optics.Light(serial, whiteReference, begin, clock.Now()));
 }
 
-void Instrument::Forget()
-{
-    states = {};
-}
+void Instrument::Forget() { states = {}; }
 
 Outcome Instrument::NotCalibrated() const
 {

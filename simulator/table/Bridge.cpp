@@ -13,17 +13,18 @@ enum ResetValue : uint16_t { ResetAll = 0, PurgeReceived = 1, PurgeSent = 2 };
 
 constexpr double BaseBaud = 3000000.0;
 constexpr double TableBaud = 57600.0;
-constexpr double BaudTolerance = 0.03;          // what a UART that samples the middle of each bit can bear
+constexpr double BaudTolerance = 0.03;  // what a UART that samples the middle of each bit can bear
 constexpr uint16_t EightBitsNoParityOneStop = 8;
-constexpr int64_t BitsPerCharacter = 10;        // start bit, eight data bits, stop bit
-constexpr uint8_t FirstStatus = 0x01;           // bit 0 is always set, the modem lines are not connected
-constexpr uint8_t SecondStatus = 0x60;          // the transmitter is empty
-constexpr uint8_t Garble = 0x55;                // what a line at the wrong speed makes of a character
-constexpr int64_t Nano = 1000;                  // nanoseconds per microsecond
+constexpr int64_t BitsPerCharacter = 10;  // start bit, eight data bits, stop bit
+constexpr uint8_t FirstStatus = 0x01;     // bit 0 is always set, the modem lines are not connected
+constexpr uint8_t SecondStatus = 0x60;    // the transmitter is empty
+constexpr uint8_t Garble = 0x55;          // what a line at the wrong speed makes of a character
+constexpr int64_t Nano = 1000;            // nanoseconds per microsecond
 constexpr size_t PayloadSize = Bridge::PacketSize - Bridge::StatusSize;
 
 /// Adds a character to a line; a complete line goes into the journal.
-void Collect(std::string& text, char character, const char* direction, Journal& journal) {
+void Collect(std::string& text, char character, const char* direction, Journal& journal)
+{
     if (character != '\r') {
         text += character;
     } else {
@@ -34,9 +35,11 @@ void Collect(std::string& text, char character, const char* direction, Journal& 
 }  // namespace
 
 Bridge::Bridge(BenchClock& clock, Journal& journal, Faults& faults, TableController& controller)
-    : clock(clock), journal(journal), faults(faults), controller(controller) {}
+    : clock(clock), journal(journal), faults(faults), controller(controller)
+{}
 
-Bridge::Status Bridge::Probe() {
+Bridge::Status Bridge::Probe()
+{
     if (faults.unplugAfterTransfers == 0) {
         faults.tableUnplugged = true;
     }
@@ -46,21 +49,21 @@ Bridge::Status Bridge::Probe() {
     return faults.tableUnplugged ? Status::Removed : Status::Done;
 }
 
-int64_t Bridge::CharacterTime() const {
-    return std::llround(1e9 * BitsPerCharacter * divisor / BaseBaud);
+int64_t Bridge::CharacterTime() const { return std::llround(1e9 * BitsPerCharacter * divisor / BaseBaud); }
+
+bool Bridge::MatchesTable() const
+{
+    return lineFormat == EightBitsNoParityOneStop && std::fabs(BaseBaud / divisor / TableBaud - 1.0) < BaudTolerance;
 }
 
-bool Bridge::MatchesTable() const {
-    return lineFormat == EightBitsNoParityOneStop &&
-           std::fabs(BaseBaud / divisor / TableBaud - 1.0) < BaudTolerance;
-}
-
-void Bridge::Queue(std::deque<TimedByte>& line, int64_t& lineFree, int64_t moment, uint8_t value) {
+void Bridge::Queue(std::deque<TimedByte>& line, int64_t& lineFree, int64_t moment, uint8_t value)
+{
     lineFree = std::max(lineFree, moment) + CharacterTime();
     line.push_back(TimedByte{lineFree, MatchesTable() ? value : static_cast<uint8_t>(value ^ Garble)});
 }
 
-void Bridge::RunTo(int64_t moment) {
+void Bridge::RunTo(int64_t moment)
+{
     while (!toTable.empty() && toTable.front().moment <= moment * Nano) {
         const TimedByte byte = toTable.front();
         toTable.pop_front();
@@ -74,42 +77,44 @@ void Bridge::RunTo(int64_t moment) {
     }
 }
 
-Bridge::Status Bridge::Control(uint8_t request, uint16_t value) {
+Bridge::Status Bridge::Control(uint8_t request, uint16_t value)
+{
     if (const Status status = Probe(); status != Status::Done) {
         return status;
     }
     journal.Add("usb control " + std::to_string(request) + " " + std::to_string(value));
     RunTo(clock.Now());
     switch (request) {
-        case Reset:
-            if (value > PurgeSent) {
-                return Status::Stalled;
-            }
-            if (value != PurgeSent) {
-                std::erase_if(fromTable, [this](const TimedByte& byte) { return byte.moment <= clock.Now() * Nano; });
-                receivedLine.clear();
-            }
-            if (value != PurgeReceived) {
-                toTable.clear();
-                toTableFree = 0;
-                sentLine.clear();
-            }
-            return Status::Done;
-        case ModemControl:
-        case FlowControl:
-            return Status::Done;
-        case BaudRate:
-            divisor = std::max<uint32_t>(value, 1);
-            return Status::Done;
-        case LineFormat:
-            lineFormat = value;
-            return Status::Done;
-        default:
+    case Reset:
+        if (value > PurgeSent) {
             return Status::Stalled;
+        }
+        if (value != PurgeSent) {
+            std::erase_if(fromTable, [this](const TimedByte& byte) { return byte.moment <= clock.Now() * Nano; });
+            receivedLine.clear();
+        }
+        if (value != PurgeReceived) {
+            toTable.clear();
+            toTableFree = 0;
+            sentLine.clear();
+        }
+        return Status::Done;
+    case ModemControl:
+    case FlowControl:
+        return Status::Done;
+    case BaudRate:
+        divisor = std::max<uint32_t>(value, 1);
+        return Status::Done;
+    case LineFormat:
+        lineFormat = value;
+        return Status::Done;
+    default:
+        return Status::Stalled;
     }
 }
 
-Bridge::Status Bridge::Write(std::string_view data) {
+Bridge::Status Bridge::Write(std::string_view data)
+{
     if (const Status status = Probe(); status != Status::Done) {
         return status;
     }
@@ -120,7 +125,8 @@ Bridge::Status Bridge::Write(std::string_view data) {
     return Status::Done;
 }
 
-Bridge::Status Bridge::Read(uint8_t* buffer, size_t& length) {
+Bridge::Status Bridge::Read(uint8_t* buffer, size_t& length)
+{
     const size_t room = std::exchange(length, 0);
     if (const Status status = Probe(); status != Status::Done) {
         return status;

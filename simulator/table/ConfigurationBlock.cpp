@@ -28,24 +28,27 @@ struct MachineWord {
 };
 
 constexpr MachineWord MachineWords[] = {
-    {3, &Machine::armLength}, {4, &Machine::sensorReach}, {5, &Machine::visorSide}, {6, &Machine::visorBack},
-    {7, &Machine::tileX},     {8, &Machine::tileY},       {11, &Machine::xMax},     {12, &Machine::xMin},
+    {3, &Machine::armLength}, {4, &Machine::sensorReach}, {5, &Machine::visorSide},     {6, &Machine::visorBack},
+    {7, &Machine::tileX},     {8, &Machine::tileY},       {11, &Machine::xMax},         {12, &Machine::xMin},
     {13, &Machine::yMax},     {14, &Machine::yMin},       {15, &Machine::maximumSpeed},
 };
 
-uint32_t WordAt(std::span<const uint8_t> bytes, size_t offset) {
+uint32_t WordAt(std::span<const uint8_t> bytes, size_t offset)
+{
     return bytes[offset] | bytes[offset + 1] << 8 | bytes[offset + 2] << 16 |
            static_cast<uint32_t>(bytes[offset + 3]) << 24;
 }
 
-void Append(std::vector<uint8_t>& bytes, uint32_t word) {
+void Append(std::vector<uint8_t>& bytes, uint32_t word)
+{
     for (int shift = 0; shift < 32; shift += 8) {
         bytes.push_back(static_cast<uint8_t>(word >> shift));
     }
 }
 
 /// The number that makes the sum of all bytes and itself 0.
-uint32_t Checksum(std::span<const uint8_t> bytes) {
+uint32_t Checksum(std::span<const uint8_t> bytes)
+{
     uint32_t sum = 0;
     for (const uint8_t byte : bytes) {
         sum -= byte;
@@ -55,7 +58,8 @@ uint32_t Checksum(std::span<const uint8_t> bytes) {
 
 }  // namespace
 
-const Spectrum& ConfigurationBlock::FactoryWhiteBase() {
+const Spectrum& ConfigurationBlock::FactoryWhiteBase()
+{
     // A white ceramic: absorbing a little towards the violet, flat from the green on.
     static const Spectrum white = [] {
         Spectrum values{};
@@ -68,7 +72,8 @@ const Spectrum& ConfigurationBlock::FactoryWhiteBase() {
     return white;
 }
 
-std::vector<uint8_t> ConfigurationBlock::Factory() {
+std::vector<uint8_t> ConfigurationBlock::Factory()
+{
     std::array<uint32_t, WordCount - 1> words;
     words.fill(Unused);
     words[Size] = WordCount * 4;
@@ -92,7 +97,8 @@ std::vector<uint8_t> ConfigurationBlock::Factory() {
     return block;
 }
 
-ConfigurationBlock::ConfigurationBlock(std::span<const uint8_t> memory) {
+ConfigurationBlock::ConfigurationBlock(std::span<const uint8_t> memory)
+{
     const uint32_t size = memory.size() < SmallestSize ? 0 : WordAt(memory, 0);
     if (size < SmallestSize || size > LargestSize || size > memory.size()) {
         return;

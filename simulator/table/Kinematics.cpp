@@ -18,13 +18,14 @@ Kinematics::Kinematics(double armLength, double sensorReach, double visorBack, d
     : armLength(armLength),
       sensorReach(sensorReach),
       visorReach(std::hypot(sensorReach - visorBack, visorSide)),
-      visorAngle(std::atan(visorSide / (sensorReach - visorBack))) {}
+      visorAngle(std::atan(visorSide / (sensorReach - visorBack)))
+{}
 
-std::optional<Point> Kinematics::Convert(Point known, double knownReach, double wantedReach, double angle) const {
+std::optional<Point> Kinematics::Convert(Point known, double knownReach, double wantedReach, double angle) const
+{
     // Law of cosines at the elbow. Of the arm's two poses only the one with a positive elbow angle exists.
     const double squared = known.x * known.x + known.y * known.y;
-    const double cosine =
-        (squared - armLength * armLength - knownReach * knownReach) / (2.0 * armLength * knownReach);
+    const double cosine = (squared - armLength * armLength - knownReach * knownReach) / (2.0 * armLength * knownReach);
     const double knownElbow = std::acos(cosine);
     if (std::isnan(knownElbow)) {
         return std::nullopt;

@@ -16,12 +16,14 @@ public:
     Kinematics(double armLength, double sensorReach, double visorBack, double visorSide);
 
     /// Where the sensor is while the visor is here; nothing when the arm can't bring the visor here.
-    std::optional<Point> VisorToSensor(Point visor) const {
+    std::optional<Point> VisorToSensor(Point visor) const
+    {
         return Convert(visor, visorReach, sensorReach, visorAngle);
     }
 
     /// Where the visor is while the sensor is here; nothing when the arm can't bring the sensor here.
-    std::optional<Point> SensorToVisor(Point sensor) const {
+    std::optional<Point> SensorToVisor(Point sensor) const
+    {
         return Convert(sensor, sensorReach, visorReach, -visorAngle);
     }
 

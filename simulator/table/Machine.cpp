@@ -4,15 +4,12 @@
 
 namespace J4Bench {
 
-Kinematics Machine::Arm() const {
-    return Kinematics(armLength, sensorReach, visorBack, visorSide);
-}
+Kinematics Machine::Arm() const { return Kinematics(armLength, sensorReach, visorBack, visorSide); }
 
-Point Machine::Tile() const {
-    return Point{static_cast<double>(tileX), static_cast<double>(tileY)};
-}
+Point Machine::Tile() const { return Point{static_cast<double>(tileX), static_cast<double>(tileY)}; }
 
-std::optional<Point> Machine::SensorAt(Point target, bool isVisor) const {
+std::optional<Point> Machine::SensorAt(Point target, bool isVisor) const
+{
     const std::optional<Point> other = isVisor ? Arm().VisorToSensor(target) : Arm().SensorToVisor(target);
     if (!other) {
         return std::nullopt;

@@ -5,7 +5,8 @@
 
 namespace J4Bench {
 
-MotionProfile::MotionProfile(double distance, double speed, double acceleration) : distance(distance) {
+MotionProfile::MotionProfile(double distance, double speed, double acceleration) : distance(distance)
+{
     if (distance <= 0.0) {
         return;
     }
@@ -16,7 +17,8 @@ MotionProfile::MotionProfile(double distance, double speed, double acceleration)
     decelerationStart = distance / plateauSpeed;
 }
 
-double MotionProfile::DistanceAt(double seconds) const {
+double MotionProfile::DistanceAt(double seconds) const
+{
     if (seconds <= 0.0) {
         return 0.0;
     }

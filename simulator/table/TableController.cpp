@@ -44,7 +44,8 @@ constexpr int AnyLength = -1;
 
 /// Cuts data into hexadecimal fields of these widths; nothing when it doesn't fit exactly.
 template <size_t Count>
-std::optional<std::array<uint32_t, Count>> Fields(std::string_view data, const size_t (&widths)[Count]) {
+std::optional<std::array<uint32_t, Count>> Fields(std::string_view data, const size_t (&widths)[Count])
+{
     std::array<uint32_t, Count> values{};
     for (size_t i = 0; i < Count; ++i) {
         const std::optional<uint32_t> value = FromHex(data.substr(0, widths[i]));
@@ -59,7 +60,8 @@ std::optional<std::array<uint32_t, Count>> Fields(std::string_view data, const s
 
 /// A coordinate of a target, at the front of data: four digits, or eight when it is negative and the host's
 /// field has grown. Takes it away from data.
-double TakeCoordinate(std::string_view& data, bool mayBeLong) {
+double TakeCoordinate(std::string_view& data, bool mayBeLong)
+{
     const bool isLong = mayBeLong && data.starts_with("ffff");
     const uint32_t value = FromHex(data.substr(0, isLong ? 8 : 4)).value_or(0);
     data.remove_prefix(isLong ? 8 : 4);
@@ -67,21 +69,24 @@ double TakeCoordinate(std::string_view& data, bool mayBeLong) {
 }
 
 /// Bytes behind the size character of the flash commands, 0 for a character without a size.
-uint32_t BlockSize(uint32_t sizeCode) {
+uint32_t BlockSize(uint32_t sizeCode)
+{
     constexpr uint32_t sizes[] = {0, 128, 256, 512, 1024, 0, 4096};
     return sizeCode < std::size(sizes) ? sizes[sizeCode] : 0;
 }
 
 /// Status of an operation that writes the flash. The controller can't do it while it drives the motors.
 template <class Operation>
-FlashStatus Guarded(bool isComplete, const TableMotors& motors, Operation operation) {
+FlashStatus Guarded(bool isComplete, const TableMotors& motors, Operation operation)
+{
     if (!isComplete) {
         return FlashStatus::CommandLength;
     }
     return motors.IsRunning() ? FlashStatus::Busy : operation();
 }
 
-std::string HexText(std::span<const uint8_t> bytes) {
+std::string HexText(std::span<const uint8_t> bytes)
+{
     std::string text;
     text.reserve(bytes.size() * 2);
     for (const uint8_t byte : bytes) {
@@ -130,12 +135,13 @@ const TableController::Command TableController::Commands[] = {
     {'u', "B", AnyLength, 0, &TableController::LockFlash},
 };
 
-TableController::TableController(BenchClock& clock, Faults& faults)
-    : clock(clock), faults(faults), motors(ParkPosition) {}
+TableController::TableController(BenchClock& clock, Faults& faults) : clock(clock), faults(faults), motors(ParkPosition)
+{}
 
 // ---- the serial line ----
 
-void TableController::Receive(char character, int64_t moment) {
+void TableController::Receive(char character, int64_t moment)
+{
     if (moment < deafUntil) {
         return;
     }
@@ -148,7 +154,8 @@ void TableController::Receive(char character, int64_t moment) {
     lines.push_back(Line{moment, std::exchange(incoming, {})});
 }
 
-void TableController::RunTo(int64_t moment) {
+void TableController::RunTo(int64_t moment)
+{
     for (;;) {
         const bool hasLine = !lines.empty();
         const int64_t lineDue = hasLine ? std::max(lines.front().moment, workingUntil) + ProcessingTime : moment;
@@ -164,7 +171,8 @@ void TableController::RunTo(int64_t moment) {
     }
 }
 
-std::optional<TableController::Reply> TableController::TakeReply() {
+std::optional<TableController::Reply> TableController::TakeReply()
+{
     if (replies.empty()) {
         return std::nullopt;
     }
@@ -173,21 +181,24 @@ std::optional<TableController::Reply> TableController::TakeReply() {
     return reply;
 }
 
-const TableController::Command* TableController::Find(char letter, char subCommand) {
+const TableController::Command* TableController::Find(char letter, char subCommand)
+{
     const auto command = std::ranges::find_if(Commands, [&](const Command& candidate) {
-        return candidate.letter == letter && (candidate.subCommands.empty() ||
-                                              candidate.subCommands.find(subCommand) != std::string_view::npos);
+        return candidate.letter == letter &&
+               (candidate.subCommands.empty() || candidate.subCommands.find(subCommand) != std::string_view::npos);
     });
     return command == std::end(Commands) ? nullptr : &*command;
 }
 
-bool TableController::HasSubCommands(char letter) {
+bool TableController::HasSubCommands(char letter)
+{
     return std::ranges::none_of(Commands, [&](const Command& candidate) {
         return candidate.letter == letter && candidate.subCommands.empty();
     });
 }
 
-void TableController::Process(const Line& line, int64_t moment) {
+void TableController::Process(const Line& line, int64_t moment)
+{
     std::string_view text = line.text;
     workingUntil = moment;
     if (text.size() < 2 || text.front() != StartByte) {
@@ -213,7 +224,8 @@ void TableController::Process(const Line& line, int64_t moment) {
     Send(workingUntil, header, answer.acknowledge, body);
 }
 
-TableController::Answer TableController::Execute(const Command& command, const Request& request) {
+TableController::Answer TableController::Execute(const Command& command, const Request& request)
+{
     if (faults.tableBusy || (command.movesArm && motors.IsRunning())) {
         return Answer{Busy};
     }
@@ -224,7 +236,8 @@ TableController::Answer TableController::Execute(const Command& command, const R
     return answer;
 }
 
-void TableController::Send(int64_t moment, const std::string& header, char acknowledge, const std::string& body) {
+void TableController::Send(int64_t moment, const std::string& header, char acknowledge, const std::string& body)
+{
     if (faults.tableSilent) {
         return;
     }
@@ -239,30 +252,33 @@ void TableController::Send(int64_t moment, const std::string& header, char ackno
 
 // ---- status ----
 
-TableController::Answer TableController::ReportStatus(const Request&) {
+TableController::Answer TableController::ReportStatus(const Request&)
+{
     const uint32_t flags = static_cast<uint32_t>(motors.GetMode()) | foilOn << 3 | foilButtonOff << 4 |
                            currentArmed << 5 | currentSeen << 6;
     return Answer{Data, 0, ToHex(flags, 2) + ToHex(static_cast<uint32_t>(lastError), 2) + ToHex(HardwareVersion, 2)};
 }
 
-TableController::Answer TableController::ReportFirmware(const Request&) {
+TableController::Answer TableController::ReportFirmware(const Request&)
+{
     return Answer{Data, 0, ToHex(BootLoaderVersion, 4) + ToHex(FirmwareVersion, 4) + ToHex(HardwareVersion, 2)};
 }
 
-TableController::Answer TableController::ReportMetrics(const Request&) {
+TableController::Answer TableController::ReportMetrics(const Request&)
+{
     const TableMotors::Counters& counters = motors.GetCounters();
     const auto millimetres = static_cast<uint32_t>(counters.distance / 10.0);  // the counters' unit on the wire
     std::string text;
-    for (const uint32_t value :
-         {FormerHomeMovements + counters.homeMovements, FormerMovements + counters.movements,
-          FormerDistance + millimetres, FormerResets + resets, counters.homeMovements, counters.movements,
-          millimetres}) {
+    for (const uint32_t value : {FormerHomeMovements + counters.homeMovements, FormerMovements + counters.movements,
+                                 FormerDistance + millimetres, FormerResets + resets, counters.homeMovements,
+                                 counters.movements, millimetres}) {
         text += ToHex(value, 8);
     }
     return Answer{Data, 0, text};
 }
 
-TableController::Answer TableController::ReportRamps(const Request&) {
+TableController::Answer TableController::ReportRamps(const Request&)
+{
     const MotionProfile& profile = LastMotion().Profile();
     const auto rounded = [](double value) { return static_cast<uint32_t>(std::lround(value)); };
     return Answer{Data, 0,
@@ -271,7 +287,8 @@ TableController::Answer TableController::ReportRamps(const Request&) {
                       ToHex(rounded(profile.PlateauSpeed() / 10.0), 4)};
 }
 
-TableController::Answer TableController::ReportDeviation(const Request&) {
+TableController::Answer TableController::ReportDeviation(const Request&)
+{
     // Per arm: the present difference between wanted and true angle, the lowest and the highest since the
     // motors are on, in encoder steps.
     static constexpr int steps[] = {1, -2, 3, -1, -3, 2};
@@ -283,14 +300,16 @@ TableController::Answer TableController::ReportDeviation(const Request&) {
     return Answer{Data, 0, text};
 }
 
-TableController::Answer TableController::ReportControllerInfo(const Request&) {
+TableController::Answer TableController::ReportControllerInfo(const Request&)
+{
     // Microseconds of one cycle of the position controller, and how many motor controllers there are.
     return Answer{Data, 0, ToHex(250, 4) + ToHex(2, 4)};
 }
 
 // ---- current detection, foil, reset ----
 
-TableController::Answer TableController::ArmCurrentDetection(const Request& request) {
+TableController::Answer TableController::ArmCurrentDetection(const Request& request)
+{
     currentArmed = request.subCommand == '1';
     if (!currentArmed) {
         currentSeen = false;
@@ -298,30 +317,36 @@ TableController::Answer TableController::ArmCurrentDetection(const Request& requ
     return ReportCurrentDetection(request);
 }
 
-TableController::Answer TableController::ReportCurrentDetection(const Request&) {
+TableController::Answer TableController::ReportCurrentDetection(const Request&)
+{
     return Answer{Data, 0, ToHex(currentSeen, 2)};
 }
 
-void TableController::NoteInstrumentCurrent() {
+void TableController::NoteInstrumentCurrent()
+{
     RunTo(clock.Now());
     currentSeen = currentSeen || currentArmed;
 }
 
-TableController::Answer TableController::SwitchFoil(const Request& request) {
+TableController::Answer TableController::SwitchFoil(const Request& request)
+{
     foilOn = request.subCommand == '1';
     return ReportFoil(request);
 }
 
-TableController::Answer TableController::SwitchFoilButton(const Request& request) {
+TableController::Answer TableController::SwitchFoilButton(const Request& request)
+{
     foilButtonOff = request.subCommand == '2';
     return ReportFoil(request);
 }
 
-TableController::Answer TableController::ReportFoil(const Request&) {
+TableController::Answer TableController::ReportFoil(const Request&)
+{
     return Answer{Data, 0, ToHex(foilOn | foilButtonOff << 1, 2)};
 }
 
-TableController::Answer TableController::Reset(const Request& request) {
+TableController::Answer TableController::Reset(const Request& request)
+{
     motors.SwitchOff(request.moment);
     lines.clear();
     incoming.clear();
@@ -338,32 +363,38 @@ TableController::Answer TableController::Reset(const Request& request) {
 
 // ---- motion ----
 
-ConfigurationBlock TableController::Configuration() const {
+ConfigurationBlock TableController::Configuration() const
+{
     return ConfigurationBlock(flash.Memory().subspan(TableFlash::ConfigurationAddress, TableFlash::SectorSize));
 }
 
-TableController::Answer TableController::Accept(const Request& request) {
+TableController::Answer TableController::Accept(const Request& request)
+{
     acceptedHeader = {request.letter, request.subCommand};
     return Answer{Accepted};
 }
 
-void TableController::FinishOperation() {
+void TableController::FinishOperation()
+{
     workingUntil = std::max(workingUntil, motors.OperationEnd());
     lastError = static_cast<int>(motors.Finish());
     Send(workingUntil, acceptedHeader, Data, std::to_string(lastError));
 }
 
-TableController::Answer TableController::Initialize(const Request& request) {
+TableController::Answer TableController::Initialize(const Request& request)
+{
     motors.Initialize(Configuration(), request.moment);
     return Accept(request);
 }
 
-TableController::Answer TableController::GoHome(const Request& request) {
+TableController::Answer TableController::GoHome(const Request& request)
+{
     motors.GoHome(Configuration(), request.moment, faults.positionNotReached);
     return Accept(request);
 }
 
-TableController::Answer TableController::Move(const Request& request) {
+TableController::Answer TableController::Move(const Request& request)
+{
     const bool isVisor = (request.subCommand - '0') & 1;
     const bool isScan = (request.subCommand - '0') & 2;
     const size_t length = request.data.size();
@@ -384,7 +415,8 @@ TableController::Answer TableController::Move(const Request& request) {
     return Accept(request);
 }
 
-TableController::Answer TableController::ReportPosition(const Request& request) {
+TableController::Answer TableController::ReportPosition(const Request& request)
+{
     const ConfigurationBlock configuration = Configuration();
     if (configuration.GetState() != ConfigurationBlock::State::Valid) {
         return Answer{Data, static_cast<int>(configuration.GetState())};
@@ -397,11 +429,13 @@ TableController::Answer TableController::ReportPosition(const Request& request) 
     return Answer{Data, 0, field(place.x) + field(place.y)};
 }
 
-TableController::Answer TableController::Hold(const Request& request) {
+TableController::Answer TableController::Hold(const Request& request)
+{
     return Answer{Data, static_cast<int>(motors.Hold(request.subCommand == '1'))};
 }
 
-TableController::Answer TableController::SetScanDelay(const Request& request) {
+TableController::Answer TableController::SetScanDelay(const Request& request)
+{
     const std::optional<uint32_t> delay = FromHex(request.data);
     if (!delay) {
         return Answer{Rejected};
@@ -412,7 +446,8 @@ TableController::Answer TableController::SetScanDelay(const Request& request) {
 
 // ---- flash ----
 
-TableController::Answer TableController::ReportConfiguration(const Request& request) {
+TableController::Answer TableController::ReportConfiguration(const Request& request)
+{
     const bool isReadBlock = request.subCommand == '2';
     const bool isWriteBlock = request.subCommand == '3';
     if (!isReadBlock && !isWriteBlock) {
@@ -425,22 +460,26 @@ TableController::Answer TableController::ReportConfiguration(const Request& requ
                       ToHex(ConfigurationBlock::Revision, 8)};
 }
 
-TableController::Answer TableController::FlashAnswer(FlashStatus status, int64_t workTime) {
+TableController::Answer TableController::FlashAnswer(FlashStatus status, int64_t workTime)
+{
     return Answer{Data, static_cast<int>(status), {}, status == FlashStatus::Done ? workTime : 0};
 }
 
-TableController::Answer TableController::PrepareSectors(const Request& request) {
+TableController::Answer TableController::PrepareSectors(const Request& request)
+{
     const auto fields = Fields(request.data, {1, 1});
     return FlashAnswer(Guarded(fields.has_value(), motors, [&] { return flash.Prepare((*fields)[0], (*fields)[1]); }));
 }
 
-TableController::Answer TableController::EraseSectors(const Request& request) {
+TableController::Answer TableController::EraseSectors(const Request& request)
+{
     const auto fields = Fields(request.data, {1, 1});
     return FlashAnswer(Guarded(fields.has_value(), motors, [&] { return flash.Erase((*fields)[0], (*fields)[1]); }),
                        EraseTime);
 }
 
-TableController::Answer TableController::CopyRamToFlash(const Request& request) {
+TableController::Answer TableController::CopyRamToFlash(const Request& request)
+{
     const auto fields = Fields(request.data, {5, 4, 1});
     const FlashStatus status = Guarded(fields.has_value(), motors, [&] {
         const uint32_t count = BlockSize((*fields)[2]);
@@ -450,7 +489,8 @@ TableController::Answer TableController::CopyRamToFlash(const Request& request) 
     return FlashAnswer(status, ProgramTime);
 }
 
-TableController::Answer TableController::ReadMemory(const Request& request) {
+TableController::Answer TableController::ReadMemory(const Request& request)
+{
     const auto fields = Fields(request.data, {8, 4});
     if (!fields) {
         return FlashAnswer(FlashStatus::CommandLength);
@@ -463,7 +503,8 @@ TableController::Answer TableController::ReadMemory(const Request& request) {
     return Answer{Data, static_cast<int>(status), HexText(bytes)};
 }
 
-TableController::Answer TableController::WriteToRam(const Request& request) {
+TableController::Answer TableController::WriteToRam(const Request& request)
+{
     const auto fields = Fields(request.data.substr(0, 5), {4, 1});
     const uint32_t count = fields ? BlockSize((*fields)[1]) : 0;
     std::vector<uint8_t> bytes;
@@ -485,13 +526,15 @@ TableController::Answer TableController::WriteToRam(const Request& request) {
     return FlashAnswer(status);
 }
 
-TableController::Answer TableController::UnlockFlash(const Request& request) {
+TableController::Answer TableController::UnlockFlash(const Request& request)
+{
     constexpr size_t idLength = 6;
     const bool fits = request.data.size() == idLength;
     return FlashAnswer(fits ? flash.Unlock(request.data) : FlashStatus::CommandLength);
 }
 
-TableController::Answer TableController::LockFlash(const Request& request) {
+TableController::Answer TableController::LockFlash(const Request& request)
+{
     if (!request.data.empty()) {
         return FlashAnswer(FlashStatus::CommandLength);
     }

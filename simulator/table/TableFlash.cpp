@@ -19,12 +19,14 @@ const TableFlash::Block TableFlash::Blocks[] = {
     {"264083", {8, 14}},  // free for service tools
 };
 
-TableFlash::TableFlash() : memory(MemorySize, Erased), ram(RamSize, 0) {
+TableFlash::TableFlash() : memory(MemorySize, Erased), ram(RamSize, 0)
+{
     std::ranges::copy(BootBanner, memory.begin());
     std::ranges::copy(ConfigurationBlock::Factory(), memory.begin() + ConfigurationAddress);
 }
 
-TableFlash::Status TableFlash::Unlock(std::string_view id) {
+TableFlash::Status TableFlash::Unlock(std::string_view id)
+{
     const auto block = std::ranges::find(Blocks, id, &Block::unlockId);
     if (block == std::end(Blocks)) {
         return Status::WrongUnlockId;
@@ -33,20 +35,24 @@ TableFlash::Status TableFlash::Unlock(std::string_view id) {
     return Status::Done;
 }
 
-void TableFlash::Lock() {
+void TableFlash::Lock()
+{
     unlocked.reset();
     prepared.reset();
 }
 
-bool TableFlash::IsInterval(uint32_t startSector, uint32_t endSector) {
+bool TableFlash::IsInterval(uint32_t startSector, uint32_t endSector)
+{
     return Sectors{1, LastSector}.Contain(startSector, endSector) && startSector <= endSector;
 }
 
-bool TableFlash::IsUnlocked(uint32_t startSector, uint32_t endSector) const {
+bool TableFlash::IsUnlocked(uint32_t startSector, uint32_t endSector) const
+{
     return unlocked && unlocked->Contain(startSector, endSector);
 }
 
-TableFlash::Status TableFlash::Prepare(uint32_t startSector, uint32_t endSector) {
+TableFlash::Status TableFlash::Prepare(uint32_t startSector, uint32_t endSector)
+{
     if (!IsInterval(startSector, endSector)) {
         return Status::Interval;
     }
@@ -57,7 +63,8 @@ TableFlash::Status TableFlash::Prepare(uint32_t startSector, uint32_t endSector)
     return Status::Done;
 }
 
-TableFlash::Status TableFlash::Claim(uint32_t startSector, uint32_t endSector) {
+TableFlash::Status TableFlash::Claim(uint32_t startSector, uint32_t endSector)
+{
     if (!IsUnlocked(startSector, endSector)) {
         return Status::SectorLocked;
     }
@@ -68,7 +75,8 @@ TableFlash::Status TableFlash::Claim(uint32_t startSector, uint32_t endSector) {
     return Status::Done;
 }
 
-TableFlash::Status TableFlash::Erase(uint32_t startSector, uint32_t endSector) {
+TableFlash::Status TableFlash::Erase(uint32_t startSector, uint32_t endSector)
+{
     if (!IsInterval(startSector, endSector)) {
         return Status::Interval;
     }
@@ -79,7 +87,8 @@ TableFlash::Status TableFlash::Erase(uint32_t startSector, uint32_t endSector) {
     return status;
 }
 
-TableFlash::Status TableFlash::Copy(uint32_t flashAddress, uint32_t ramAddress, uint32_t count) {
+TableFlash::Status TableFlash::Copy(uint32_t flashAddress, uint32_t ramAddress, uint32_t count)
+{
     if (ramAddress > RamSize || count > RamSize - ramAddress) {
         return Status::DestinationOrSize;
     }
@@ -99,7 +108,8 @@ TableFlash::Status TableFlash::Copy(uint32_t flashAddress, uint32_t ramAddress, 
     return status;
 }
 
-TableFlash::Status TableFlash::WriteRam(uint32_t ramAddress, std::span<const uint8_t> data) {
+TableFlash::Status TableFlash::WriteRam(uint32_t ramAddress, std::span<const uint8_t> data)
+{
     if (ramAddress > RamSize || data.size() > RamSize - ramAddress) {
         return Status::DestinationOrSize;
     }
@@ -107,7 +117,8 @@ TableFlash::Status TableFlash::WriteRam(uint32_t ramAddress, std::span<const uin
     return Status::Done;
 }
 
-TableFlash::Status TableFlash::Read(uint32_t address, uint32_t count, std::vector<uint8_t>& data) const {
+TableFlash::Status TableFlash::Read(uint32_t address, uint32_t count, std::vector<uint8_t>& data) const
+{
     if (count > LargestRead) {
         return Status::DestinationOrSize;
     }

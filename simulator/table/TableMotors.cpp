@@ -10,27 +10,30 @@ constexpr int64_t InitializationTime = 1500000;  // microseconds
 constexpr double Acceleration = 16000.0;         // tenths of a millimetre per second squared
 constexpr double HomeSpeed = 2000.0;             // tenths of a millimetre per second
 
-TableMotors::Error ConfigurationError(const ConfigurationBlock& configuration) {
+TableMotors::Error ConfigurationError(const ConfigurationBlock& configuration)
+{
     switch (configuration.GetState()) {
-        case ConfigurationBlock::State::Missing:
-            return TableMotors::Error::NoConfiguration;
-        case ConfigurationBlock::State::Damaged:
-            return TableMotors::Error::InvalidConfiguration;
-        default:
-            return TableMotors::Error::None;
+    case ConfigurationBlock::State::Missing:
+        return TableMotors::Error::NoConfiguration;
+    case ConfigurationBlock::State::Damaged:
+        return TableMotors::Error::InvalidConfiguration;
+    default:
+        return TableMotors::Error::None;
     }
 }
 
 }  // namespace
 
-void TableMotors::Initialize(const ConfigurationBlock& configuration, int64_t moment) {
+void TableMotors::Initialize(const ConfigurationBlock& configuration, int64_t moment)
+{
     const Error error = ConfigurationError(configuration);
     isReady = false;
     isHolding = false;
     operation = Operation{moment + (error == Error::None ? InitializationTime : 0), error, nullptr};
 }
 
-void TableMotors::GoHome(const ConfigurationBlock& configuration, int64_t moment, bool isBlocked) {
+void TableMotors::GoHome(const ConfigurationBlock& configuration, int64_t moment, bool isBlocked)
+{
     if (const Error error = MotionError(configuration); error != Error::None) {
         return Refuse(moment, moment, error);
     }
@@ -38,7 +41,8 @@ void TableMotors::GoHome(const ConfigurationBlock& configuration, int64_t moment
 }
 
 void TableMotors::Move(const ConfigurationBlock& configuration, const Target& target, int64_t moment, int64_t begin,
-                       bool isBlocked) {
+                       bool isBlocked)
+{
     const Machine& machine = configuration.GetMachine();
     const std::optional<Point> sensor = machine.SensorAt(target.place, target.isVisor);
     Error error = MotionError(configuration);
@@ -54,18 +58,21 @@ void TableMotors::Move(const ConfigurationBlock& configuration, const Target& ta
     Run(*sensor, target.speed * 10.0, moment, begin, isBlocked, &Counters::movements);
 }
 
-TableMotors::Error TableMotors::MotionError(const ConfigurationBlock& configuration) const {
+TableMotors::Error TableMotors::MotionError(const ConfigurationBlock& configuration) const
+{
     const Error error = ConfigurationError(configuration);
     return error == Error::None && !isReady ? Error::WrongMode : error;
 }
 
-void TableMotors::Refuse(int64_t moment, int64_t end, Error error) {
+void TableMotors::Refuse(int64_t moment, int64_t end, Error error)
+{
     motion = Motion(motion.PositionAt(moment));
     operation = Operation{end, error, nullptr};
 }
 
 void TableMotors::Run(Point sensor, double speed, int64_t moment, int64_t begin, bool isBlocked,
-                      uint32_t Counters::*counter) {
+                      uint32_t Counters::*counter)
+{
     motion = Motion(motion.PositionAt(moment), sensor, begin, speed, Acceleration);
     if (isBlocked) {
         motion.StopAt((motion.Begin() + motion.End()) / 2);
@@ -74,7 +81,8 @@ void TableMotors::Run(Point sensor, double speed, int64_t moment, int64_t begin,
     operation = Operation{motion.End(), isBlocked ? Error::CurrentLimit : Error::None, counter};
 }
 
-TableMotors::Error TableMotors::Finish() {
+TableMotors::Error TableMotors::Finish()
+{
     const Operation done = *std::exchange(operation, std::nullopt);
     if (done.counter != nullptr) {
         ++(counters.*done.counter);
@@ -85,14 +93,16 @@ TableMotors::Error TableMotors::Finish() {
     return done.error;
 }
 
-void TableMotors::SwitchOff(int64_t moment) {
+void TableMotors::SwitchOff(int64_t moment)
+{
     motion.StopAt(moment);
     operation.reset();
     isReady = false;
     isHolding = false;
 }
 
-TableMotors::Error TableMotors::Hold(bool on) {
+TableMotors::Error TableMotors::Hold(bool on)
+{
     if (on && !isReady) {
         return Error::WrongMode;
     }
@@ -100,7 +110,8 @@ TableMotors::Error TableMotors::Hold(bool on) {
     return Error::None;
 }
 
-TableMotors::Mode TableMotors::GetMode() const {
+TableMotors::Mode TableMotors::GetMode() const
+{
     if (!isReady) {
         return IsRunning() ? Mode::Initializing : Mode::Off;
     }

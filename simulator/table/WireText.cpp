@@ -4,7 +4,8 @@
 
 namespace J4Bench {
 
-std::string ToHex(uint32_t value, int digits) {
+std::string ToHex(uint32_t value, int digits)
+{
     std::string text(static_cast<size_t>(digits), '0');
     for (auto digit = text.rbegin(); digit != text.rend(); ++digit, value >>= 4) {
         *digit = "0123456789abcdef"[value & 15];
@@ -12,7 +13,8 @@ std::string ToHex(uint32_t value, int digits) {
     return text;
 }
 
-std::optional<uint32_t> FromHex(std::string_view text) {
+std::optional<uint32_t> FromHex(std::string_view text)
+{
     uint32_t value = 0;
     const char* end = text.data() + text.size();
     const auto [stop, failure] = std::from_chars(text.data(), end, value, 16);
@@ -22,7 +24,8 @@ std::optional<uint32_t> FromHex(std::string_view text) {
     return value;
 }
 
-std::string WireChecksum(std::string_view text) {
+std::string WireChecksum(std::string_view text)
+{
     uint32_t sum = 0;
     for (const char character : text) {
         sum -= static_cast<unsigned char>(character);
@@ -30,7 +33,8 @@ std::string WireChecksum(std::string_view text) {
     return ToHex(sum, 2);
 }
 
-bool HasWireChecksum(std::string_view text) {
+bool HasWireChecksum(std::string_view text)
+{
     if (text.size() < 2) {
         return false;
     }

@@ -52,7 +52,8 @@ constexpr std::array<const char*, 13> flashErrors = {
 template <class Sizes>
 char SizeCharacter(const Sizes& sizes, std::size_t size)
 {
-    const auto found = std::find_if(sizes.begin(), sizes.end(), [size](const SizeCode& entry) { return entry.size == size; });
+    const auto found =
+        std::find_if(sizes.begin(), sizes.end(), [size](const SizeCode& entry) { return entry.size == size; });
     if (found == sizes.end()) {
         throw FirmwareException("Invalid number of bytes.");
     }

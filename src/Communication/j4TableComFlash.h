@@ -11,8 +11,8 @@ public:
     using ByteBlock = std::vector<uint8_t>;
 
     static constexpr uint32_t SectorSize = 0x2000;
-    static constexpr uint32_t WriteSize = 512;     ///< alignment and granularity of WriteToFlash
-    static constexpr uint32_t LargestRead = 256;   ///< of ReadMemory
+    static constexpr uint32_t WriteSize = 512;    ///< alignment and granularity of WriteToFlash
+    static constexpr uint32_t LargestRead = 256;  ///< of ReadMemory
 
     using j4TableCommunication::j4TableCommunication;
 

@@ -49,8 +49,7 @@ class SavedTimeouts {
 public:
     explicit SavedTimeouts(j4TableComCommand& command)
         : command(command), ackTimeout(command.ackTimeout), answerTimeout(command.answerTimeout)
-    {
-    }
+    {}
     ~SavedTimeouts()
     {
         command.ackTimeout = ackTimeout;
@@ -146,8 +145,7 @@ J4T_TRACE_FRAME
 void j4TableCommunication::ParseCommand(j4TableComCommand& command)
 try {
     const std::size_t header = HeaderLength(command);
-    const uint32_t timeout =
-        command.acknowledge == AcknowledgeAccepted ? command.answerTimeout : command.ackTimeout;
+    const uint32_t timeout = command.acknowledge == AcknowledgeAccepted ? command.answerTimeout : command.ackTimeout;
     std::string frame = ReceiveData(static_cast<int32_t>(header + 3), timeout);
     while (frame[0] != ReplyStart) {
         // A frame with a wrong start is swallowed to its end: no search for a later start byte.

@@ -11,23 +11,23 @@ namespace Kestrelon::DeviceDriver::J4T {
 
 /// Ids of the values that the library reads or writes; the others are carried along.
 namespace FlashId {
-inline constexpr uint16_t Size = 1;             ///< of the block in bytes, this word and the checksum included
+inline constexpr uint16_t Size = 1;  ///< of the block in bytes, this word and the checksum included
 inline constexpr uint16_t VersionMark = 2;
-inline constexpr uint16_t BlockNumber = 3;      ///< third value of the block's status at the last write
-inline constexpr uint16_t ArmLength = 1001;     ///< tenths of a millimetre
-inline constexpr uint16_t SensorReach = 1002;   ///< tenths of a millimetre
-inline constexpr uint16_t VisorSide = 1003;     ///< tenths of a millimetre
-inline constexpr uint16_t VisorBack = 1004;     ///< tenths of a millimetre
-inline constexpr uint16_t XMax = 1009;          ///< millimetres
-inline constexpr uint16_t XMin = 1010;          ///< millimetres
-inline constexpr uint16_t YMax = 1011;          ///< millimetres
-inline constexpr uint16_t YMin = 1012;          ///< millimetres
-inline constexpr uint16_t MaxSpeed = 1013;      ///< mm/s
-inline constexpr uint16_t WhiteBase = 3000;     ///< reflectance of the white tile, 36 values
-inline constexpr uint16_t WhiteBaseTime = 3001; ///< of the last transfer, seconds since 1970
+inline constexpr uint16_t BlockNumber = 3;                   ///< third value of the block's status at the last write
+inline constexpr uint16_t ArmLength = 1001;                  ///< tenths of a millimetre
+inline constexpr uint16_t SensorReach = 1002;                ///< tenths of a millimetre
+inline constexpr uint16_t VisorSide = 1003;                  ///< tenths of a millimetre
+inline constexpr uint16_t VisorBack = 1004;                  ///< tenths of a millimetre
+inline constexpr uint16_t XMax = 1009;                       ///< millimetres
+inline constexpr uint16_t XMin = 1010;                       ///< millimetres
+inline constexpr uint16_t YMax = 1011;                       ///< millimetres
+inline constexpr uint16_t YMin = 1012;                       ///< millimetres
+inline constexpr uint16_t MaxSpeed = 1013;                   ///< mm/s
+inline constexpr uint16_t WhiteBase = 3000;                  ///< reflectance of the white tile, 36 values
+inline constexpr uint16_t WhiteBaseTime = 3001;              ///< of the last transfer, seconds since 1970
 inline constexpr uint16_t CalibratedSerial = 3002;           ///< instrument last calibrated with the placement check
 inline constexpr uint16_t CalibratedIntegrationTime = 3003;  ///< its integration time, seconds
-inline constexpr uint16_t UnknownWords = 3999;  ///< words beyond the known layout
+inline constexpr uint16_t UnknownWords = 3999;               ///< words beyond the known layout
 inline constexpr uint16_t Checksum = 4000;
 }  // namespace FlashId
 

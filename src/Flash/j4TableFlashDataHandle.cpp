@@ -31,8 +31,7 @@ constexpr uint8_t ErasedByte = 0xFF;
 
 j4TableFlashDataHandle::j4TableFlashDataHandle(const SmartPointer<j4TableComManager>& comManager)
     : comManager(comManager)
-{
-}
+{}
 
 j4TableFlashData j4TableFlashDataHandle::GetCachedFlashData()
 try {

@@ -11,8 +11,7 @@ namespace Kestrelon::DeviceDriver::J4T {
 class j4TableFlashDataHandle {
 public:
     /// Nothing is read yet.
-    explicit j4TableFlashDataHandle(
-        const Utilities::Tools::SmartPointer<Communication::j4TableComManager>& comManager);
+    explicit j4TableFlashDataHandle(const Utilities::Tools::SmartPointer<Communication::j4TableComManager>& comManager);
 
     /// A copy of the block, which is read from the table when it is not known yet.
     /// @throws EEPromException for a block that is not usable

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "src/SerialUSB/Usb.h"
 #include "Utilities/Tools/SmartPointer.h"
+#include "src/SerialUSB/Usb.h"
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 

@@ -119,20 +119,20 @@ TEST_F(CallFrameTest, ArgumentsAreTestedBeforeAnythingIsCalled)
     };
     const char* const null = "parameter must not be null";
     const char* const empty = "parameter must not be empty";
-    for (const Call& call : std::vector<Call>{
-             {"J4_GetSpectrum", null, [] { return J4_GetSpectrum(nullptr, 0); }},
-             {"J4_GetTriStimulus", null, [] { return J4_GetTriStimulus(nullptr, 0); }},
-             {"J4_GetDensity", null, [] { return J4_GetDensity(nullptr, 0); }},
-             {"J4_GetDensities", null, [&] { return J4_GetDensities(nullptr, &index, 0); }},
-             {"J4_SetSubstrate", null, [] { return J4_SetSubstrate(nullptr); }},
-             {"J4_GetPosition", null, [&] { return J4_GetPosition(nullptr, &value); }},
-             {"J4_GetPosition", null, [&] { return J4_GetPosition(&value, nullptr); }},
-             {"J4_SetOption", null, [] { return J4_SetOption(nullptr, "value"); }},
-             {"J4_SetOption", null, [] { return J4_SetOption("key", nullptr); }},
-             {"J4_SetOption", empty, [] { return J4_SetOption("", "value"); }},
-             {"J4_SetOption", empty, [] { return J4_SetOption("key", ""); }},
-             {"J4_GetOption", null, [&] { return read(nullptr); }},
-             {"J4_GetOption", empty, [&] { return read(""); }}}) {
+    for (const Call& call :
+         std::vector<Call>{{"J4_GetSpectrum", null, [] { return J4_GetSpectrum(nullptr, 0); }},
+                           {"J4_GetTriStimulus", null, [] { return J4_GetTriStimulus(nullptr, 0); }},
+                           {"J4_GetDensity", null, [] { return J4_GetDensity(nullptr, 0); }},
+                           {"J4_GetDensities", null, [&] { return J4_GetDensities(nullptr, &index, 0); }},
+                           {"J4_SetSubstrate", null, [] { return J4_SetSubstrate(nullptr); }},
+                           {"J4_GetPosition", null, [&] { return J4_GetPosition(nullptr, &value); }},
+                           {"J4_GetPosition", null, [&] { return J4_GetPosition(&value, nullptr); }},
+                           {"J4_SetOption", null, [] { return J4_SetOption(nullptr, "value"); }},
+                           {"J4_SetOption", null, [] { return J4_SetOption("key", nullptr); }},
+                           {"J4_SetOption", empty, [] { return J4_SetOption("", "value"); }},
+                           {"J4_SetOption", empty, [] { return J4_SetOption("key", ""); }},
+                           {"J4_GetOption", null, [&] { return read(nullptr); }},
+                           {"J4_GetOption", empty, [&] { return read(""); }}}) {
         TakeJournal();
         ExpectFailure(call.call(), {call.name, J4_ResultResourceFault, call.text});
         EXPECT_THAT(TakeJournal(), IsEmpty()) << call.name;

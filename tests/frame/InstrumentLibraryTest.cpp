@@ -109,8 +109,8 @@ TEST_F(InstrumentLibraryTest, AFullResetReachesTheLibraryFirst)
         << "nothing was forwarded before: the device message handler was never given";
     EXPECT_EQ(GetOption("LastError"), "no error");
     EXPECT_EQ(J4_IsConnected(), 0);
-    EXPECT_THAT(TakeJournal(), ElementsAre("J4_RegisterErrorHandler set", "J4_RegisterDeviceMessageHandler null",
-                                           "J4_IsConnected"));
+    EXPECT_THAT(TakeJournal(),
+                ElementsAre("J4_RegisterErrorHandler set", "J4_RegisterDeviceMessageHandler null", "J4_IsConnected"));
 }
 
 TEST_F(InstrumentLibraryTest, TheLibrarysErrorHandlerThrowsThroughTheLibrary)
@@ -159,9 +159,7 @@ TEST_F(InstrumentLibraryTest, OnlyTheTablesInstrumentRebuildsTheTable)
 {
     Connect();
     for (const auto& [message, serial, rebuilt] : std::vector<std::tuple<int32_t, const char*, bool>>{
-             {1, "765432", false},
-             {2, FakeLibrary::serialNumber, false},
-             {1, FakeLibrary::serialNumber, true}}) {
+             {1, "765432", false}, {2, FakeLibrary::serialNumber, false}, {1, FakeLibrary::serialNumber, true}}) {
         library.deviceMessageHandler(message, serial);
         EXPECT_THAT(TakeJournal(), IsEmpty()) << "nothing is built inside the callback";
         EXPECT_EQ(J4_IsTableConnected(), 0);

@@ -131,10 +131,10 @@ TEST_F(ScriptedCalibrationTest, AFailureOnTheWayRestoresEverything)
     ExpectFailure(J4_Calibrate(), {"J4_Calibrate", 12, "J4_GetTriStimulus failed: lamp"});
     const Lines journal = TakeJournal();
     ASSERT_GE(journal.size(), 5u);
-    EXPECT_THAT(Lines(journal.end() - 5, journal.end()),
-                ElementsAre("set Colorimetric.Observer TenDegree", "set Colorimetric.Illumination A",
-                            "set ColorSpaceDescription.Type Own", "private 1 0",
-                            "set MeasurementMode ScanningReflectance"))
+    EXPECT_THAT(
+        Lines(journal.end() - 5, journal.end()),
+        ElementsAre("set Colorimetric.Observer TenDegree", "set Colorimetric.Illumination A",
+                    "set ColorSpaceDescription.Type Own", "private 1 0", "set MeasurementMode ScanningReflectance"))
         << "in the opposite order of saving";
     library.script.clear();
     EXPECT_EQ(J4_Calibrate(), 0);

@@ -166,13 +166,13 @@ TEST_F(ScriptedPairingTest, ABrokenWhiteReferenceIsRefused)
         int32_t status;
         const char* message;
     };
-    for (const Reference& reference : std::vector<Reference>{
-             {good.substr(4), 10, "Invalid Sorvane white reference"},
-             {good + " 0.9", 10, "Invalid Sorvane white reference"},
-             {"", 10, "Invalid Sorvane white reference"},
-             {"0.0" + good.substr(3), 10, "Invalid Sorvane white reference (division by zero)"},
-             {"abc" + good.substr(3), 9, "lexical_cast(): fail to convert 'abc' from "},
-             {"0.9x" + good.substr(3), 9, "lexical_cast(): fail to convert '0.9x' from "}}) {
+    for (const Reference& reference :
+         std::vector<Reference>{{good.substr(4), 10, "Invalid Sorvane white reference"},
+                                {good + " 0.9", 10, "Invalid Sorvane white reference"},
+                                {"", 10, "Invalid Sorvane white reference"},
+                                {"0.0" + good.substr(3), 10, "Invalid Sorvane white reference (division by zero)"},
+                                {"abc" + good.substr(3), 9, "lexical_cast(): fail to convert 'abc' from "},
+                                {"0.9x" + good.substr(3), 9, "lexical_cast(): fail to convert '0.9x' from "}}) {
         SetUp();
         library.options["1100"] = reference.text;
         EXPECT_EQ(J4_IsTableConnected(), reference.status) << reference.text;
@@ -196,9 +196,9 @@ TEST_F(ScriptedPairingTest, OnlyModesThatTheInstrumentHasArePrepared)
         Connect();
         library.options["MeasurementMode"] = "Sideways";
         EXPECT_EQ(J4_Calibrate(), 0);
-        EXPECT_THAT(LinesThatBegin(TakeJournal(), {"set MeasurementMode S"}),
-                    ElementsAreArray(
-                        Joined({prepared, {"set MeasurementMode Sideways", "set MeasurementMode Sideways"}})));
+        EXPECT_THAT(
+            LinesThatBegin(TakeJournal(), {"set MeasurementMode S"}),
+            ElementsAreArray(Joined({prepared, {"set MeasurementMode Sideways", "set MeasurementMode Sideways"}})));
     }
 }
 

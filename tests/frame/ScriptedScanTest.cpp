@@ -64,9 +64,18 @@ TEST_F(ScriptedScanTest, PositionsFollowTheTrapezoid)
     ASSERT_THAT(library.positions, SizeIs(30));
     // Tenths of a millimetre at multiples of 31.25 ms: 0.5 a t^2, then 160 mm/s, then the same ramp down, truncated
     // (919.99 at the end of the plateau).
-    for (const auto& [index, tenths] : std::vector<std::pair<size_t, uint16_t>>{
-             {0, 0}, {1, 7}, {3, 70}, {4, 120}, {10, 420}, {20, 919}, {21, 962}, {22, 988}, {23, 999}, {24, 995},
-             {29, 737}}) {  // beyond the travel the formula falls again
+    for (const auto& [index, tenths] :
+         std::vector<std::pair<size_t, uint16_t>>{{0, 0},
+                                                  {1, 7},
+                                                  {3, 70},
+                                                  {4, 120},
+                                                  {10, 420},
+                                                  {20, 919},
+                                                  {21, 962},
+                                                  {22, 988},
+                                                  {23, 999},
+                                                  {24, 995},
+                                                  {29, 737}}) {  // beyond the travel the formula falls again
         EXPECT_EQ(library.positions[index], tenths) << index;
     }
 }
@@ -88,21 +97,12 @@ TEST_F(ScriptedScanTest, AFailureAfterTheStartEmptiesTheStoreAndAwaitsTheArm)
               "library text",
               {"get IntegrationTime", "table a3", "private 5 30", "J4_TriggerCountedScan 30", "get LastError",
                "get ExtendedErrorInformation"}},
-             {"no time",
-              [](FakeLibrary& library) { library.options["IntegrationTime"] = "0"; },
-              9,
-              "Integration time in j4 is 0.\n",
-              asked},
-             {"text",
-              [](FakeLibrary& library) { library.options["IntegrationTime"] = "abc"; },
-              9,
-              "lexical_cast(): fail to convert 'abc' from ",
-              asked},
-             {"rest",
-              [](FakeLibrary& library) { library.options["IntegrationTime"] = "0.005 s"; },
-              9,
-              "lexical_cast(): fail to convert '0.005 s' from ",
-              asked},
+             {"no time", [](FakeLibrary& library) { library.options["IntegrationTime"] = "0"; }, 9,
+              "Integration time in j4 is 0.\n", asked},
+             {"text", [](FakeLibrary& library) { library.options["IntegrationTime"] = "abc"; }, 9,
+              "lexical_cast(): fail to convert 'abc' from ", asked},
+             {"rest", [](FakeLibrary& library) { library.options["IntegrationTime"] = "0.005 s"; }, 9,
+              "lexical_cast(): fail to convert '0.005 s' from ", asked},
              {"thrown",
               [](FakeLibrary& library) { library.Throw("J4_Private 5 30", WhiteBaseException("positions")); },
               103,
@@ -147,10 +147,10 @@ TEST_F(ScriptedScanTest, EachStepOfTheCleanUpIsTried)
 TEST_F(ScriptedScanTest, TheHeadingOfTheLibrarysTextIsDroppedWhereThereIsOne)
 {
     library.Answer("J4_TriggerCountedScan", 7);
-    for (const auto& [extended, kept, dropped] : std::vector<std::tuple<const char*, const char*, const char*>>{
-             {"first\nsecond\nthird", "\tthird", "second"},
-             {"first\nsecond", "\tfirst\nsecond", "third"},
-             {"alone", "\talone", "third"}}) {
+    for (const auto& [extended, kept, dropped] :
+         std::vector<std::tuple<const char*, const char*, const char*>>{{"first\nsecond\nthird", "\tthird", "second"},
+                                                                        {"first\nsecond", "\tfirst\nsecond", "third"},
+                                                                        {"alone", "\talone", "third"}}) {
         library.options["ExtendedErrorInformation"] = extended;
         EXPECT_EQ(ScanRow(), 7);
         const std::string text = GetOption("ExtendedErrorInformation");

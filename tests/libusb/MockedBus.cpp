@@ -26,10 +26,10 @@ std::string Hex(const std::vector<uint8_t>& bytes)
 std::vector<uint8_t> HubDescriptors()
 {
     return {
-        18, 1, 0x00, 0x02, 9, 0, 1, 64, 0x6B, 0x1D, 0x02, 0x00, 0x05, 0x06, 0, 0, 0, 1,  // device
-        9, 2, 25, 0, 1, 1, 0, 0xE0, 0,                                                   // configuration
-        9, 4, 0, 0, 1, 9, 0, 0, 0,                                                       // interface
-        7, 5, 0x81, 3, 4, 0, 12,                                                         // interrupt IN
+        18, 1, 0x00, 0x02, 9, 0, 1,  64,   0x6B, 0x1D, 0x02, 0x00, 0x05, 0x06, 0, 0, 0, 1,  // device
+        9,  2, 25,   0,    1, 1, 0,  0xE0, 0,                                               // configuration
+        9,  4, 0,    0,    1, 9, 0,  0,    0,                                               // interface
+        7,  5, 0x81, 3,    4, 0, 12,                                                        // interrupt IN
     };
 }
 
@@ -78,8 +78,8 @@ std::string MockedBus::AddDevice(const std::string& place, const std::vector<uin
     char node[32];
     std::snprintf(node, sizeof node, "bus/usb/00%c/%03d", bus, number);
     const std::string text = "P: " + path + "\nN: " + node +
-                             "\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\nE: DEVNAME=/dev/" + node +
-                             "\nE: BUSNUM=00" + bus + "\nE: DEVNUM=" + std::to_string(number) + "\nA: busnum=" + bus +
+                             "\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\nE: DEVNAME=/dev/" + node + "\nE: BUSNUM=00" +
+                             bus + "\nE: DEVNUM=" + std::to_string(number) + "\nA: busnum=" + bus +
                              "\nA: devnum=" + std::to_string(number) + "\nA: speed=12\nA: bConfigurationValue=1" +
                              "\nH: descriptors=" + Hex(descriptors) + "\n\n";
     GError* error = nullptr;

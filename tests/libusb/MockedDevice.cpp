@@ -157,11 +157,11 @@ std::vector<uint8_t> MockedDevice::Descriptors() const
 {
     const uint8_t serial = traits.hasSerial ? SerialIndex : 0;
     return {
-        18, 1, 0x00, 0x02, 0, 0, 0, 64, 0x71, 0x09, 0x04, 0x20, 0x00, 0x06, 1, 2, serial, 1,  // device
-        9, 2, 32, 0, 1, 1, 0, 0xA0, 45,                                                       // configuration 1
-        9, 4, 0, 0, 2, 0xFF, 0xFF, 0xFF, 2,                                                   // interface 0
-        7, 5, 0x81, 2, 64, 0, 0,                                                              // bulk IN
-        7, 5, 0x02, 2, 64, 0, 0,                                                              // bulk OUT
+        18, 1, 0x00, 0x02, 0,  0,    0,    64,   0x71, 0x09, 0x04, 0x20, 0x00, 0x06, 1, 2, serial, 1,  // device
+        9,  2, 32,   0,    1,  1,    0,    0xA0, 45,  // configuration 1
+        9,  4, 0,    0,    2,  0xFF, 0xFF, 0xFF, 2,   // interface 0
+        7,  5, 0x81, 2,    64, 0,    0,               // bulk IN
+        7,  5, 0x02, 2,    64, 0,    0,               // bulk OUT
     };
 }
 

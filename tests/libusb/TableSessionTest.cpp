@@ -43,8 +43,8 @@ struct TableSessionTest : LibusbTest {
         LibusbTest::SetUp();
         std::vector<J4Bench::FlatPatch> row;
         for (size_t i = 0; i < std::size(patches); ++i) {
-            row.push_back({"patch", 210.0 + 20.0 * static_cast<double>(i), 250.0, 20.0, 20.0,
-                           static_cast<double>(patches[i])});
+            row.push_back(
+                {"patch", 210.0 + 20.0 * static_cast<double>(i), 250.0, 20.0, 20.0, static_cast<double>(patches[i])});
         }
         std::ofstream(chartFile) << J4Bench::ChartText(row);
         Set("Simulator.ChartFile", chartFile);

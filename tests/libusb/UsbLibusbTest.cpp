@@ -89,8 +89,7 @@ TEST_F(UsbLibusbTest, TheInterfaceIsTakenOverAndGivenBack)
         }
         EXPECT_THAT(device->TakeRecord(), IsEmpty());
         usb.Close();
-        EXPECT_THAT(device->TakeRecord(),
-                    ElementsAre("release 0", "reset", "claim 0", "release 0", "connect 0"));
+        EXPECT_THAT(device->TakeRecord(), ElementsAre("release 0", "reset", "claim 0", "release 0", "connect 0"));
         EXPECT_THAT(HeldByLibusb(), ElementsAre("thread", "timer"));
         usb.Close();
         EXPECT_THAT(device->TakeRecord(), IsEmpty());
@@ -186,9 +185,10 @@ TEST_F(UsbLibusbTest, FailuresNameTheCallAndLibusbsError)
         {"libusb_get_string_descriptor", [&] { SerialNumber(); }, true},
     };
     for (const auto& [name, call, asksAgain] : calls) {
-        for (const auto& [fault, error] : std::vector<std::pair<Fault, const char*>>{
-                 {Fault::Removed, gone}, {Fault::RemovedInFlight, gone}, {Fault::Stall, stalled},
-                 {Fault::Silence, timedOut}}) {
+        for (const auto& [fault, error] : std::vector<std::pair<Fault, const char*>>{{Fault::Removed, gone},
+                                                                                     {Fault::RemovedInFlight, gone},
+                                                                                     {Fault::Stall, stalled},
+                                                                                     {Fault::Silence, timedOut}}) {
             Open();
             device->Fail(0, fault);
             EXPECT_EQ(Thrown(call), asksAgain && fault == Fault::Stall ? "" : Text(name, error));
@@ -223,8 +223,12 @@ TEST_F(UsbLibusbTest, ReadsWhatComesUpToTheLargestTransfer)
         size_t room;
         size_t length;
         const char* request;
-    } cases[] = {{0x20000, 0x20000, "in 131072"}, {0x40000, 0x20000, "in 131072"}, {0x20000, 66, "in 131072"},
-                 {512, 2, "in 512"},              {512, 0, "in 512"},              {64, 64, "in 64"}};
+    } cases[] = {{0x20000, 0x20000, "in 131072"},
+                 {0x40000, 0x20000, "in 131072"},
+                 {0x20000, 66, "in 131072"},
+                 {512, 2, "in 512"},
+                 {512, 0, "in 512"},
+                 {64, 64, "in 64"}};
     for (const auto& transfer : cases) {
         const std::vector<uint8_t> sent(large.begin(), large.begin() + static_cast<std::ptrdiff_t>(transfer.length));
         device->Deliver(sent);

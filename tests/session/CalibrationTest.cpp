@@ -103,11 +103,11 @@ TEST_F(CalibrationTest, AnotherModeGetsOnePlainCalibration)
     Set("MeasurementMode", "SingleEmission");
     StartJournal();
     EXPECT_EQ(J4_Calibrate(), 0);
-    EXPECT_THAT(TakeJournal(),
-                ElementsAreArray(Joined(
-                    {{"get SerialNumber", "get MeasurementMode"},
-                     Preparation("SingleEmission"),
-                     {"get MeasurementMode", "J4_Calibrate", "set MeasurementMode SingleEmission"}})));
+    EXPECT_THAT(
+        TakeJournal(),
+        ElementsAreArray(Joined({{"get SerialNumber", "get MeasurementMode"},
+                                 Preparation("SingleEmission"),
+                                 {"get MeasurementMode", "J4_Calibrate", "set MeasurementMode SingleEmission"}})));
 }
 
 TEST_F(CalibrationTest, AnotherInstrumentIsCalibratedAlone)

@@ -19,15 +19,15 @@ TEST_F(OptionsTest, KeysThatNeedNoTableAnswerWithoutOne)
 {
     Set("Simulator.TableUnplugged", "yes");
     StartJournal();
-    for (const auto& [key, value] : std::vector<std::pair<const char*, const char*>>{
-             {"J4TVersion", "Version 1.1.4  Build 104"},
-             {"J4TMajorVersion", "1"},
-             {"J4TMinorVersion", "1"},
-             {"J4TRevisionVersion", "4"},
-             {"J4TBuildVersion", "104"},
-             {"LastError", "no error"},
-             {"J4TUseableWithoutJ4", "no"},
-             {"J4TSerialPortLogFile", ""}}) {
+    for (const auto& [key, value] :
+         std::vector<std::pair<const char*, const char*>>{{"J4TVersion", "Version 1.1.4  Build 104"},
+                                                          {"J4TMajorVersion", "1"},
+                                                          {"J4TMinorVersion", "1"},
+                                                          {"J4TRevisionVersion", "4"},
+                                                          {"J4TBuildVersion", "104"},
+                                                          {"LastError", "no error"},
+                                                          {"J4TUseableWithoutJ4", "no"},
+                                                          {"J4TSerialPortLogFile", ""}}) {
         EXPECT_EQ(GetOption(key), value) << key;
     }
     EXPECT_THAT(GetOption("J4TJ4SDKPath"), testing::AnyOf(EndsWith("libsorvane64.so"), EndsWith("sorvane64.dll")));
@@ -169,14 +169,14 @@ TEST_F(OptionsTest, RecognitionKeepsAPresentTableInStep)
 TEST_F(OptionsTest, EverythingElseIsTheInstrumentsBusiness)
 {
     EXPECT_EQ(J4_IsTableConnected(), 0);
-    for (const char* key : {"4999", "6000", "007", "5046", "5299", "J4TFlash_x", "J4TFlash_", "j4tMoveSpeed",
-                            "J4TUnknown", "Simulator.Nothing", "LastError", "ExtendedErrorInformation", "J4TVersion",
-                            "J4TConnection", "J4TJ4SerialNumber", "J4TMaxSpeed", "J4TJ4SDKPath",
-                            "Please throw an exception in the j4tavla SDK"}) {
+    for (const char* key :
+         {"4999", "6000", "007", "5046", "5299", "J4TFlash_x", "J4TFlash_", "j4tMoveSpeed", "J4TUnknown",
+          "Simulator.Nothing", "LastError", "ExtendedErrorInformation", "J4TVersion", "J4TConnection",
+          "J4TJ4SerialNumber", "J4TMaxSpeed", "J4TJ4SDKPath", "Please throw an exception in the j4tavla SDK"}) {
         StartJournal();
         const J4_Result result = SetOption(key, "1");
-        EXPECT_THAT(TakeJournal(), ElementsAre("set " + std::string(key) + " 1 = 5", "get ExtendedErrorInformation",
-                                               "get LastError"))
+        EXPECT_THAT(TakeJournal(),
+                    ElementsAre("set " + std::string(key) + " 1 = 5", "get ExtendedErrorInformation", "get LastError"))
             << key;
         EXPECT_EQ(result, unknownOption) << key;
     }

@@ -44,8 +44,7 @@ TEST_F(PositionTest, CoordinatesAreInTheChosenUnit)
     EXPECT_THAT(Moves(), IsEmpty());
     float x = 7.0f;
     float y = 8.0f;
-    ExpectFailure(J4_GetPosition(&x, &y),
-                  {"J4_GetPosition", J4_ResultResourceFault, "Invalid unit in properties."});
+    ExpectFailure(J4_GetPosition(&x, &y), {"J4_GetPosition", J4_ResultResourceFault, "Invalid unit in properties."});
     EXPECT_EQ(x, 7.0f) << "written only after success";
     EXPECT_EQ(y, 8.0f);
     Set("5030", "0");

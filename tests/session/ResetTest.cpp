@@ -33,8 +33,7 @@ TEST_F(SessionTest, AFullResetMakesEverythingNew)
 
         TakeJournal();
         EXPECT_EQ(GetOption("J4TMoveSpeed"), "300") << "a new table at its defaults";
-        EXPECT_THAT(LinesThatBegin(TakeJournal(), {"J4_Register"}),
-                    ElementsAre("J4_RegisterDeviceMessageHandler set"));
+        EXPECT_THAT(LinesThatBegin(TakeJournal(), {"J4_Register"}), ElementsAre("J4_RegisterDeviceMessageHandler set"));
         EXPECT_EQ(J4_RegisterErrorHandler(Application::OnError), nullptr);
         EXPECT_EQ(J4_RegisterErrorHandler(Application::OnError), &Application::OnError);
         EXPECT_EQ(J4_RegisterDeviceMessageHandler(Application::OnDeviceMessage), &Application::OnDeviceMessage)
@@ -56,8 +55,9 @@ TEST_F(SessionTest, LibraryErrorsThroughItsHandlerArriveOnce)
 {
     Set("Simulator.ErrorHandlerCalls", "yes");
     EXPECT_EQ(J4_TriggerMeasurement(), 3);
-    const std::string text = "J4_TriggerMeasurement failed: Instrument 240117 is not calibrated in the mode "
-                             "SingleReflectance.";
+    const std::string text =
+        "J4_TriggerMeasurement failed: Instrument 240117 is not calibrated in the mode "
+        "SingleReflectance.";
     EXPECT_EQ(Application::failures, (std::vector<Failure>{{"J4_TriggerMeasurement", 3, text}}));
     EXPECT_EQ(GetOption("LastError"), text);
 

@@ -23,8 +23,8 @@ struct ScanTest : SessionTest {
         SessionTest::SetUp();
         std::vector<J4Bench::FlatPatch> row;
         for (size_t i = 0; i < std::size(patches); ++i) {
-            row.push_back({"patch", 210.0 + 20.0 * static_cast<double>(i), 250.0, 20.0, 20.0,
-                           static_cast<double>(patches[i])});
+            row.push_back(
+                {"patch", 210.0 + 20.0 * static_cast<double>(i), 250.0, 20.0, 20.0, static_cast<double>(patches[i])});
         }
         std::ofstream(chartFile) << J4Bench::ChartText(row);
         Set("Simulator.ChartFile", chartFile);
@@ -63,15 +63,14 @@ TEST_F(ScanTest, TableAndInstrumentAreCalledInOrder)
         Set("J4TRecognitionAlgorithm", recognition.algorithm);
         StartJournal();
         EXPECT_EQ(ScanRow(), 0);
-        const Lines list =
-            recognition.sendsList ? Lines{std::string("private 5 ") + recognition.list} : Lines{};
+        const Lines list = recognition.sendsList ? Lines{std::string("private 5 ") + recognition.list} : Lines{};
         EXPECT_THAT(TakeJournal(),
-                    ElementsAreArray(Joined({Preparation("ScanningReflectance", firstRead),
-                                             {std::string("set Recognition ") + recognition.option,
-                                              "table d1 00c8", "table m0 078009c4012c", "table m2 0b4009c400a0",
-                                              "get IntegrationTime", "table a3"},
-                                             list,
-                                             {"J4_TriggerCountedScan " + count}})))
+                    ElementsAreArray(
+                        Joined({Preparation("ScanningReflectance", firstRead),
+                                {std::string("set Recognition ") + recognition.option, "table d1 00c8",
+                                 "table m0 078009c4012c", "table m2 0b4009c400a0", "get IntegrationTime", "table a3"},
+                                list,
+                                {"J4_TriggerCountedScan " + count}})))
             << recognition.algorithm;
         firstRead.clear();
         if (recognition.sendsList) {

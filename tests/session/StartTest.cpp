@@ -16,10 +16,10 @@ struct StartTest : SessionTest {
         if (!samplesBefore.empty()) {
             lines.push_back("J4_GetSpectrum 0");
         }
-        return Joined({lines,
-                       {"table c0", "table c1", "set MeasurementMode SingleReflectance", "J4_TriggerMeasurement = 3",
-                        "table c2", "private 1 " + (samplesBefore.empty() ? "0" : samplesBefore),
-                        "set MeasurementMode SingleReflectance"}});
+        return Joined(
+            {lines,
+             {"table c0", "table c1", "set MeasurementMode SingleReflectance", "J4_TriggerMeasurement = 3", "table c2",
+              "private 1 " + (samplesBefore.empty() ? "0" : samplesBefore), "set MeasurementMode SingleReflectance"}});
     }
 };
 
@@ -27,15 +27,14 @@ TEST_F(StartTest, TheFirstTableCallConnectsAndFindsTheInstrumentInTheTable)
 {
     StartJournal();
     EXPECT_EQ(J4_IsTableConnected(), 0);
-    EXPECT_THAT(TakeJournal(),
-                ElementsAreArray(Joined({{"table a0", "table i0", "table s0", "get DeviceType", "J4_IsConnected",
-                                          "set DeviceType Sorvane0", "J4_IsConnected"},
-                                         CurrentTest(),
-                                         {"set DeviceType Sorvane1", "J4_IsConnected"},
-                                         CurrentTest(),
-                                         {"table c0", "get SerialNumber"},
-                                         Preparation("SingleReflectance", flashRead),
-                                         {"J4_RegisterDeviceMessageHandler set"}})));
+    EXPECT_THAT(TakeJournal(), ElementsAreArray(Joined({{"table a0", "table i0", "table s0", "get DeviceType",
+                                                         "J4_IsConnected", "set DeviceType Sorvane0", "J4_IsConnected"},
+                                                        CurrentTest(),
+                                                        {"set DeviceType Sorvane1", "J4_IsConnected"},
+                                                        CurrentTest(),
+                                                        {"table c0", "get SerialNumber"},
+                                                        Preparation("SingleReflectance", flashRead),
+                                                        {"J4_RegisterDeviceMessageHandler set"}})));
     EXPECT_EQ(GetOption("J4TJ4SerialNumber"), seated);
     EXPECT_EQ(GetOption("SerialNumber"), seated) << "the table's instrument stays selected";
 
@@ -141,11 +140,11 @@ TEST_F(StartTest, TheOptionChoosesAmongSeveralTables)
     EXPECT_EQ(GetOption("J4TSerialNumber"), "640002");
 
     Set("J4TMoveSpeed", "111");
-    for (const auto& [value, status, message] : std::vector<std::tuple<const char*, int, const char*>>{
-             {"Table2", 10, "Invalid device ID-string"},
-             {" J4TSorvaneTable2", 10, "Invalid device ID-string"},
-             {"J4TSorvaneTable0", 10, "Invalid device ID"},
-             {"J4TSorvaneTable128", 10, "Invalid device ID"}}) {
+    for (const auto& [value, status, message] :
+         std::vector<std::tuple<const char*, int, const char*>>{{"Table2", 10, "Invalid device ID-string"},
+                                                                {" J4TSorvaneTable2", 10, "Invalid device ID-string"},
+                                                                {"J4TSorvaneTable0", 10, "Invalid device ID"},
+                                                                {"J4TSorvaneTable128", 10, "Invalid device ID"}}) {
         ExpectFailure(SetOption("J4TDeviceType", value), {"J4_SetOption", status, message});
         EXPECT_EQ(GetOption("J4TMoveSpeed"), "111") << "the table stays";
     }

@@ -9,7 +9,8 @@
 namespace J4Bench {
 namespace {
 
-TEST(Bench, InstrumentSitsInOneSeatAtMost) {
+TEST(Bench, InstrumentSitsInOneSeatAtMost)
+{
     Bench bench;
     ASSERT_TRUE(bench.SetTableCount(2));
     ASSERT_TRUE(bench.SeatInstrument(0, "17"));
@@ -23,7 +24,8 @@ TEST(Bench, InstrumentSitsInOneSeatAtMost) {
     EXPECT_FALSE(bench.SeatInstrument(2, "17"));
 }
 
-TEST(Bench, TablesComeAndGo) {
+TEST(Bench, TablesComeAndGo)
+{
     Bench bench;
     EXPECT_EQ(bench.TableCount(), 1u);
     const auto first = bench.TableAt(0);
@@ -36,7 +38,8 @@ TEST(Bench, TablesComeAndGo) {
     EXPECT_EQ(bench.TableAt(0), nullptr);
 }
 
-TEST(Bench, ResetMakesAFreshWorldInWhichTimeGoesOn) {
+TEST(Bench, ResetMakesAFreshWorldInWhichTimeGoesOn)
+{
     Bench bench;
     const auto old = bench.TableAt(0);
     bench.Clock().Advance(5000);
@@ -54,7 +57,8 @@ TEST(Bench, ResetMakesAFreshWorldInWhichTimeGoesOn) {
     EXPECT_NE(bench.CarriageOf(bench.SeatedInstrument(0)), nullptr) << "an instrument sits in the table";
 }
 
-TEST(Bench, TimeScaleIsARealPace) {
+TEST(Bench, TimeScaleIsARealPace)
+{
     BenchClock clock;
     clock.SetTimeScale(0.5);
     const auto before = std::chrono::steady_clock::now();

@@ -13,16 +13,19 @@ class BridgeTest : public testing::Test {
 protected:
     void SetUp() override { SetUpLine(52); }
 
-    void SetUpLine(uint16_t divisor) {
+    void SetUpLine(uint16_t divisor)
+    {
         ASSERT_EQ(bridge.Control(3, divisor), Bridge::Status::Done);
         ASSERT_EQ(bridge.Control(4, 8), Bridge::Status::Done);
     }
 
-    void Send(const std::string& request) {
+    void Send(const std::string& request)
+    {
         EXPECT_EQ(bridge.Write(";" + request + WireChecksum(";" + request) + "\r"), Bridge::Status::Done);
     }
 
-    std::vector<uint8_t> Read(size_t room = 131072) {
+    std::vector<uint8_t> Read(size_t room = 131072)
+    {
         std::vector<uint8_t> buffer(room);
         EXPECT_EQ(bridge.Read(buffer.data(), room), Bridge::Status::Done);
         buffer.resize(room);
@@ -30,7 +33,8 @@ protected:
     }
 
     /// What a transfer carries, and a test of its status bytes.
-    static std::string Payload(const std::vector<uint8_t>& transfer) {
+    static std::string Payload(const std::vector<uint8_t>& transfer)
+    {
         std::string text;
         for (size_t i = 0; i < transfer.size(); ++i) {
             if (i % 64 >= 2) {
@@ -49,7 +53,8 @@ protected:
     Bridge bridge{clock, journal, faults, table};
 };
 
-TEST_F(BridgeTest, IdleLineGivesTwoBytesEverySixteenMilliseconds) {
+TEST_F(BridgeTest, IdleLineGivesTwoBytesEverySixteenMilliseconds)
+{
     Read();
     for (int i = 0; i < 3; ++i) {
         const int64_t before = clock.Now();
@@ -62,7 +67,8 @@ TEST_F(BridgeTest, IdleLineGivesTwoBytesEverySixteenMilliseconds) {
     EXPECT_EQ(clock.Now(), before) << "a packet that is long due leaves at once";
 }
 
-TEST_F(BridgeTest, PacksRepliesIntoPackets) {
+TEST_F(BridgeTest, PacksRepliesIntoPackets)
+{
     // A reply has eight characters around its data; a full packet makes the transfer go on.
     const struct {
         uint32_t count;
@@ -78,7 +84,8 @@ TEST_F(BridgeTest, PacksRepliesIntoPackets) {
     }
 }
 
-TEST_F(BridgeTest, ReplyTakesItsTimeOnTheLine) {
+TEST_F(BridgeTest, ReplyTakesItsTimeOnTheLine)
+{
     Read();
     for (const uint32_t count : {0, 27, 58, 256}) {
         SCOPED_TRACE(count);
@@ -96,7 +103,8 @@ TEST_F(BridgeTest, ReplyTakesItsTimeOnTheLine) {
     }
 }
 
-TEST_F(BridgeTest, TransferEndsWithItsFirstShortPacketOrAFullBuffer) {
+TEST_F(BridgeTest, TransferEndsWithItsFirstShortPacketOrAFullBuffer)
+{
     Read();
     Send("u8000000000100");
     Send("u8000000000100");
@@ -108,7 +116,8 @@ TEST_F(BridgeTest, TransferEndsWithItsFirstShortPacketOrAFullBuffer) {
     EXPECT_EQ(Read().size(), 2u);
 }
 
-TEST_F(BridgeTest, LineMustBeSetUpLikeTheTables) {
+TEST_F(BridgeTest, LineMustBeSetUpLikeTheTables)
+{
     for (const uint16_t divisor : {1, 26, 104}) {
         SetUpLine(divisor);
         Send("a0");
@@ -127,7 +136,8 @@ TEST_F(BridgeTest, LineMustBeSetUpLikeTheTables) {
     EXPECT_EQ(Payload(Read()).substr(0, 10), ":$a0000001");
 }
 
-TEST_F(BridgeTest, PurgesWhatLiesInItsBuffers) {
+TEST_F(BridgeTest, PurgesWhatLiesInItsBuffers)
+{
     Send("a0");
     clock.Advance(50000);
     EXPECT_EQ(bridge.Control(0, 1), Bridge::Status::Done);
@@ -143,7 +153,8 @@ TEST_F(BridgeTest, PurgesWhatLiesInItsBuffers) {
     EXPECT_EQ(bridge.Control(77, 0), Bridge::Status::Stalled);
 }
 
-TEST_F(BridgeTest, UnplugsAfterTheGivenNumberOfTransfers) {
+TEST_F(BridgeTest, UnplugsAfterTheGivenNumberOfTransfers)
+{
     faults.unplugAfterTransfers = 2;
     EXPECT_EQ(bridge.Write(";"), Bridge::Status::Done);
     EXPECT_EQ(Read().size(), 2u);
@@ -157,7 +168,8 @@ TEST_F(BridgeTest, UnplugsAfterTheGivenNumberOfTransfers) {
     EXPECT_EQ(bridge.Probe(), Bridge::Status::Done);
 }
 
-TEST_F(BridgeTest, JournalHasWholeLinesInTheOrderOfTheHost) {
+TEST_F(BridgeTest, JournalHasWholeLinesInTheOrderOfTheHost)
+{
     journal.Enable(true);
     bridge.Write(";a0");
     bridge.Write("34\r");

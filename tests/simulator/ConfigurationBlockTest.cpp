@@ -9,33 +9,50 @@
 namespace J4Bench {
 namespace {
 
-uint32_t Word(const std::vector<uint8_t>& block, size_t offset) {
+uint32_t Word(const std::vector<uint8_t>& block, size_t offset)
+{
     return block[offset] | block[offset + 1] << 8 | block[offset + 2] << 16 |
            static_cast<uint32_t>(block[offset + 3]) << 24;
 }
 
-void SetWord(std::vector<uint8_t>& block, size_t offset, uint32_t value) {
+void SetWord(std::vector<uint8_t>& block, size_t offset, uint32_t value)
+{
     for (size_t i = 0; i < 4; ++i) {
         block[offset + i] = static_cast<uint8_t>(value >> (8 * i));
     }
 }
 
 /// Makes bytes and checksum word add up to 0.
-void Seal(std::vector<uint8_t>& block) {
+void Seal(std::vector<uint8_t>& block)
+{
     const size_t end = Word(block, 0) - 4;
     SetWord(block, end, -std::accumulate(block.begin(), block.begin() + static_cast<long>(end), 0u));
 }
 
-TEST(ConfigurationBlock, FactoryBlockHasTheHostsLayout) {
+TEST(ConfigurationBlock, FactoryBlockHasTheHostsLayout)
+{
     const std::vector<uint8_t> block = ConfigurationBlock::Factory();
     ASSERT_EQ(block.size(), 360u);
     const struct {
         size_t offset;
         uint32_t value;
     } words[] = {
-        {0, 360},   {4, 0x322e3156}, {8, ConfigurationBlock::Revision}, {12, 5000}, {16, 4000}, {20, 300},
-        {24, 500},  {44, 800},       {48, static_cast<uint32_t>(-100)},  {52, 800},
-        {56, static_cast<uint32_t>(-100)}, {60, 400}, {232, 1704067200}, {236, 0xffffffff}, {240, 0}, {244, 0xffffffff},
+        {0, 360},
+        {4, 0x322e3156},
+        {8, ConfigurationBlock::Revision},
+        {12, 5000},
+        {16, 4000},
+        {20, 300},
+        {24, 500},
+        {44, 800},
+        {48, static_cast<uint32_t>(-100)},
+        {52, 800},
+        {56, static_cast<uint32_t>(-100)},
+        {60, 400},
+        {232, 1704067200},
+        {236, 0xffffffff},
+        {240, 0},
+        {244, 0xffffffff},
         {352, 0xffffffff},
     };
     for (const auto& word : words) {
@@ -53,7 +70,8 @@ TEST(ConfigurationBlock, FactoryBlockHasTheHostsLayout) {
     EXPECT_EQ(sum + Word(block, 356), 0u);
 }
 
-TEST(ConfigurationBlock, JudgesWhatTheFlashHolds) {
+TEST(ConfigurationBlock, JudgesWhatTheFlashHolds)
+{
     using State = ConfigurationBlock::State;
     const auto stateOf = [](const std::vector<uint8_t>& memory) { return ConfigurationBlock(memory).GetState(); };
     const std::vector<uint8_t> factory = ConfigurationBlock::Factory();
@@ -69,7 +87,8 @@ TEST(ConfigurationBlock, JudgesWhatTheFlashHolds) {
     EXPECT_EQ(stateOf(smallest), State::Valid);
 }
 
-TEST(ConfigurationBlock, TellsTheMachineThatIsWritten) {
+TEST(ConfigurationBlock, TellsTheMachineThatIsWritten)
+{
     std::vector<uint8_t> block = ConfigurationBlock::Factory();
     SetWord(block, 44, 123);
     SetWord(block, 60, 77);

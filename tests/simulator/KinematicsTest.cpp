@@ -7,7 +7,8 @@
 namespace J4Bench {
 namespace {
 
-TEST(Kinematics, ConvertsBetweenVisorAndSensor) {
+TEST(Kinematics, ConvertsBetweenVisorAndSensor)
+{
     const Kinematics arm(5000, 4000, 500, 300);
     const auto sensor = arm.VisorToSensor({5000, 3000});
     ASSERT_TRUE(sensor);
@@ -39,7 +40,8 @@ TEST(Kinematics, ConvertsBetweenVisorAndSensor) {
     EXPECT_TRUE(arm.SensorToVisor({9000, 0}));
 }
 
-TEST(Kinematics, TheBedAndTheTileCanBeReached) {
+TEST(Kinematics, TheBedAndTheTileCanBeReached)
+{
     const Machine machine;
     for (double x = 1500; x <= 6000; x += 50) {
         for (double y = 1500; y <= 5000; y += 50) {
@@ -53,7 +55,8 @@ TEST(Kinematics, TheBedAndTheTileCanBeReached) {
     }
 }
 
-TEST(Kinematics, TheTowerLeavesACorridor) {
+TEST(Kinematics, TheTowerLeavesACorridor)
+{
     const Machine machine;
     const double y = 500;  // both points are beside the tower here
     EXPECT_TRUE(machine.SensorAt({1150, y}, false));

@@ -8,7 +8,8 @@
 namespace J4Bench {
 namespace {
 
-uint32_t HexAt(const std::string& text, size_t offset, size_t length) {
+uint32_t HexAt(const std::string& text, size_t offset, size_t length)
+{
     return FromHex(text.substr(offset, length)).value();
 }
 
@@ -18,12 +19,14 @@ struct Ramps {
     double speed;
 };
 
-Ramps ReadRamps(TableLine& line) {
+Ramps ReadRamps(TableLine& line)
+{
     const std::string reply = line.Ask("a3");
     return {HexAt(reply, 4, 8) / 1000.0, HexAt(reply, 12, 8) / 1000.0, HexAt(reply, 20, 4) * 10.0};
 }
 
-TEST(TableMotion, InitializationTakesTimeAndMovesNothing) {
+TEST(TableMotion, InitializationTakesTimeAndMovesNothing)
+{
     TableLine line;
     EXPECT_EQ(line.Ask("m007d007d0012c"), "!m0 $m07") << "motors are off";
     EXPECT_EQ(line.Ask("i1"), "!i1 $i17");
@@ -35,10 +38,11 @@ TEST(TableMotion, InitializationTakesTimeAndMovesNothing) {
 }
 
 // The host reckons with nothing but the ramp data where a sample was taken.
-TEST(TableMotion, RampDataTellWhereTheArmIs) {
+TEST(TableMotion, RampDataTellWhereTheArmIs)
+{
     const std::tuple<int, int, uint32_t> moves[] = {
-        {6000, 2000, 160}, {6000, 5000, 400}, {6000, 4990, 100}, {1500, 1500, 300}, {1510, 1510, 400}, {1515, 1510, 40},
-        {1615, 1510, 400}, {1616, 1510, 1},
+        {6000, 2000, 160}, {6000, 5000, 400}, {6000, 4990, 100}, {1500, 1500, 300},
+        {1510, 1510, 400}, {1515, 1510, 40},  {1615, 1510, 400}, {1616, 1510, 1},
     };
     TableLine line;
     line.Start();
@@ -71,14 +75,20 @@ TEST(TableMotion, RampDataTellWhereTheArmIs) {
     }
 }
 
-TEST(TableMotion, MotionOfNoLengthIsOverAtOnce) {
+TEST(TableMotion, MotionOfNoLengthIsOverAtOnce)
+{
     TableLine line;
     line.Start();
     EXPECT_EQ(line.Ask(TableLine::MoveTo(2000, 2000, 300)), "!m0 $m00");
-    EXPECT_EQ(line.Ask("a3"), "$a30" "00000000" "00000000" "0000");
+    EXPECT_EQ(line.Ask("a3"),
+              "$a30"
+              "00000000"
+              "00000000"
+              "0000");
 }
 
-TEST(TableMotion, FinalReplyComesWhenTheArmStops) {
+TEST(TableMotion, FinalReplyComesWhenTheArmStops)
+{
     TableLine line;
     line.Start();
     EXPECT_EQ(line.Ask(TableLine::MoveTo(4000, 2000, 100)), "!m0");
@@ -88,7 +98,8 @@ TEST(TableMotion, FinalReplyComesWhenTheArmStops) {
     EXPECT_EQ(line.Replies(1), "$m00");
 }
 
-TEST(TableMotion, ScanWaitsForItsDelay) {
+TEST(TableMotion, ScanWaitsForItsDelay)
+{
     TableLine line;
     line.Start();
     line.Ask("d100c8");
@@ -101,7 +112,8 @@ TEST(TableMotion, ScanWaitsForItsDelay) {
     EXPECT_NE(line.table.ApertureAt(line.clock.Now() + 50000).x, 4000.0) << "only a scan is delayed";
 }
 
-TEST(TableMotion, ReadsAreAnsweredAndMotionsAreBusyMeanwhile) {
+TEST(TableMotion, ReadsAreAnsweredAndMotionsAreBusyMeanwhile)
+{
     TableLine line;
     line.Start();
     line.Ask(TableLine::MoveTo(6000, 2000, 100));
@@ -116,7 +128,8 @@ TEST(TableMotion, ReadsAreAnsweredAndMotionsAreBusyMeanwhile) {
     EXPECT_EQ(line.Replies(TableLine::Long), "$m00");
 }
 
-TEST(TableMotion, HoldFollowsAMotionUnlessItIsReleased) {
+TEST(TableMotion, HoldFollowsAMotionUnlessItIsReleased)
+{
     TableLine line;
     line.Start();
     const auto mode = [&] { return line.Ask("a0").substr(5, 1); };
@@ -133,19 +146,20 @@ TEST(TableMotion, HoldFollowsAMotionUnlessItIsReleased) {
     EXPECT_EQ(mode(), "2") << "released during the motion";
 }
 
-TEST(TableMotion, RefusesTargetsAndSpeeds) {
+TEST(TableMotion, RefusesTargetsAndSpeeds)
+{
     const struct {
         int32_t x, y;
         uint32_t speed;
         char subCommand;
         const char* final;
     } moves[] = {
-        {2010, 2000, 1, '0', "$m00"},     {3100, 3000, 400, '1', "$m10"},   {3000, 3000, 0, '0', "$m02"},
-        {3000, 3000, 401, '0', "$m02"},   {8001, 1000, 300, '0', "$m01"},   {8000, 1000, 300, '0', "$m00"},
-        {-1001, 3000, 300, '0', "$m01"},  {-1000, 3000, 300, '0', "$m00"},  {3000, -1001, 300, '0', "$m01"},
-        {7000, 7000, 300, '0', "$m01"},   {1000, -1000, 300, '0', "$m00"},  {500, 500, 300, '0', "$m01"},
-        {7000, 6000, 300, '1', "$m11"},   {6000, 5000, 300, '1', "$m10"},   {-700, -999, 300, '0', "$m01"},
-        {1000, 800, 300, '0', "$m00"},    {1150, 800, 300, '0', "$m00"},    {-32000, -32000, 300, '0', "$m01"},
+        {2010, 2000, 1, '0', "$m00"},    {3100, 3000, 400, '1', "$m10"},  {3000, 3000, 0, '0', "$m02"},
+        {3000, 3000, 401, '0', "$m02"},  {8001, 1000, 300, '0', "$m01"},  {8000, 1000, 300, '0', "$m00"},
+        {-1001, 3000, 300, '0', "$m01"}, {-1000, 3000, 300, '0', "$m00"}, {3000, -1001, 300, '0', "$m01"},
+        {7000, 7000, 300, '0', "$m01"},  {1000, -1000, 300, '0', "$m00"}, {500, 500, 300, '0', "$m01"},
+        {7000, 6000, 300, '1', "$m11"},  {6000, 5000, 300, '1', "$m10"},  {-700, -999, 300, '0', "$m01"},
+        {1000, 800, 300, '0', "$m00"},   {1150, 800, 300, '0', "$m00"},   {-32000, -32000, 300, '0', "$m01"},
     };
     TableLine line;
     line.Start();
@@ -155,23 +169,29 @@ TEST(TableMotion, RefusesTargetsAndSpeeds) {
         EXPECT_EQ(line.Ask(request, TableLine::Long), replies) << request;
         const bool isDone = std::string(move.final).back() == '0';
         if (isDone && move.subCommand == '0') {
-            EXPECT_EQ(line.Ask("p0"), "$p00" + ToHex(static_cast<uint32_t>(move.x), 4) +
-                                          ToHex(static_cast<uint32_t>(move.y), 4));
+            EXPECT_EQ(line.Ask("p0"),
+                      "$p00" + ToHex(static_cast<uint32_t>(move.x), 4) + ToHex(static_cast<uint32_t>(move.y), 4));
         }
     }
 }
 
-TEST(TableMotion, RefusedScanIsToldWhenItShouldHaveBegun) {
+TEST(TableMotion, RefusedScanIsToldWhenItShouldHaveBegun)
+{
     TableLine line;
     line.Start();
     line.Ask("d100c8");
     EXPECT_EQ(line.Ask(TableLine::MoveTo(9000, 9000, 160, '2')), "!m2");
-    EXPECT_EQ(line.Ask("a3"), "$a30" "00000000" "00000000" "0000");
+    EXPECT_EQ(line.Ask("a3"),
+              "$a30"
+              "00000000"
+              "00000000"
+              "0000");
     EXPECT_EQ(line.Replies(150000), "");
     EXPECT_EQ(line.Replies(100000), "$m21");
 }
 
-TEST(TableMotion, VisorTargetBringsTheVisorThere) {
+TEST(TableMotion, VisorTargetBringsTheVisorThere)
+{
     TableLine line;
     line.Start();
     line.Ask(TableLine::MoveTo(5000, 3000, 300, '1'), TableLine::Long);
@@ -183,7 +203,8 @@ TEST(TableMotion, VisorTargetBringsTheVisorThere) {
     EXPECT_EQ(HexAt(sensor, 8, 4), 3475u);
 }
 
-TEST(TableMotion, HomeIsTheTileAndCountersCount) {
+TEST(TableMotion, HomeIsTheTileAndCountersCount)
+{
     TableLine line;
     line.Start();
     EXPECT_EQ(line.Ask("i1", TableLine::Long), "!i1 $i10");
@@ -199,7 +220,8 @@ TEST(TableMotion, HomeIsTheTileAndCountersCount) {
     EXPECT_EQ(HexAt(metrics, 4 + 8, 8), 9136u);
 }
 
-TEST(TableMotion, AnObstacleAndAResetStopTheArmOnItsWay) {
+TEST(TableMotion, AnObstacleAndAResetStopTheArmOnItsWay)
+{
     TableLine line;
     line.Start();
     line.faults.positionNotReached = true;

@@ -16,7 +16,8 @@ protected:
     void SetUp() override { Bench::Instance().Reset(); }
     void TearDown() override { Bench::Instance().Reset(); }
 
-    static std::string Failure(const std::function<void()>& call) {
+    static std::string Failure(const std::function<void()>& call)
+    {
         try {
             call();
         } catch (const CommunicationException& exception) {
@@ -25,7 +26,8 @@ protected:
         return "";
     }
 
-    void Talk(VirtualUsb& usb) {
+    void Talk(VirtualUsb& usb)
+    {
         usb.DeviceIo(3, 52, 0, false, nullptr, 0);
         usb.DeviceIo(4, 8, 0, false, nullptr, 0);
         usb.Write(Kestrelon::DeviceDriver::J4T::LowLevel::Usb::PipeOut, ";a034\r", 6);
@@ -37,7 +39,8 @@ protected:
     }
 };
 
-TEST_F(VirtualUsbTest, OpensTalksAndTellsItsSerialNumber) {
+TEST_F(VirtualUsbTest, OpensTalksAndTellsItsSerialNumber)
+{
     Bench::Instance().SetTableCount(2);
     VirtualUsb usb;
     unsigned short count = 0;
@@ -54,7 +57,8 @@ TEST_F(VirtualUsbTest, OpensTalksAndTellsItsSerialNumber) {
     Talk(usb);
 }
 
-TEST_F(VirtualUsbTest, FailuresHaveTheDriversWords) {
+TEST_F(VirtualUsbTest, FailuresHaveTheDriversWords)
+{
     VirtualUsb usb;
     char serial[128];
     unsigned char buffer[128];

@@ -7,10 +7,7 @@ namespace J4Test {
 
 namespace {
 
-std::string WithoutPrefix(const std::string& text, const std::string& prefix)
-{
-    return text.substr(prefix.size());
-}
+std::string WithoutPrefix(const std::string& text, const std::string& prefix) { return text.substr(prefix.size()); }
 
 std::string LibraryLine(std::string call)
 {
@@ -81,10 +78,10 @@ Lines Joined(std::initializer_list<Lines> parts)
 Lines Preparation(const std::string& mode, const Lines& flashRead)
 {
     const auto prepared = [](const char* name, const Lines& read) {
-        return Joined({{std::string("set MeasurementMode ") + name, "set NoPersistentCalibrationLog yes",
-                        "private 0 0"},
-                       read,
-                       {"get 1100", "private 0 1"}});
+        return Joined(
+            {{std::string("set MeasurementMode ") + name, "set NoPersistentCalibrationLog yes", "private 0 0"},
+             read,
+             {"get 1100", "private 0 1"}});
     };
     return Joined({{"get MeasurementMode", "get AvailableMeasurementModes"},
                    prepared("SingleReflectance", flashRead),

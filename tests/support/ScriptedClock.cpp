@@ -8,7 +8,8 @@ using J4Test::ScriptedClock;
 
 uint32_t GetTickCount() { return ScriptedClock::now; }
 
-void Sleep(uint32_t milliseconds) {
+void Sleep(uint32_t milliseconds)
+{
     ScriptedClock::sleeps.push_back(milliseconds);
     ScriptedClock::Advance(milliseconds);
 }

@@ -8,11 +8,12 @@
 namespace J4Test {
 
 struct ScriptedClock {
-    static inline uint32_t now = 0;               ///< milliseconds
-    static inline std::vector<uint32_t> sleeps;   ///< of the library, in milliseconds
+    static inline uint32_t now = 0;              ///< milliseconds
+    static inline std::vector<uint32_t> sleeps;  ///< of the library, in milliseconds
 
     static void Advance(uint32_t milliseconds) { now += milliseconds; }
-    static void Reset(uint32_t start = 0) {
+    static void Reset(uint32_t start = 0)
+    {
         now = start;
         sleeps.clear();
     }

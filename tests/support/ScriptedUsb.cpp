@@ -21,7 +21,8 @@ constexpr int EndlessPolls = 20000;
 
 ScriptedUsb* current = nullptr;
 
-std::string Line(char start, const std::string& body) {
+std::string Line(char start, const std::string& body)
+{
     std::string line = start + body;
     unsigned sum = 0;
     for (const char character : line) {
@@ -40,7 +41,8 @@ std::string Request(const std::string& body) { return Line(';', body); }
 
 std::string Reply(const std::string& body) { return Line(':', body); }
 
-std::vector<uint8_t> Packed(const std::string& payload) {
+std::vector<uint8_t> Packed(const std::string& payload)
+{
     std::vector<uint8_t> bytes;
     for (std::size_t i = 0; i < payload.size(); ++i) {
         if (i % 62 == 0) {
@@ -54,7 +56,8 @@ std::vector<uint8_t> Packed(const std::string& payload) {
 /// What the library holds; the script may be gone before it.
 class ScriptedUsbFace : public Kestrelon::DeviceDriver::J4T::LowLevel::Usb {
 public:
-    void Scan(unsigned short& count) override {
+    void Scan(unsigned short& count) override
+    {
         Enter("scan");
         count = 1;
     }
@@ -64,12 +67,14 @@ public:
     void Close() override { Enter("close"); }
 
     void DeviceIo(unsigned char request, unsigned short value, unsigned short index, bool in, void*,
-                  short length) override {
+                  short length) override
+    {
         Enter("control", " " + std::to_string(request) + " " + std::to_string(value) + " " + std::to_string(index) +
                              (in ? " in " : " out ") + std::to_string(length));
     }
 
-    void Read(short pipe, void* buffer, unsigned long* length) override {
+    void Read(short pipe, void* buffer, unsigned long* length) override
+    {
         EXPECT_EQ(pipe, PipeIn);
         EXPECT_EQ(*length, 131072u);
         Script().Enter("read");
@@ -78,7 +83,8 @@ public:
         std::memcpy(buffer, bytes.data(), *length);
     }
 
-    void Write(short pipe, const void* data, unsigned long length) override {
+    void Write(short pipe, const void* data, unsigned long length) override
+    {
         EXPECT_EQ(pipe, PipeOut);
         const std::string line(static_cast<const char*>(data), length);
         Enter("write", " " + line.substr(0, line.find('\r')));
@@ -87,21 +93,24 @@ public:
 
     void Abort(short pipe) override { Enter("abort", " " + std::to_string(pipe)); }
 
-    void GetSerialNumber(char* serial) override {
+    void GetSerialNumber(char* serial) override
+    {
         Enter("serial");
         const std::string text = Script().serialNumber.substr(0, SerialNumberSize - 1);
         std::memcpy(serial, text.c_str(), text.size() + 1);
     }
 
 private:
-    static ScriptedUsb& Script() {
+    static ScriptedUsb& Script()
+    {
         if (current == nullptr) {
             throw CommunicationException("no device");
         }
         return *current;
     }
 
-    static void Enter(const std::string& call, const std::string& arguments = std::string()) {
+    static void Enter(const std::string& call, const std::string& arguments = std::string())
+    {
         Script().journal.push_back(call + arguments);
         Script().Enter(call);
     }
@@ -109,12 +118,14 @@ private:
 
 ScriptedUsb::ScriptedUsb() { current = this; }
 
-ScriptedUsb::~ScriptedUsb() {
+ScriptedUsb::~ScriptedUsb()
+{
     EXPECT_EQ(Missing(), 0u) << "requests that did not come, the first of them " << expected.front().request;
     current = nullptr;
 }
 
-void ScriptedUsb::Clear() {
+void ScriptedUsb::Clear()
+{
     transfers.clear();
     journal.clear();
     requests.clear();
@@ -122,7 +133,8 @@ void ScriptedUsb::Clear() {
     idlePolls = 0;
 }
 
-void ScriptedUsb::Enter(const std::string& call) {
+void ScriptedUsb::Enter(const std::string& call)
+{
     for (auto failure = failures.begin(); failure != failures.end(); ++failure) {
         if (failure->call == call && failure->skip-- == 0) {
             failures.erase(failure);
@@ -131,7 +143,8 @@ void ScriptedUsb::Enter(const std::string& call) {
     }
 }
 
-std::vector<uint8_t> ScriptedUsb::NextTransfer() {
+std::vector<uint8_t> ScriptedUsb::NextTransfer()
+{
     ++reads;
     if (transfers.empty()) {
         if (++idlePolls > EndlessPolls) {
@@ -146,7 +159,8 @@ std::vector<uint8_t> ScriptedUsb::NextTransfer() {
     return transfer.bytes;
 }
 
-void ScriptedUsb::Receive(const std::string& line) {
+void ScriptedUsb::Receive(const std::string& line)
+{
     const std::string body = line.size() < 4 ? std::string() : line.substr(1, line.size() - 4);
     if (line != Request(body)) {
         return;  // raw text, for the journal alone
@@ -169,7 +183,8 @@ void ScriptedUsb::Receive(const std::string& line) {
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
-Utilities::Tools::SmartPointer<Usb> CreateUsb(uint32_t vendorId, uint32_t productId) {
+Utilities::Tools::SmartPointer<Usb> CreateUsb(uint32_t vendorId, uint32_t productId)
+{
     if (J4Test::current != nullptr) {
         J4Test::current->vendorId = vendorId;
         J4Test::current->productId = productId;

@@ -32,13 +32,15 @@ public:
     // What the bridge delivers, one transfer after the other; between and after them two status bytes alone.
 
     /// Bytes of the table, delivered in one transfer. @param delay  ms that the clock moves on by it
-    void Deliver(const std::string& payload, uint32_t delay = 0) {
+    void Deliver(const std::string& payload, uint32_t delay = 0)
+    {
         if (!payload.empty()) {
             DeliverRaw(Packed(payload), delay);
         }
     }
     /// A transfer as it stands, status bytes included.
-    void DeliverRaw(const std::vector<uint8_t>& transfer, uint32_t delay = 0) {
+    void DeliverRaw(const std::vector<uint8_t>& transfer, uint32_t delay = 0)
+    {
         transfers.push_back({transfer, delay});
     }
 
@@ -60,10 +62,10 @@ public:
     /// Forgets what was written down, and scripted transfers.
     void Clear();
 
-    std::vector<std::string> journal;    ///< all calls but reads: "open 0", "control 3 52 0 out 0", "write ;a034"
-    std::vector<std::string> requests;   ///< well-formed requests, without start byte, checksum and CR
-    int reads = 0;                       ///< transfers asked for
-    int idlePolls = 0;                   ///< of those, answered by two status bytes
+    std::vector<std::string> journal;   ///< all calls but reads: "open 0", "control 3 52 0 out 0", "write ;a034"
+    std::vector<std::string> requests;  ///< well-formed requests, without start byte, checksum and CR
+    int reads = 0;                      ///< transfers asked for
+    int idlePolls = 0;                  ///< of those, answered by two status bytes
     std::string serialNumber = "T1001";
     uint32_t vendorId = 0;
     uint32_t productId = 0;

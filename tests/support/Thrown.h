@@ -11,7 +11,8 @@
 namespace J4Test {
 
 /// Name of a type without its namespaces.
-inline std::string PlainName(const std::type_info& type) {
+inline std::string PlainName(const std::type_info& type)
+{
     int status = 0;
     char* const demangled = abi::__cxa_demangle(type.name(), nullptr, nullptr, &status);
     const std::string name = demangled != nullptr ? demangled : type.name();
@@ -22,7 +23,8 @@ inline std::string PlainName(const std::type_info& type) {
 
 /// "Type: text" of the exception, empty when there is none.
 template <class Action>
-std::string Thrown(Action action) {
+std::string Thrown(Action action)
+{
     try {
         action();
     } catch (const std::exception& exception) {

@@ -74,15 +74,9 @@ struct ScriptedFunctions {
     static int32_t Good() { return 0; }
 };
 
-ScriptedTable::ScriptedTable(const ChartLayout& layout) : layout(layout)
-{
-    table = this;
-}
+ScriptedTable::ScriptedTable(const ChartLayout& layout) : layout(layout) { table = this; }
 
-ScriptedTable::~ScriptedTable()
-{
-    table = nullptr;
-}
+ScriptedTable::~ScriptedTable() { table = nullptr; }
 
 TableFunctions ScriptedTable::Functions() const
 {

@@ -20,10 +20,7 @@ namespace Cgats = Kestrelon::DeviceDriver::Generic::Cgats;
 
 constexpr const char* Samples = "/usr/share/colord/ref/CIE-TCS.sp";
 
-int Code(ExitCode code)
-{
-    return static_cast<int>(code);
-}
+int Code(ExitCode code) { return static_cast<int>(code); }
 
 void WriteFile(const std::string& fileName, const std::string& content)
 {

@@ -20,7 +20,8 @@ using Kestrelon::Utilities::Tools::SplitAtBlanks;
 using Kestrelon::Utilities::Tools::strict_lexical_cast;
 using Bytes = std::vector<uint8_t>;
 
-TEST(EndianConversion, NumbersBothWaysInBothOrders) {
+TEST(EndianConversion, NumbersBothWaysInBothOrders)
+{
     const struct {
         uint32_t value;
         Bytes big;
@@ -47,7 +48,8 @@ TEST(EndianConversion, NumbersBothWaysInBothOrders) {
     EXPECT_EQ(two, (Bytes{1, 2, 0xAA}));
 }
 
-TEST(EndianConversion, FloatsGoByTheirBitPattern) {
+TEST(EndianConversion, FloatsGoByTheirBitPattern)
+{
     Bytes bytes(4);
     EndianConversion::FloatToByteArray(1.0f, bytes.data(), false);
     EXPECT_EQ(bytes, (Bytes{0, 0, 0x80, 0x3F}));
@@ -60,7 +62,8 @@ TEST(EndianConversion, FloatsGoByTheirBitPattern) {
     EXPECT_EQ(bytes, Bytes(quietNan, quietNan + 4));
 }
 
-TEST(HexString, WritesLowerCaseAtAMinimumWidth) {
+TEST(HexString, WritesLowerCaseAtAMinimumWidth)
+{
     EXPECT_EQ(HexStringHelper::ToHexString(uint32_t{255}, 4), "00ff");
     EXPECT_EQ(HexStringHelper::ToHexString(uint32_t{0x12345}, 4), "12345");
     EXPECT_EQ(HexStringHelper::ToHexString(uint32_t{0}, 0), "0");
@@ -73,7 +76,8 @@ TEST(HexString, WritesLowerCaseAtAMinimumWidth) {
     EXPECT_EQ(HexStringHelper::ToHexString(Bytes()), "");
 }
 
-TEST(HexString, ReadersTakeAnyLengthAndCase) {
+TEST(HexString, ReadersTakeAnyLengthAndCase)
+{
     const struct {
         const char* text;
         uint32_t value;
@@ -84,9 +88,9 @@ TEST(HexString, ReadersTakeAnyLengthAndCase) {
         {"00FF", 255},
         {"dEaDbEeF", 0xDEADBEEF},
         {"80000000", 0x80000000},
-        {"0100000002", 3},          // a fifth pair wraps onto the first
+        {"0100000002", 3},  // a fifth pair wraps onto the first
         {"010000000000000005", 6},
-        {"gg12", 0x12},             // what is no digit counts nothing
+        {"gg12", 0x12},  // what is no digit counts nothing
         {"5g", 5},
         {" 5", 5},
     };
@@ -99,21 +103,23 @@ TEST(HexString, ReadersTakeAnyLengthAndCase) {
     }
 }
 
-TEST(HexString, ByteBlocksNeedWholePairs) {
+TEST(HexString, ByteBlocksNeedWholePairs)
+{
     EXPECT_EQ(HexStringHelper::ByteBlockFromHexString("0aFF"), (Bytes{0x0A, 0xFF}));
     EXPECT_EQ(HexStringHelper::ByteBlockFromHexString(""), Bytes());
     EXPECT_EQ(Thrown([] { HexStringHelper::ByteBlockFromHexString("abc"); }),
               "RuntimeException: Hex String contains odd number of digits!");
 }
 
-TEST(LexicalCast, LenientStopsAtTheNumberStrictWantsAllOfIt) {
+TEST(LexicalCast, LenientStopsAtTheNumberStrictWantsAllOfIt)
+{
     const struct {
         const char* text;
         bool lenient;
         bool strict;
     } cases[] = {
-        {"12", true, true},    {" 12", true, true},        {"-2147483648", true, true}, {"12abc", true, false},
-        {"12 ", true, false},  {"12.5", true, false},      {"1,000", true, false},      {"", false, false},
+        {"12", true, true},    {" 12", true, true},          {"-2147483648", true, true},   {"12abc", true, false},
+        {"12 ", true, false},  {"12.5", true, false},        {"1,000", true, false},        {"", false, false},
         {"abc", false, false}, {"3000000000", false, false}, {"-2147483649", false, false},
     };
     for (const auto& test : cases) {
@@ -129,7 +135,8 @@ TEST(LexicalCast, LenientStopsAtTheNumberStrictWantsAllOfIt) {
     EXPECT_EQ(lexical_cast<std::string>(uint16_t{1013}), "1013");
 }
 
-TEST(LexicalCast, TheFailureNamesTextAndTypes) {
+TEST(LexicalCast, TheFailureNamesTextAndTypes)
+{
     const std::string expected = std::string("invalid_argument: lexical_cast(): fail to convert 'x1' from ") +
                                  typeid(std::string).name() + " to " + typeid(int32_t).name();
     EXPECT_EQ(Thrown([] { lexical_cast<int32_t>(std::string("x1")); }), expected);
@@ -151,14 +158,16 @@ private:
     std::locale before;
 };
 
-TEST(LexicalCast, TheHostsLocaleDoesNotReachTheNumbers) {
+TEST(LexicalCast, TheHostsLocaleDoesNotReachTheNumbers)
+{
     const CommaLocale hostLocale;
     EXPECT_EQ(lexical_cast<std::string>(int32_t{1234567}), "1234567");
     EXPECT_EQ(lexical_cast<float>(std::string("0.25")), 0.25f);
     EXPECT_EQ(HexStringHelper::ToHexString(uint32_t{0x1234567}, 8), "01234567");
 }
 
-TEST(StringTools, WordsAndLines) {
+TEST(StringTools, WordsAndLines)
+{
     using Words = std::vector<std::string>;
     EXPECT_EQ(SplitAtBlanks("  a  bc d "), (Words{"a", "bc", "d"}));
     EXPECT_EQ(SplitAtBlanks("   "), Words());

@@ -8,7 +8,8 @@
 namespace J4Test {
 
 struct Channel {
-    Channel() {
+    Channel()
+    {
         usb.Clear();
         ScriptedClock::Reset();
     }

@@ -11,7 +11,8 @@ namespace {
 using Kestrelon::DeviceDriver::J4T::Communication::j4TableComManager;
 using Strings = std::vector<std::string>;
 
-TEST(ComManager, OpensDrainsAndSetsUpWithoutACommand) {
+TEST(ComManager, OpensDrainsAndSetsUpWithoutACommand)
+{
     ScriptedUsb usb;
     usb.Deliver("left over");
     {
@@ -24,7 +25,8 @@ TEST(ComManager, OpensDrainsAndSetsUpWithoutACommand) {
     EXPECT_EQ(usb.journal, Strings{"close"});
 }
 
-TEST(ComManager, ADeviceThatCanNotBeOpenedIsNotClosed) {
+TEST(ComManager, ADeviceThatCanNotBeOpenedIsNotClosed)
+{
     ScriptedUsb usb;
     usb.FailAt("open");
     EXPECT_EQ(Thrown([] { j4TableComManager manager(0); }), "CommunicationException: scripted failure of open");
@@ -34,7 +36,8 @@ TEST(ComManager, ADeviceThatCanNotBeOpenedIsNotClosed) {
     EXPECT_EQ(std::count(usb.journal.begin(), usb.journal.end(), "close"), 1);
 }
 
-TEST(ComManager, ASecondInitializeOpensBeforeItCloses) {
+TEST(ComManager, ASecondInitializeOpensBeforeItCloses)
+{
     Channel channel;
     {
         const auto oldInfo = channel.manager.GetInfo();
@@ -45,7 +48,8 @@ TEST(ComManager, ASecondInitializeOpensBeforeItCloses) {
     EXPECT_EQ(channel.usb.journal.back(), "close");
 }
 
-TEST(ComManager, TheChannelClosesWithItsLastUser) {
+TEST(ComManager, TheChannelClosesWithItsLastUser)
+{
     Channel channel;
     {
         const auto motors = channel.manager.GetMotors();
@@ -58,7 +62,8 @@ TEST(ComManager, TheChannelClosesWithItsLastUser) {
     EXPECT_FALSE(channel.manager.IsTableConnected());
 }
 
-TEST(ComManager, ATableIsConnectedWhenItTellsItsSerialNumber) {
+TEST(ComManager, ATableIsConnectedWhenItTellsItsSerialNumber)
+{
     Channel channel;
     EXPECT_TRUE(channel.manager.IsTableConnected());
     EXPECT_EQ(channel.manager.GetSerialNumber(), "T1001");
@@ -74,7 +79,8 @@ TEST(ComManager, ATableIsConnectedWhenItTellsItsSerialNumber) {
     EXPECT_TRUE(channel.usb.requests.empty());
 }
 
-TEST(ComManager, RawTextGetsItsChecksumAndNothingElse) {
+TEST(ComManager, RawTextGetsItsChecksumAndNothingElse)
+{
     Channel channel;
     channel.manager.WriteSerialData(";a0");
     channel.manager.WriteSerialData("");

@@ -18,22 +18,30 @@ template <class E>
 struct Stack {
     const E exception;
 
-    void Deepest(int) const try { throw exception; }
+    void Deepest(int) const
+    try {
+        throw exception;
+    }
     J4T_TRACE_FRAME
 
-    int Middle(const std::string&) const try {
+    int Middle(const std::string&) const
+    try {
         Deepest(1);
         return 0;
     }
     J4T_TRACE_FRAME
 
-    static void Outermost(const Stack& stack) try { stack.Middle("x"); }
+    static void Outermost(const Stack& stack)
+    try {
+        stack.Middle("x");
+    }
     J4T_TRACE_FRAME
 };
 
 namespace {
 
-std::vector<std::string> Lines(const std::string& text) {
+std::vector<std::string> Lines(const std::string& text)
+{
     std::vector<std::string> lines;
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) {
@@ -44,7 +52,8 @@ std::vector<std::string> Lines(const std::string& text) {
 
 /// What comes out of the stack when this goes in.
 template <class E>
-std::string Traced(const E& exception, std::string& trace) {
+std::string Traced(const E& exception, std::string& trace)
+{
     try {
         Stack<E>::Outermost({exception});
     } catch (const TraceableException& caught) {
@@ -54,7 +63,8 @@ std::string Traced(const E& exception, std::string& trace) {
     return std::string();
 }
 
-TEST(Trace, ThreeCallsDeepAreThreeLinesDeepestFirst) {
+TEST(Trace, ThreeCallsDeepAreThreeLinesDeepestFirst)
+{
     std::string trace;
     EXPECT_EQ(Traced(FirmwareException("no"), trace), "FirmwareException: no");
     const std::vector<std::string> lines = Lines(trace);
@@ -76,7 +86,8 @@ struct OwnRangeError : std::out_of_range {
     using out_of_range::out_of_range;
 };
 
-TEST(Trace, StandardExceptionsBecomeTheFamilysByTheirExactType) {
+TEST(Trace, StandardExceptionsBecomeTheFamilysByTheirExactType)
+{
     std::string trace;
     EXPECT_EQ(Traced(std::runtime_error("t"), trace), "RuntimeException: t");
     EXPECT_EQ(Traced(std::overflow_error("t"), trace), "OverflowException: t");
@@ -97,7 +108,8 @@ TEST(Trace, StandardExceptionsBecomeTheFamilysByTheirExactType) {
     EXPECT_EQ(Lines(trace).size(), 3u) << trace;
 }
 
-TEST(Trace, PathsStartAtTheirLastSourceFolder) {
+TEST(Trace, PathsStartAtTheirLastSourceFolder)
+{
     const struct {
         const char* path;
         const char* expected;
@@ -119,7 +131,8 @@ TEST(Trace, PathsStartAtTheirLastSourceFolder) {
     EXPECT_EQ(TraceEntry("C", "M", "f", 1), "C::M(): f:1");
 }
 
-TEST(Trace, MethodNamesComeOutOfTheCompilersDescription) {
+TEST(Trace, MethodNamesComeOutOfTheCompilersDescription)
+{
     const struct {
         const char* pretty;
         const char* method;
@@ -140,7 +153,8 @@ TEST(Trace, MethodNamesComeOutOfTheCompilersDescription) {
     }
 }
 
-TEST(Trace, EmptyEntriesMakeNoLine) {
+TEST(Trace, EmptyEntriesMakeNoLine)
+{
     TableException exception("t", "");
     EXPECT_EQ(exception.TraceText(), "");
     exception.AddTrace("a");
@@ -151,7 +165,8 @@ TEST(Trace, EmptyEntriesMakeNoLine) {
     EXPECT_STREQ(exception.what(), "t");
 }
 
-TEST(Trace, WhatGivesTheTraceOnlyOnDemand) {
+TEST(Trace, WhatGivesTheTraceOnlyOnDemand)
+{
     const TableException exception("t", "a");
     TraceableException::traceInWhat = true;
     const std::string full = exception.what();
@@ -162,7 +177,8 @@ TEST(Trace, WhatGivesTheTraceOnlyOnDemand) {
     EXPECT_STREQ(exception.what(), "t");
 }
 
-TEST(SdkError, CarriesStatusTypeAndTrace) {
+TEST(SdkError, CarriesStatusTypeAndTrace)
+{
     EXPECT_EQ(SDKError().GetExtendedInformation(), "no error\n");
     EXPECT_EQ(SDKError().code, 0);
     EXPECT_EQ(SDKError("J4_Scan", 7, "broken", "a").GetExtendedInformation(), "J4_Scan failed: broken\n\ta");

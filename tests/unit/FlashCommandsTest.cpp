@@ -16,10 +16,10 @@ using Strings = std::vector<std::string>;
 
 /// A table that does whatever it is told, with an error character of the test's choice.
 struct Flash : Channel {
-    Flash() {
-        usb.SetTable([this](const std::string& request) {
-            return Strings{Reply("$" + request.substr(0, 2) + error + data)};
-        });
+    Flash()
+    {
+        usb.SetTable(
+            [this](const std::string& request) { return Strings{Reply("$" + request.substr(0, 2) + error + data)}; });
     }
 
     char error = '0';
@@ -27,7 +27,8 @@ struct Flash : Channel {
     Kestrelon::Utilities::Tools::SmartPointer<j4TableComFlash> flash = manager.GetFlash();
 };
 
-std::string Filled(std::size_t count, const char* digits) {
+std::string Filled(std::size_t count, const char* digits)
+{
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {
         text += digits;
@@ -35,13 +36,15 @@ std::string Filled(std::size_t count, const char* digits) {
     return text;
 }
 
-Bytes Counting(std::size_t count) {
+Bytes Counting(std::size_t count)
+{
     Bytes bytes(count);
     std::iota(bytes.begin(), bytes.end(), uint8_t{0});
     return bytes;
 }
 
-TEST(FlashCommands, BordersAndWords) {
+TEST(FlashCommands, BordersAndWords)
+{
     Flash table;
     j4TableComFlash& flash = *table.flash;
     Bytes result;
@@ -108,7 +111,8 @@ TEST(FlashCommands, BordersAndWords) {
     EXPECT_EQ(table.usb.idlePolls, 0);
 }
 
-TEST(FlashCommands, TheTablesErrorsAreNamed) {
+TEST(FlashCommands, TheTablesErrorsAreNamed)
+{
     Flash table;
     j4TableComFlash& flash = *table.flash;
     Bytes result;
@@ -131,20 +135,33 @@ TEST(FlashCommands, TheTablesErrorsAreNamed) {
     }
     EXPECT_EQ(table.usb.requests.size(), std::size(cases)) << "an error of the table is no reason to try again";
 
-    const char* const words[] = {"no error (0)", "unknown command (1)", "command length (2)", "interval (3)",
-                                 "address aligment (4)", "invalid destination or block size (5)", "FLASH busy (6)",
-                                 "sector locked (7)", "sector not prepared for write operation (8)",
-                                 "FLASH address boundary (9)", "Wrong unlock ID (10)", "Unlockable block (11)",
-                                 "Config data only in 'S' mode writeable (12)", "unknown firmware error (13)"};
+    const char* const words[] = {"no error (0)",
+                                 "unknown command (1)",
+                                 "command length (2)",
+                                 "interval (3)",
+                                 "address aligment (4)",
+                                 "invalid destination or block size (5)",
+                                 "FLASH busy (6)",
+                                 "sector locked (7)",
+                                 "sector not prepared for write operation (8)",
+                                 "FLASH address boundary (9)",
+                                 "Wrong unlock ID (10)",
+                                 "Unlockable block (11)",
+                                 "Config data only in 'S' mode writeable (12)",
+                                 "unknown firmware error (13)"};
     for (std::size_t error = 0; error < std::size(words); ++error) {
         EXPECT_EQ(j4TableComFlash::GetFlashErrorString(static_cast<uint8_t>(error)), words[error]);
     }
     EXPECT_EQ(j4TableComFlash::GetFlashErrorString(255), "unknown firmware error (255)");
 }
 
-TEST(FlashCommands, BlockStatusIsDecodedAlsoWithAnError) {
+TEST(FlashCommands, BlockStatusIsDecodedAlsoWithAnError)
+{
     Flash table;
-    table.data = "0C" "e000" "fffffffe";
+    table.data =
+        "0C"
+        "e000"
+        "fffffffe";
     const struct {
         char error;
         const char* thrown;
@@ -174,17 +191,20 @@ TEST(FlashCommands, BlockStatusIsDecodedAlsoWithAnError) {
     }
 }
 
-TEST(FlashCommands, BigReadsGoInPieces) {
+TEST(FlashCommands, BigReadsGoInPieces)
+{
     Flash table;
     Bytes result{1, 2, 3};
     table.usb.Expect("u8000020000100", {Reply("$u80" + Filled(256, "A5"))});
-    table.usb.Expect("u8000021000001", {Reply("$u80" "5a")});
+    table.usb.Expect("u8000021000001", {Reply("$u80"
+                                              "5a")});
     table.flash->ReadBigMemory(result, 0x2000, 257, 1);
     Bytes expected(256, 0xA5);
     expected.push_back(0x5A);
     EXPECT_EQ(result, expected);
 
-    table.usb.Expect("u80001dfff0001", {Reply("$u80" "11")});
+    table.usb.Expect("u80001dfff0001", {Reply("$u80"
+                                              "11")});
     table.flash->ReadBigMemory(result, 0x1DFFF, 1, 1);
     EXPECT_EQ(result, Bytes{0x11});
     table.usb.Expect("u80001df010100", {});
@@ -196,13 +216,18 @@ TEST(FlashCommands, BigReadsGoInPieces) {
               "FirmwareException: Invalid start address: 123135");
 }
 
-TEST(FlashCommands, ReadsHaveToBringWhatWasAskedFor) {
+TEST(FlashCommands, ReadsHaveToBringWhatWasAskedFor)
+{
     const struct {
         const char* reply;
         const char* thrown;
     } cases[] = {
-        {"$u80" "12345678", ""},  // what is behind is left out
-        {"!u80" "1", "FirmwareException: Memory size not as expected (3)."},
+        {"$u80"
+         "12345678",
+         ""},  // what is behind is left out
+        {"!u80"
+         "1",
+         "FirmwareException: Memory size not as expected (3)."},
         {"!u8", "FirmwareException: Can't read memory: unknown firmware error (255)."},
     };
     for (const auto& test : cases) {
@@ -213,13 +238,16 @@ TEST(FlashCommands, ReadsHaveToBringWhatWasAskedFor) {
     }
 }
 
-TEST(FlashCommands, TransfersAreTriedAgainAfterATenthOfASecond) {
+TEST(FlashCommands, TransfersAreTriedAgainAfterATenthOfASecond)
+{
     for (const int32_t attempts : {1, 2}) {
         Flash table;
         Bytes result;
-        table.usb.Expect("u8000000000001", {":$u80" "1200\r"});
+        table.usb.Expect("u8000000000001", {":$u80"
+                                            "1200\r"});
         if (attempts == 2) {
-            table.usb.Expect("u8000000000001", {Reply("$u80" "12")});
+            table.usb.Expect("u8000000000001", {Reply("$u80"
+                                                      "12")});
         }
         EXPECT_EQ(Thrown([&] { table.flash->ReadMemory(result, 0, 1, attempts); }),
                   attempts == 2 ? "" : "CommunicationDataException: Checksum not valid.");
@@ -232,7 +260,8 @@ TEST(FlashCommands, TransfersAreTriedAgainAfterATenthOfASecond) {
     EXPECT_EQ(ScriptedClock::sleeps, Sleeps{100});
 }
 
-TEST(FlashCommands, AWholeSectorIsSixteenPasses) {
+TEST(FlashCommands, AWholeSectorIsSixteenPasses)
+{
     Flash table;
     const Bytes data = Counting(8192);
     table.flash->WriteToFlash(data, 0x1C000, 2);
@@ -252,13 +281,14 @@ TEST(FlashCommands, AWholeSectorIsSixteenPasses) {
     }
 }
 
-TEST(FlashCommands, ARaggedEndFailsAfterWhatIsBeforeIt) {
+TEST(FlashCommands, ARaggedEndFailsAfterWhatIsBeforeIt)
+{
     const struct {
         std::size_t size;
         Strings tail;  ///< requests after the first pass, without their data
     } cases[] = {
-        {600, {}},            // 88 bytes are no size of the RAM buffer
-        {512 + 256, {"u90000", "u0"}},   // 256 bytes can be loaded, not copied
+        {600, {}},                      // 88 bytes are no size of the RAM buffer
+        {512 + 256, {"u90000", "u0"}},  // 256 bytes can be loaded, not copied
         {512 + 128, {"u90000", "u0"}},
         {512 + 300, {"u90000"}},
     };

@@ -23,14 +23,16 @@ using Strings = std::vector<std::string>;
 
 /// A table with a block in the flash, under a real manager and a real handle.
 struct FlashTable {
-    explicit FlashTable(const Bytes& block) : memory(0x1E000, 0xFF) {
+    explicit FlashTable(const Bytes& block) : memory(0x1E000, 0xFF)
+    {
         std::copy(block.begin(), block.end(), memory.begin() + 0xE000);
         usb.SetTable([this](const std::string& request) { return Answer(request); });
         usb.Clear();
         ScriptedClock::Reset();
     }
 
-    Strings Answer(const std::string& request) {
+    Strings Answer(const std::string& request)
+    {
         const auto number = [&](std::size_t begin, std::size_t length) {
             return std::stoul(request.substr(begin, length), nullptr, 16);
         };
@@ -56,7 +58,8 @@ struct FlashTable {
     }
 
     /// What was asked since the last time: the first two characters of each request, runs of them counted.
-    std::string Asked() {
+    std::string Asked()
+    {
         std::string text;
         for (std::size_t i = 0; i < usb.requests.size();) {
             std::size_t end = i;
@@ -71,7 +74,8 @@ struct FlashTable {
         return text;
     }
 
-    Bytes Memory(std::size_t count) const {
+    Bytes Memory(std::size_t count) const
+    {
         return Bytes(memory.begin() + 0xE000, memory.begin() + 0xE000 + static_cast<std::ptrdiff_t>(count));
     }
 
@@ -85,7 +89,8 @@ struct FlashTable {
     std::string failing;  ///< the command that is answered by an error
 };
 
-TEST(FlashDataHandle, ReadsTheBlockOnce) {
+TEST(FlashDataHandle, ReadsTheBlockOnce)
+{
     const struct {
         std::size_t size;
         const char* asked;
@@ -109,7 +114,8 @@ TEST(FlashDataHandle, ReadsTheBlockOnce) {
     EXPECT_EQ(table.usb.requests, (Strings{"k2", "u80000e0000100", "u80000e1000068"}));
 }
 
-TEST(FlashDataHandle, AnUnusableBlockIsNotKept) {
+TEST(FlashDataHandle, AnUnusableBlockIsNotKept)
+{
     const struct {
         std::size_t offset;
         uint32_t word;
@@ -135,7 +141,8 @@ TEST(FlashDataHandle, AnUnusableBlockIsNotKept) {
     EXPECT_EQ(Thrown([&] { table.handle.GetCachedFlashData(); }), "FirmwareException: Can't get config block7)");
 }
 
-TEST(FlashDataHandle, RewritesWithTheWholeSequence) {
+TEST(FlashDataHandle, RewritesWithTheWholeSequence)
+{
     FlashTable table(Block(360));
     j4TableFlashData data = table.handle.GetCachedFlashData();
     table.usb.Clear();
@@ -162,7 +169,8 @@ TEST(FlashDataHandle, RewritesWithTheWholeSequence) {
     EXPECT_EQ(table.Asked(), "k2 u8*2") << "what was written is read back";
 }
 
-TEST(FlashDataHandle, ImagesFillWholeWrites) {
+TEST(FlashDataHandle, ImagesFillWholeWrites)
+{
     const struct {
         std::size_t size;
         const char* asked;  ///< behind k3, or nothing when it is too big
@@ -179,7 +187,8 @@ TEST(FlashDataHandle, ImagesFillWholeWrites) {
         table.Asked();
         const bool tooBig = test.asked != nullptr && *test.asked == '\0';
         EXPECT_EQ(Thrown([&] { table.handle.WriteToFlash(data); }),
-                  tooBig ? "EEPromException: Flash data is too big." : "") << test.size;
+                  tooBig ? "EEPromException: Flash data is too big." : "")
+            << test.size;
         if (test.asked != nullptr) {
             EXPECT_EQ(table.Asked(), std::string("k3") + test.asked) << test.size;
         } else {
@@ -190,7 +199,8 @@ TEST(FlashDataHandle, ImagesFillWholeWrites) {
     }
 }
 
-TEST(FlashDataHandle, RefusalsComeBeforeAnythingIsDone) {
+TEST(FlashDataHandle, RefusalsComeBeforeAnythingIsDone)
+{
     FlashTable table(Block(360));
     j4TableFlashData data = table.handle.GetCachedFlashData();
     table.Asked();
@@ -203,7 +213,8 @@ TEST(FlashDataHandle, RefusalsComeBeforeAnythingIsDone) {
     EXPECT_EQ(table.Asked(), "") << "the cache is kept";
 }
 
-TEST(FlashDataHandle, AFailureOnTheWayDropsTheCache) {
+TEST(FlashDataHandle, AFailureOnTheWayDropsTheCache)
+{
     const struct {
         const char* command;
         const char* thrown;
@@ -229,7 +240,8 @@ TEST(FlashDataHandle, AFailureOnTheWayDropsTheCache) {
     }
 }
 
-TEST(FlashDataHandle, VersionMarksAreFourCharacters) {
+TEST(FlashDataHandle, VersionMarksAreFourCharacters)
+{
     const struct {
         uint8_t id;
         const char* mark;
@@ -244,7 +256,8 @@ TEST(FlashDataHandle, VersionMarksAreFourCharacters) {
     }
 }
 
-TEST(FlashDataHandle, TheWhiteBaseComesAndGoesWhole) {
+TEST(FlashDataHandle, TheWhiteBaseComesAndGoesWhole)
+{
     FlashTable table(Block(360));
     std::vector<float> white;
     int32_t time = 0;
@@ -262,7 +275,8 @@ TEST(FlashDataHandle, TheWhiteBaseComesAndGoesWhole) {
     EXPECT_GT(time, 1700000000) << "the time of the transfer";
 }
 
-TEST(FlashDataHandle, AnUnusableWhiteBaseTouchesNothing) {
+TEST(FlashDataHandle, AnUnusableWhiteBaseTouchesNothing)
+{
     FlashTable table(Block(360));
     table.handle.GetCachedFlashData();
     table.Asked();

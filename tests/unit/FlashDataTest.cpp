@@ -11,14 +11,15 @@ using Kestrelon::DeviceDriver::Generic::Configuration::Property;
 using Kestrelon::DeviceDriver::J4T::j4TableFlashData;
 using Keys = std::list<uint16_t>;
 
-TEST(FlashData, EveryValueHasItsPlace) {
+TEST(FlashData, EveryValueHasItsPlace)
+{
     const j4TableFlashData data(Block(368));
     const struct {
         uint16_t id;
         int32_t value;
     } longs[] = {
-        {1, 368}, {2, 4}, {3, 8}, {1001, 12}, {1004, 24}, {1005, 28}, {1009, 44}, {1010, 48}, {1011, 52}, {1012, 56},
-        {1013, 60}, {1014, 64}, {2001, 68}, {2005, 84}, {3001, 232}, {3002, 236}, {3100, 344}, {3102, 352},
+        {1, 368},   {2, 4},     {3, 8},     {1001, 12}, {1004, 24}, {1005, 28},  {1009, 44},  {1010, 48},  {1011, 52},
+        {1012, 56}, {1013, 60}, {1014, 64}, {2001, 68}, {2005, 84}, {3001, 232}, {3002, 236}, {3100, 344}, {3102, 352},
     };
     for (const auto& entry : longs) {
         EXPECT_EQ(data.GetProperty(entry.id).GetType(), Property::TypeLong) << entry.id;
@@ -37,15 +38,16 @@ TEST(FlashData, EveryValueHasItsPlace) {
     EXPECT_EQ(data.GetPropertyKeys().back(), 4000);
 }
 
-TEST(FlashData, BlocksOfAnySizeComeBackByteForByte) {
+TEST(FlashData, BlocksOfAnySizeComeBackByteForByte)
+{
     const struct {
         std::size_t size;
         uint16_t lastKnown;
         bool hasUnknown;
     } cases[] = {
-        {16, 3, false},   {20, 1001, false},  {92, 2005, false}, {236, 3000, false}, {240, 3001, false},
-        {248, 3003, false}, {348, 3099, false}, {360, 3102, false},      {364, 3102, true},  {368, 3102, true},
-        {8188, 3102, true}, {8192, 3102, true},
+        {16, 3, false},     {20, 1001, false},  {92, 2005, false},  {236, 3000, false},
+        {240, 3001, false}, {248, 3003, false}, {348, 3099, false}, {360, 3102, false},
+        {364, 3102, true},  {368, 3102, true},  {8188, 3102, true}, {8192, 3102, true},
     };
     for (const auto& test : cases) {
         const Bytes block = Block(test.size);
@@ -70,7 +72,8 @@ TEST(FlashData, BlocksOfAnySizeComeBackByteForByte) {
               "ResourceException: id 3000 doesn't exist");
 }
 
-TEST(FlashData, ABlockThatEndsInsideAVectorIsFoundOutByItsChecksum) {
+TEST(FlashData, ABlockThatEndsInsideAVectorIsFoundOutByItsChecksum)
+{
     for (const std::size_t size : {100u, 228u, 300u}) {
         const Bytes block = Block(size);
         const j4TableFlashData data(block);
@@ -78,14 +81,16 @@ TEST(FlashData, ABlockThatEndsInsideAVectorIsFoundOutByItsChecksum) {
         const bool inWhite = size < 236;
         EXPECT_EQ(data.GetProperty(3000).AsFloatVector().size(), 36u);
         EXPECT_EQ(inWhite ? data.GetProperty(3000).AsFloatVector().back()
-                          : static_cast<float>(data.GetProperty(3099).AsLongVector().back()), 0.0f)
+                          : static_cast<float>(data.GetProperty(3099).AsLongVector().back()),
+                  0.0f)
             << "zeros beyond the data";
         EXPECT_EQ(data.GetPropertyKeys().back(), 4000);
         EXPECT_FALSE(data.Contains(inWhite ? 3001 : 3100));
     }
 }
 
-TEST(FlashData, TheChecksumIsOneNumber) {
+TEST(FlashData, TheChecksumIsOneNumber)
+{
     Bytes block(16);
     block[0] = 16;
     j4TableFlashData data(block);
@@ -110,7 +115,8 @@ TEST(FlashData, TheChecksumIsOneNumber) {
     }
 }
 
-TEST(FlashData, WhatIsNoBlockIsRejectedWhole) {
+TEST(FlashData, WhatIsNoBlockIsRejectedWhole)
+{
     const auto sized = [](std::size_t bytes, uint32_t size) {
         Bytes block(bytes);
         SetWord(block, 0, size);

@@ -19,30 +19,32 @@ const std::string Good = Reply("$a000a12f0");
 
 /// Exchanges over a channel of its own, each with a command that tells status.
 struct Frames : Channel {
-    std::string Send() {
+    std::string Send()
+    {
         return Thrown([this] { manager.GetInfo()->SendAndReceive(command); });
     }
-    std::string Send2() {
+    std::string Send2()
+    {
         return Thrown([this] { manager.GetInfo()->SendAndReceive2(command); });
     }
-    std::string Receive() {
+    std::string Receive()
+    {
         return Thrown([this] { manager.GetInfo()->Receive(command); });
     }
 
     j4TableComCommand command{'a', '0', 6};
 };
 
-TEST(Frames, TheBytesOfARequest) {
+TEST(Frames, TheBytesOfARequest)
+{
     const struct {
         uint8_t command;
         uint8_t subCommand;
         const char* data;
         const char* written;
     } cases[] = {
-        {'a', '0', "", "write ;a034"},
-        {'m', '0', "03e807d0012c", "write ;m003e807d0012c37"},
-        {'r', ' ', "", "write ;r53"},
-        {'u', 'A', "317598", "write ;uA317598ce"},
+        {'a', '0', "", "write ;a034"},       {'m', '0', "03e807d0012c", "write ;m003e807d0012c37"},
+        {'r', ' ', "", "write ;r53"},        {'u', 'A', "317598", "write ;uA317598ce"},
         {'z', '0', "aaY", "write ;z0aaY00"},
     };
     for (const auto& test : cases) {
@@ -55,19 +57,25 @@ TEST(Frames, TheBytesOfARequest) {
     }
 }
 
-TEST(Frames, Checksums) {
+TEST(Frames, Checksums)
+{
     EXPECT_EQ(j4TableCommunication::CalculateChecksum(";a0"), 0x34);
     EXPECT_EQ(j4TableCommunication::CalculateChecksum(""), 0);
     EXPECT_EQ(j4TableCommunication::CalculateChecksum("\xff"), 1);
     EXPECT_TRUE(j4TableCommunication::CheckChecksum(":$a000a12f057"));
-    EXPECT_TRUE(j4TableCommunication::CheckChecksum("\x01" "ff"));
-    EXPECT_TRUE(j4TableCommunication::CheckChecksum("\x01" "FF"));
+    EXPECT_TRUE(
+        j4TableCommunication::CheckChecksum("\x01"
+                                            "ff"));
+    EXPECT_TRUE(
+        j4TableCommunication::CheckChecksum("\x01"
+                                            "FF"));
     EXPECT_TRUE(j4TableCommunication::CheckChecksum("00"));
     EXPECT_FALSE(j4TableCommunication::CheckChecksum(":$a000a12f058"));
     EXPECT_FALSE(j4TableCommunication::CheckChecksum("0"));
 }
 
-TEST(Frames, TheWholeOfAReply) {
+TEST(Frames, TheWholeOfAReply)
+{
     Frames frames;
     EXPECT_EQ(Good, ":$a000a12f057\r");
     frames.usb.Expect("a0", {Good});
@@ -78,7 +86,8 @@ TEST(Frames, TheWholeOfAReply) {
     EXPECT_EQ(frames.usb.idlePolls, 0) << "nothing is waited for that does not come";
 }
 
-TEST(Frames, EveryFailureHasItsWords) {
+TEST(Frames, EveryFailureHasItsWords)
+{
     const struct {
         const char* name;
         std::string line;
@@ -119,7 +128,8 @@ TEST(Frames, EveryFailureHasItsWords) {
     }
 }
 
-TEST(Frames, ErrorCharactersAreDigitsOfBase36) {
+TEST(Frames, ErrorCharactersAreDigitsOfBase36)
+{
     const struct {
         char character;
         int value;
@@ -139,7 +149,8 @@ TEST(Frames, ErrorCharactersAreDigitsOfBase36) {
     }
 }
 
-TEST(Frames, RepliesOfOtherLengths) {
+TEST(Frames, RepliesOfOtherLengths)
+{
     const struct {
         const char* name;
         int32_t expectedLength;
@@ -171,7 +182,8 @@ TEST(Frames, RepliesOfOtherLengths) {
 }
 
 // One idle poll of the bridge is 16 milliseconds of a time-out.
-TEST(Frames, EveryReadHasItsTimeout) {
+TEST(Frames, EveryReadHasItsTimeout)
+{
     const struct {
         const char* name;
         std::string line;
@@ -199,23 +211,17 @@ TEST(Frames, EveryReadHasItsTimeout) {
     }
 }
 
-TEST(Frames, ForeignFramesShortenTheWait) {
+TEST(Frames, ForeignFramesShortenTheWait)
+{
     const struct {
         uint32_t ackTimeout;
         std::vector<uint32_t> delays;  ///< until each foreign frame
         int polls;                     ///< of the wait that follows them
     } cases[] = {
-        {2000, {}, 125},
-        {2000, {0}, 125},
-        {2000, {500}, 94},
-        {2000, {500, 500}, 63},
-        {2000, {1900}, 6},
-        {2000, {2000}, 5},          // nothing left; a read polls five times all the same
-        {2000, {2001}, 5},          // spent, not wrapped around to weeks
-        {2000, {2500, 0}, 5},
-        {100000, {50000}, 3125},
-        {100000, {100001}, 5},
-        {4, {5}, 5},
+        {2000, {}, 125},      {2000, {0}, 125},        {2000, {500}, 94},     {2000, {500, 500}, 63},
+        {2000, {1900}, 6},    {2000, {2000}, 5},  // nothing left; a read polls five times all the same
+        {2000, {2001}, 5},                        // spent, not wrapped around to weeks
+        {2000, {2500, 0}, 5}, {100000, {50000}, 3125}, {100000, {100001}, 5}, {4, {5}, 5},
     };
     for (const auto& test : cases) {
         Frames frames;
@@ -231,7 +237,8 @@ TEST(Frames, ForeignFramesShortenTheWait) {
     }
 }
 
-TEST(Frames, EachTimeoutIsShortenedForItself) {
+TEST(Frames, EachTimeoutIsShortenedForItself)
+{
     Frames frames;
     frames.command.answerTimeout = 500;
     frames.usb.Deliver(Foreign, 800);
@@ -242,7 +249,8 @@ TEST(Frames, EachTimeoutIsShortenedForItself) {
     EXPECT_EQ(frames.command.answerTimeout, 500u);
 }
 
-TEST(Frames, FourForeignFramesAreBorneFiveAreNot) {
+TEST(Frames, FourForeignFramesAreBorneFiveAreNot)
+{
     for (const int count : {4, 5}) {
         Frames frames;
         for (int i = 0; i < count; ++i) {
@@ -257,7 +265,8 @@ TEST(Frames, FourForeignFramesAreBorneFiveAreNot) {
     }
 }
 
-TEST(Frames, TwoStagesEndWithTheSecondReply) {
+TEST(Frames, TwoStagesEndWithTheSecondReply)
+{
     Frames frames;
     frames.command.expectedLength = 0;
     frames.usb.Expect("a0", {Reply("!a0"), Reply("$a07")});
@@ -283,7 +292,8 @@ TEST(Frames, TwoStagesEndWithTheSecondReply) {
     EXPECT_EQ(move.errorByte, 3);
 }
 
-TEST(Frames, OnlyLostAndDamagedRepliesAreTriedAgain) {
+TEST(Frames, OnlyLostAndDamagedRepliesAreTriedAgain)
+{
     const std::string damaged = ":$a000a12f158\r";
     const struct {
         const char* name;

@@ -11,7 +11,8 @@ using Bytes = std::vector<uint8_t>;
 using Sleeps = std::vector<uint32_t>;
 using Strings = std::vector<std::string>;
 
-TEST(ComInfo, StatusAndMode) {
+TEST(ComInfo, StatusAndMode)
+{
     Channel channel;
     channel.usb.Expect("a0", {Reply("$a000a12f0")});
     EXPECT_EQ(channel.manager.GetInfo()->GetStatus(), (Bytes{0x0A, 0x12, 0xF0}));
@@ -27,43 +28,65 @@ TEST(ComInfo, StatusAndMode) {
     EXPECT_EQ(Thrown([&] { channel.manager.GetInfo()->GetMode(); }), "RuntimeException: Status empty");
 }
 
-TEST(ComInfo, ValuesStandAtTheirPlaces) {
+TEST(ComInfo, ValuesStandAtTheirPlaces)
+{
     Channel channel;
     const auto info = channel.manager.GetInfo();
     uint32_t first = 0;
     uint32_t second = 0;
     uint32_t third = 0;
-    channel.usb.Expect("a1", {Reply("$a10" "0102" "fFfE" "9a")});
+    channel.usb.Expect("a1", {Reply("$a10"
+                                    "0102"
+                                    "fFfE"
+                                    "9a")});
     info->GetFirmware(first, second, third);
     EXPECT_EQ(first, 0x0102u);
     EXPECT_EQ(second, 0xFFFEu);
     EXPECT_EQ(third, 0x9Au);
 
     std::array<uint32_t, 7> metrics{};
-    channel.usb.Expect("a2", {Reply("$a20" "00000001" "00000200" "ffffffff" "80000000" "00000005" "0000beef"
+    channel.usb.Expect("a2", {Reply("$a20"
+                                    "00000001"
+                                    "00000200"
+                                    "ffffffff"
+                                    "80000000"
+                                    "00000005"
+                                    "0000beef"
                                     "12345678")});
     info->GetTableMetrics(metrics);
     EXPECT_EQ(metrics, (std::array<uint32_t, 7>{1, 0x200, 0xFFFFFFFF, 0x80000000, 5, 0xBEEF, 0x12345678}));
 
     uint16_t speed = 0;
-    channel.usb.Expect("a3", {Reply("$a30" "000001f4" "000109a0" "ffff")});
+    channel.usb.Expect("a3", {Reply("$a30"
+                                    "000001f4"
+                                    "000109a0"
+                                    "ffff")});
     info->GetRampData(first, second, speed);
     EXPECT_EQ(first, 500u);
     EXPECT_EQ(second, 68000u);
     EXPECT_EQ(speed, 65535u);
 
     std::array<int32_t, 6> deviations{};
-    channel.usb.Expect("a4", {Reply("$a40" "ffff" "0001" "8000" "7fff" "0000" "fffe")});
+    channel.usb.Expect("a4", {Reply("$a40"
+                                    "ffff"
+                                    "0001"
+                                    "8000"
+                                    "7fff"
+                                    "0000"
+                                    "fffe")});
     info->GetControllerDeviation(deviations);
     EXPECT_EQ(deviations, (std::array<int32_t, 6>{-1, 1, -32768, 32767, 0, -2}));
 
-    channel.usb.Expect("a5", {Reply("$a50" "ffff" "0010")});
+    channel.usb.Expect("a5", {Reply("$a50"
+                                    "ffff"
+                                    "0010")});
     info->GetControllerInfo(first, second);
     EXPECT_EQ(first, 65535u);
     EXPECT_EQ(second, 16u);
 }
 
-TEST(ComInfo, AnAnswerWithoutDataIsAFailureNotAnAccident) {
+TEST(ComInfo, AnAnswerWithoutDataIsAFailureNotAnAccident)
+{
     Channel channel;
     std::array<uint32_t, 7> metrics{};
     channel.usb.Expect("a2", {Reply("!a2"), Reply("!a2")});
@@ -71,7 +94,8 @@ TEST(ComInfo, AnAnswerWithoutDataIsAFailureNotAnAccident) {
     EXPECT_EQ(thrown.rfind("OutOfRangeException: ", 0), 0u) << thrown;
 }
 
-TEST(ComMisc, SwitchesAreFlagsInTheSubCommand) {
+TEST(ComMisc, SwitchesAreFlagsInTheSubCommand)
+{
     Channel channel;
     const auto misc = channel.manager.GetMisc();
     const struct {
@@ -94,14 +118,15 @@ TEST(ComMisc, SwitchesAreFlagsInTheSubCommand) {
     EXPECT_EQ(channel.usb.idlePolls, 0) << "the replies' length is known";
 }
 
-TEST(ComMisc, FoilAndButtonHaveOppositeSenses) {
+TEST(ComMisc, FoilAndButtonHaveOppositeSenses)
+{
     const struct {
         const char* data;
         bool foil;
         bool button;
         bool current;
     } cases[] = {
-        {"00", false, true, false}, {"01", true, true, true},   {"02", false, false, true},
+        {"00", false, true, false}, {"01", true, true, true},  {"02", false, false, true},
         {"03", true, false, true},  {"fc", false, true, true}, {"FF", true, false, true},
     };
     for (const auto& test : cases) {
@@ -116,7 +141,8 @@ TEST(ComMisc, FoilAndButtonHaveOppositeSenses) {
     }
 }
 
-TEST(ComMisc, ResetWaitsOnlyWhenAskedAndWhenItWorked) {
+TEST(ComMisc, ResetWaitsOnlyWhenAskedAndWhenItWorked)
+{
     Channel channel;
     const auto misc = channel.manager.GetMisc();
     channel.usb.Expect("r", {Reply("$r0")});

@@ -14,7 +14,8 @@ struct SystemLibrary {
 };
 
 /// A library that every system of the kind has.
-SystemLibrary AnyLibrary() {
+SystemLibrary AnyLibrary()
+{
     for (const SystemLibrary& candidate : {SystemLibrary{"libm.so.6", "cos"}, SystemLibrary{"kernel32.dll", "Sleep"}}) {
         if (Thrown([&] { LibraryLoader(candidate.name, 0); }).empty()) {
             return candidate;
@@ -23,7 +24,8 @@ SystemLibrary AnyLibrary() {
     return {"none", ""};
 }
 
-TEST(LibraryLoader, AllLocationsLoadTheSameFile) {
+TEST(LibraryLoader, AllLocationsLoadTheSameFile)
+{
     const SystemLibrary system = AnyLibrary();
     const std::string path = LibraryLoader(system.name, 0).GetLibraryPath();
     EXPECT_GT(path.size(), system.name.size());
@@ -35,7 +37,8 @@ TEST(LibraryLoader, AllLocationsLoadTheSameFile) {
     }
 }
 
-TEST(LibraryLoader, RefusesWhatItCanNotLoad) {
+TEST(LibraryLoader, RefusesWhatItCanNotLoad)
+{
     const std::string unknownLocation = "ResourceNotAvailableException: Unknown location specified.";
     EXPECT_EQ(Thrown([] { LibraryLoader("", 0); }), "InvalidArgumentException: empty library name!");
     EXPECT_EQ(Thrown([] { LibraryLoader("", 5); }), "InvalidArgumentException: empty library name!");

@@ -17,7 +17,8 @@ struct Machine : Channel {
     Kestrelon::Utilities::Tools::SmartPointer<j4TableComMotors> motors = manager.GetMotors();
 };
 
-TEST(Motors, CommandsOnTheWire) {
+TEST(Motors, CommandsOnTheWire)
+{
     Machine machine;
     const auto motors = machine.motors;
     const struct {
@@ -51,7 +52,8 @@ TEST(Motors, CommandsOnTheWire) {
     EXPECT_TRUE(ScriptedClock::sleeps.empty());
 }
 
-TEST(Motors, LongOperationsAreGivenTheirTime) {
+TEST(Motors, LongOperationsAreGivenTheirTime)
+{
     const struct {
         void (*call)(j4TableComMotors&);
         const char* request;
@@ -71,7 +73,8 @@ TEST(Motors, LongOperationsAreGivenTheirTime) {
     }
 }
 
-TEST(Motors, AMoveIsOpenUntilItsEndIsRead) {
+TEST(Motors, AMoveIsOpenUntilItsEndIsRead)
+{
     Machine machine;
     machine.usb.Expect("m003e807d0012c", {Reply("!m0")});
     j4TableComCommand move = machine.motors->MoveStart(1000, 2000, 300, false, false);
@@ -85,24 +88,31 @@ TEST(Motors, AMoveIsOpenUntilItsEndIsRead) {
               "DeviceErrorException: Device busy.");
 }
 
-TEST(Motors, PositionsAreSigned) {
+TEST(Motors, PositionsAreSigned)
+{
     Machine machine;
     int32_t x = 0;
     int32_t y = 0;
-    machine.usb.Expect("p0", {Reply("$p00" "ff38" "07d0")});
+    machine.usb.Expect("p0", {Reply("$p00"
+                                    "ff38"
+                                    "07d0")});
     machine.motors->GetPosition(x, y, false);
     EXPECT_EQ(x, -200);
     EXPECT_EQ(y, 2000);
-    machine.usb.Expect("p1", {Reply("$p10" "7FFF" "8000")});
+    machine.usb.Expect("p1", {Reply("$p10"
+                                    "7FFF"
+                                    "8000")});
     machine.motors->GetPosition(x, y, true);
     EXPECT_EQ(x, 32767);
     EXPECT_EQ(y, -32768);
-    machine.usb.Expect("p0", {Reply("$p01" "00010001")});
+    machine.usb.Expect("p0", {Reply("$p01"
+                                    "00010001")});
     EXPECT_EQ(Thrown([&] { machine.motors->GetPosition(x, y, false); }), "FirmwareException: No config block.");
     EXPECT_EQ(x, 32767) << "left alone";
 }
 
-TEST(Motors, EveryErrorOfEveryCommandHasItsWords) {
+TEST(Motors, EveryErrorOfEveryCommandHasItsWords)
+{
     const std::string unknown = "DeviceErrorException: unknown error - ";
     const std::string failed = "DeviceErrorException: Device initialization failed : ";
     const struct {
@@ -149,29 +159,32 @@ TEST(Motors, EveryErrorOfEveryCommandHasItsWords) {
         }
         machine.usb.Expect(test.request, replies);
         EXPECT_EQ(Thrown([&] {
-            j4TableComMotors& motors = *machine.motors;
-            int32_t x = 0;
-            int32_t y = 0;
-            switch (header[0]) {
-            case 'i':
-                return header[1] == '0' ? motors.Initialize() : motors.GoHome();
-            case 'm':
-                return motors.Move(1000, 2000, 300, false, false);
-            case 'p':
-                return motors.GetPosition(x, y, false);
-            case 's':
-                return motors.HoldPosition(true);
-            default:
-                return motors.SetScanDelay(200);
-            }
-        }), test.thrown) << test.request << " with " << test.error;
+                      j4TableComMotors& motors = *machine.motors;
+                      int32_t x = 0;
+                      int32_t y = 0;
+                      switch (header[0]) {
+                      case 'i':
+                          return header[1] == '0' ? motors.Initialize() : motors.GoHome();
+                      case 'm':
+                          return motors.Move(1000, 2000, 300, false, false);
+                      case 'p':
+                          return motors.GetPosition(x, y, false);
+                      case 's':
+                          return motors.HoldPosition(true);
+                      default:
+                          return motors.SetScanDelay(200);
+                      }
+                  }),
+                  test.thrown)
+            << test.request << " with " << test.error;
     }
     Machine machine;
     machine.usb.Expect("m003e807d0012c", {Reply("!m0"), Reply("!m0")});
     EXPECT_EQ(Thrown([&] { machine.motors->Move(1000, 2000, 300, false, false); }), unknown + "\xff");
 }
 
-TEST(Motors, ARefusedMoveLeavesTheTableAlone) {
+TEST(Motors, ARefusedMoveLeavesTheTableAlone)
+{
     const struct {
         int32_t x;
         uint16_t speed;

@@ -10,7 +10,8 @@ using namespace Kestrelon::DeviceDriver::J4T;
 
 // Expected values are those of one multiplication and one division in doubles; most differ in the last bit
 // from what a factor of 10 or 254 would give.
-TEST(Position, ConvertsWithoutAnyRoundingOfItsOwn) {
+TEST(Position, ConvertsWithoutAnyRoundingOfItsOwn)
+{
     const struct {
         double value;
         PositionUnit from;
@@ -37,7 +38,8 @@ TEST(Position, ConvertsWithoutAnyRoundingOfItsOwn) {
     }
 }
 
-TEST(Position, RelabelsOrConverts) {
+TEST(Position, RelabelsOrConverts)
+{
     Position position{25.4, 50.8, PositionUnitMillimetre, 0.0};
     position.ConvertTo(PositionUnitInch, 4.0);
     EXPECT_EQ(position.x, 1.0);
@@ -50,15 +52,16 @@ TEST(Position, RelabelsOrConverts) {
     EXPECT_EQ(position.unitFactor, 3.0);
 }
 
-TEST(Position, FailuresChangeNothing) {
+TEST(Position, FailuresChangeNothing)
+{
     const PositionUnit unknown = static_cast<PositionUnit>(7);
     Position position{1.0, 2.0, PositionUnitInch, 5.0};
     const std::string noFactor = "CalculationProblemException: Unit factor is 0.0!";
     EXPECT_EQ(Thrown([&] { position.SetUnit(PositionUnitUserDefined, 0.0); }), noFactor);
     EXPECT_EQ(Thrown([&] { position.ConvertTo(PositionUnitUserDefined, 0.0); }), noFactor);
     EXPECT_EQ(Thrown([&] { position.Convert(1.0, PositionUnitUserDefined, 0.0); }), noFactor);
-    EXPECT_EQ(Thrown([&] { position.ConvertTo(unknown, 1.0); }),
-              "CalculationProblemException: Unit not defined (2)") << "the object's own unit";
+    EXPECT_EQ(Thrown([&] { position.ConvertTo(unknown, 1.0); }), "CalculationProblemException: Unit not defined (2)")
+        << "the object's own unit";
     EXPECT_EQ(position.x, 1.0);
     EXPECT_EQ(position.y, 2.0);
     EXPECT_EQ(position.unit, PositionUnitInch);
@@ -68,14 +71,17 @@ TEST(Position, FailuresChangeNothing) {
               "CalculationProblemException: Unit not defined (7)");
 }
 
-TEST(Position, SumsKeepTheUnitOfTheLeft) {
+TEST(Position, SumsKeepTheUnitOfTheLeft)
+{
     const struct {
         Position left;
         Position right;
         double x;
         double y;
     } cases[] = {
-        {{10, 20, PositionUnitTenthMillimetre, 0}, {1, 2, PositionUnitInch, 0}, 10 + 253.99999999999997,
+        {{10, 20, PositionUnitTenthMillimetre, 0},
+         {1, 2, PositionUnitInch, 0},
+         10 + 253.99999999999997,
          20 + 507.99999999999994},
         {{0.3, 1, PositionUnitTenthMillimetre, 0}, {0.3, 1, PositionUnitTenthMillimetre, 9}, 0.6, 2},
         {{1, 1, PositionUnitUserDefined, 2}, {3, 5, PositionUnitUserDefined, 2}, 4, 6},
@@ -90,7 +96,9 @@ TEST(Position, SumsKeepTheUnitOfTheLeft) {
         EXPECT_EQ(sum.unitFactor, test.left.unitFactor);
     }
     Position withoutFactor{1, 1, PositionUnitUserDefined, 0};
-    EXPECT_EQ(Thrown([&] { withoutFactor += Position{1, 1, PositionUnitInch, 0}; }),
+    EXPECT_EQ(Thrown([&] {
+                  withoutFactor += Position{1, 1, PositionUnitInch, 0};
+              }),
               "CalculationProblemException: Unit factor is 0.0!");
 }
 

@@ -13,7 +13,8 @@ using Kestrelon::DeviceDriver::J4T::j4TableProperties;
 using Bytes = std::vector<uint8_t>;
 using Keys = std::list<uint16_t>;
 
-TEST(Property, RendersItsNumbersAndNothingElse) {
+TEST(Property, RendersItsNumbersAndNothingElse)
+{
     const struct {
         Property property;
         int type;
@@ -23,7 +24,9 @@ TEST(Property, RendersItsNumbersAndNothingElse) {
         {Property(-1), Property::TypeLong, {0xFF, 0xFF, 0xFF, 0xFF}, {0xFF, 0xFF, 0xFF, 0xFF}},
         {Property(1), Property::TypeLong, {1, 0, 0, 0}, {0, 0, 0, 1}},
         {Property(1.0f), Property::TypeFloat, {0, 0, 0x80, 0x3F}, {0x3F, 0x80, 0, 0}},
-        {Property(Property::LongVector{1, 0x0203}), Property::TypeLongVector, {1, 0, 0, 0, 3, 2, 0, 0},
+        {Property(Property::LongVector{1, 0x0203}),
+         Property::TypeLongVector,
+         {1, 0, 0, 0, 3, 2, 0, 0},
          {0, 0, 0, 1, 0, 0, 2, 3}},
         {Property(Property::FloatVector{-2.0f}), Property::TypeFloatVector, {0, 0, 0, 0xC0}, {0xC0, 0, 0, 0}},
         {Property(Property::LongVector()), Property::TypeLongVector, {}, {}},
@@ -39,7 +42,8 @@ TEST(Property, RendersItsNumbersAndNothingElse) {
     EXPECT_EQ(Thrown([] { Property().AsByteVector(false); }), "RuntimeException: Invalid configuration data type.");
 }
 
-TEST(Property, TheWrongKindIsAnException) {
+TEST(Property, TheWrongKindIsAnException)
+{
     const auto isOutOfRange = [](const std::string& thrown) { return thrown.rfind("OutOfRangeException: ", 0) == 0; };
     EXPECT_TRUE(isOutOfRange(Thrown([] { Property(1.0f).AsLong(); })));
     EXPECT_TRUE(isOutOfRange(Thrown([] { Property(1).AsFloat(); })));
@@ -50,7 +54,8 @@ TEST(Property, TheWrongKindIsAnException) {
     EXPECT_EQ(Property(Property::LongVector{7, 8}).AsLong(), 7);
 }
 
-TEST(Property, AssigningMayChangeTheKind) {
+TEST(Property, AssigningMayChangeTheKind)
+{
     Property property(5);
     property.Assign(2.0f);
     EXPECT_EQ(property.GetType(), Property::TypeFloat);
@@ -63,7 +68,8 @@ TEST(Property, AssigningMayChangeTheKind) {
     EXPECT_EQ(property.SizeOf(), 8u);
 }
 
-TEST(Properties, KeepTheOrderOfInsertion) {
+TEST(Properties, KeepTheOrderOfInsertion)
+{
     Properties store;
     store.SetProperty(7, Property(70));
     store.SetProperty(3, Property(30));
@@ -81,7 +87,8 @@ TEST(Properties, KeepTheOrderOfInsertion) {
     EXPECT_EQ(store.GetProperty(7).AsLong(), 70);
 }
 
-TEST(Properties, DumpsOneValueBehindTheOther) {
+TEST(Properties, DumpsOneValueBehindTheOther)
+{
     Properties store;
     store.SetProperty(9, Property(Property::LongVector{1, 2, 3}));
     store.SetProperty(0x0102, Property(1.0f));
@@ -110,7 +117,8 @@ TEST(Properties, DumpsOneValueBehindTheOther) {
     }
 }
 
-TEST(Properties, EmptyAndInvalidOnesAtADump) {
+TEST(Properties, EmptyAndInvalidOnesAtADump)
+{
     Properties store;
     Bytes target;
     EXPECT_EQ(store.SizeOf(0), 0u);
@@ -120,14 +128,15 @@ TEST(Properties, EmptyAndInvalidOnesAtADump) {
               "RuntimeException: Invalid configuration data type.");
 }
 
-TEST(TableProperties, StartFromTheirDefaultsAndGoBackToThem) {
+TEST(TableProperties, StartFromTheirDefaultsAndGoBackToThem)
+{
     const struct {
         uint16_t id;
         Property value;
     } defaults[] = {
-        {5010, Property(300)}, {5011, Property(160)}, {5012, Property(200)},  {5020, Property(0)},
-        {5030, Property(0)},   {5040, Property(1)},   {5041, Property(1.15f)}, {5042, Property(1)},
-        {5043, Property(-5)},  {5044, Property(0.2f)}, {5050, Property(1)},   {5060, Property(2)},
+        {5010, Property(300)}, {5011, Property(160)},  {5012, Property(200)},   {5020, Property(0)},
+        {5030, Property(0)},   {5040, Property(1)},    {5041, Property(1.15f)}, {5042, Property(1)},
+        {5043, Property(-5)},  {5044, Property(0.2f)}, {5050, Property(1)},     {5060, Property(2)},
     };
     j4TableProperties settings;
     Keys keys;

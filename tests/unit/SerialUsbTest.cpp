@@ -20,7 +20,8 @@ struct OpenSerial {
 };
 
 /// A transfer of so many bytes with status bytes where the bridge puts them, and what it carries.
-std::vector<uint8_t> TransferOfLength(std::size_t length, std::string& payload) {
+std::vector<uint8_t> TransferOfLength(std::size_t length, std::string& payload)
+{
     std::vector<uint8_t> transfer(length);
     payload.clear();
     for (std::size_t i = 0; i < length; ++i) {
@@ -32,7 +33,8 @@ std::vector<uint8_t> TransferOfLength(std::size_t length, std::string& payload) 
     return transfer;
 }
 
-TEST(SerialUsb, StripsTheStatusBytesOfEveryPacket) {
+TEST(SerialUsb, StripsTheStatusBytesOfEveryPacket)
+{
     for (const std::size_t length : {3u, 63u, 64u, 66u, 67u, 127u, 128u, 130u, 191u, 512u, 131071u, 131072u}) {
         OpenSerial open;
         std::string payload;
@@ -43,20 +45,22 @@ TEST(SerialUsb, StripsTheStatusBytesOfEveryPacket) {
     }
 }
 
-TEST(SerialUsb, ALonelyStatusByteIsAnError) {
+TEST(SerialUsb, ALonelyStatusByteIsAnError)
+{
     for (const std::size_t length : {65u, 129u}) {
         OpenSerial open;
         std::string payload;
         open.usb.DeliverRaw(TransferOfLength(length, payload));
-        EXPECT_EQ(Thrown([&] { open.serial.Read(10, 0); }),
-                  "LengthException: last package contains only one byte") << length;
+        EXPECT_EQ(Thrown([&] { open.serial.Read(10, 0); }), "LengthException: last package contains only one byte")
+            << length;
         const std::string left = open.serial.Read(1000, 0);
         EXPECT_EQ(left.size(), payload.size() + 1) << "the length counted so far stays";
         EXPECT_EQ(left.substr(0, payload.size()), payload);
     }
 }
 
-TEST(SerialUsb, PollsAsLongAsTheTimeoutLasts) {
+TEST(SerialUsb, PollsAsLongAsTheTimeoutLasts)
+{
     const struct {
         int32_t timeout;
         int polls;
@@ -69,7 +73,8 @@ TEST(SerialUsb, PollsAsLongAsTheTimeoutLasts) {
     }
 }
 
-TEST(SerialUsb, OneBudgetOfPollsServesTheWholeRead) {
+TEST(SerialUsb, OneBudgetOfPollsServesTheWholeRead)
+{
     OpenSerial open;
     open.usb.Deliver("ab");
     open.usb.DeliverRaw({0x01, 0x60});
@@ -79,7 +84,8 @@ TEST(SerialUsb, OneBudgetOfPollsServesTheWholeRead) {
     EXPECT_EQ(open.usb.reads, 2 + 5) << "data use up no poll and restore none";
 }
 
-TEST(SerialUsb, KeepsTheRemainderForTheNextRead) {
+TEST(SerialUsb, KeepsTheRemainderForTheNextRead)
+{
     OpenSerial open;
     open.usb.Deliver(std::string("ab\0cdef", 7));
     EXPECT_EQ(open.serial.Read(2, 1000), "ab");
@@ -92,7 +98,8 @@ TEST(SerialUsb, KeepsTheRemainderForTheNextRead) {
     EXPECT_EQ(open.serial.Read(2, 0), "h");
 }
 
-TEST(SerialUsb, ReadsAgainWhenTheStatusBitIsClear) {
+TEST(SerialUsb, ReadsAgainWhenTheStatusBitIsClear)
+{
     OpenSerial open;
     open.usb.DeliverRaw({0x00, 0x60, 'b', 'a', 'd'});
     open.usb.Deliver("good");
@@ -108,7 +115,8 @@ TEST(SerialUsb, ReadsAgainWhenTheStatusBitIsClear) {
     EXPECT_EQ(open.serial.Read(96, 0), payload);
 }
 
-TEST(SerialUsb, TheLastPollIsUnpackedWhateverItsStatus) {
+TEST(SerialUsb, TheLastPollIsUnpackedWhateverItsStatus)
+{
     OpenSerial open;
     for (const char digit : {'1', '2', '3', '4', '5'}) {
         open.usb.DeliverRaw({0x00, 0x60, static_cast<uint8_t>(digit), 'x'});
@@ -119,7 +127,8 @@ TEST(SerialUsb, TheLastPollIsUnpackedWhateverItsStatus) {
     EXPECT_EQ(open.usb.reads, 5) << "the next read has it without asking the bridge";
 }
 
-TEST(SerialUsb, ClearingDrainsOneTransfer) {
+TEST(SerialUsb, ClearingDrainsOneTransfer)
+{
     OpenSerial open;
     open.usb.Deliver("old");
     open.usb.Deliver("new");
@@ -130,7 +139,8 @@ TEST(SerialUsb, ClearingDrainsOneTransfer) {
     EXPECT_EQ(open.usb.reads, 2 + 10);
 }
 
-TEST(SerialUsb, OpensSetsUpAndCloses) {
+TEST(SerialUsb, OpensSetsUpAndCloses)
+{
     ScriptedUsb usb;
     {
         SerialUSB serial;
@@ -151,7 +161,8 @@ TEST(SerialUsb, OpensSetsUpAndCloses) {
     EXPECT_EQ(usb.reads, 0);
 }
 
-TEST(SerialUsb, RefusesTrafficWhileClosed) {
+TEST(SerialUsb, RefusesTrafficWhileClosed)
+{
     ScriptedUsb usb;
     SerialUSB serial;
     usb.FailAt("open");
@@ -165,16 +176,15 @@ TEST(SerialUsb, RefusesTrafficWhileClosed) {
     EXPECT_EQ(usb.reads, 10);
 }
 
-TEST(SerialUsb, FailuresOfTheDevicePassAndLeaveTheChannelOpen) {
+TEST(SerialUsb, FailuresOfTheDevicePassAndLeaveTheChannelOpen)
+{
     OpenSerial open;
     const struct {
         const char* call;
         std::function<void()> action;
     } cases[] = {
-        {"write", [&] { open.serial.WriteString("x"); }},
-        {"read", [&] { open.serial.Read(1, 0); }},
-        {"control", [&] { open.serial.InitCom(); }},
-        {"serial", [&] { open.serial.SerialNumber(); }},
+        {"write", [&] { open.serial.WriteString("x"); }}, {"read", [&] { open.serial.Read(1, 0); }},
+        {"control", [&] { open.serial.InitCom(); }},      {"serial", [&] { open.serial.SerialNumber(); }},
         {"close", [&] { open.serial.CloseDevice(); }},
     };
     for (const auto& test : cases) {

@@ -15,7 +15,8 @@ struct Counted {
     int value;
 };
 
-TEST(SmartPointer, TheLastReferenceDeletes) {
+TEST(SmartPointer, TheLastReferenceDeletes)
+{
     SmartPointer<Counted> first(new Counted(1));
     {
         const SmartPointer<Counted> second(first);
@@ -37,14 +38,15 @@ TEST(SmartPointer, TheLastReferenceDeletes) {
     last = 0;
 }
 
-TEST(SmartPointer, OnlyZeroIsAssignable) {
+TEST(SmartPointer, OnlyZeroIsAssignable)
+{
     SmartPointer<Counted> pointer(new Counted(1));
-    EXPECT_EQ(Thrown([&] { pointer = 1; }),
-              "invalid_argument: SmartPointer<T>& operator =(long) argument was != Zero");
+    EXPECT_EQ(Thrown([&] { pointer = 1; }), "invalid_argument: SmartPointer<T>& operator =(long) argument was != Zero");
     EXPECT_EQ(pointer->value, 1);
 }
 
-TEST(SmartPointer, ANullAccessNamesTypeAndPlace) {
+TEST(SmartPointer, ANullAccessNamesTypeAndPlace)
+{
     const SmartPointer<Counted> null(static_cast<Counted*>(nullptr));
     const SmartPointer<Counted> copy(null);
     const std::string text = std::string("accessed null pointer (") + typeid(Counted).name() + ")";
@@ -65,13 +67,15 @@ TEST(SmartPointer, ANullAccessNamesTypeAndPlace) {
 struct Reentrant {
     SmartPointer<Reentrant>* owner;
     bool* sawNull;
-    ~Reentrant() {
+    ~Reentrant()
+    {
         *sawNull = owner->IsNull();
         *owner = 0;
     }
 };
 
-TEST(SmartPointer, IsNullBeforeItsObjectGoes) {
+TEST(SmartPointer, IsNullBeforeItsObjectGoes)
+{
     bool sawNull = false;
     SmartPointer<Reentrant> pointer;
     pointer = SmartPointer<Reentrant>(new Reentrant{&pointer, &sawNull});

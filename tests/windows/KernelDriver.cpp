@@ -118,8 +118,8 @@ bool KernelDriver::Ask(DWORD code, const void* input, size_t size)
 {
     DWORD bytes = 0;
     const HANDLE control = OpenControl(0);
-    const BOOL good = DeviceIoControl(control, code, const_cast<void*>(input), static_cast<DWORD>(size), nullptr, 0,
-                                      &bytes, nullptr);
+    const BOOL good =
+        DeviceIoControl(control, code, const_cast<void*>(input), static_cast<DWORD>(size), nullptr, 0, &bytes, nullptr);
     CloseHandle(control);
     return good;
 }

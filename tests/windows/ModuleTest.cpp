@@ -103,11 +103,11 @@ TEST_F(ModuleTest, ImportsTheSystemAndItsRunTimeAlone)
     EXPECT_THAT(names, ElementsAre("kernel32.dll", "msvcrt.dll"));
     EXPECT_EQ(Directory(IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT).Size, 0u);
     // What tools that watch the import table can see of the traffic with the driver.
-    EXPECT_THAT(Imports()["kernel32.dll"],
-                IsSupersetOf({"CreateFileA", "CloseHandle", "DeviceIoControl", "ReadFile", "WriteFile",
-                              "GetOverlappedResult", "CancelIo", "CreateEventA", "WaitForMultipleObjects",
-                              "GetTickCount", "Sleep", "LoadLibraryA", "LoadLibraryExA", "GetProcAddress",
-                              "FreeLibrary", "GetModuleFileNameA"}));
+    EXPECT_THAT(
+        Imports()["kernel32.dll"],
+        IsSupersetOf({"CreateFileA", "CloseHandle", "DeviceIoControl", "ReadFile", "WriteFile", "GetOverlappedResult",
+                      "CancelIo", "CreateEventA", "WaitForMultipleObjects", "GetTickCount", "Sleep", "LoadLibraryA",
+                      "LoadLibraryExA", "GetProcAddress", "FreeLibrary", "GetModuleFileNameA"}));
 }
 
 TEST_F(ModuleTest, CanBeLoadedAnywhereAndExecutesNoData)
@@ -132,14 +132,14 @@ TEST_F(ModuleTest, TellsItsVersion)
         EXPECT_EQ(high, 0x00010001u);
         EXPECT_EQ(low, 0x00040068u);
     }
-    for (const auto& [name, text] : std::map<std::string, std::string>{
-             {"CompanyName", "Kestrelon"},
-             {"FileDescription", "J4 Tavla scanning table SDK"},
-             {"FileVersion", "1.1.4.104"},
-             {"InternalName", "j4tavla64"},
-             {"OriginalFilename", "j4tavla64.dll"},
-             {"ProductName", "J4 Tavla SDK"},
-             {"ProductVersion", "1.1.4.104"}}) {
+    for (const auto& [name, text] :
+         std::map<std::string, std::string>{{"CompanyName", "Kestrelon"},
+                                            {"FileDescription", "J4 Tavla scanning table SDK"},
+                                            {"FileVersion", "1.1.4.104"},
+                                            {"InternalName", "j4tavla64"},
+                                            {"OriginalFilename", "j4tavla64.dll"},
+                                            {"ProductName", "J4 Tavla SDK"},
+                                            {"ProductVersion", "1.1.4.104"}}) {
         char* value = nullptr;
         ASSERT_TRUE(VerQueryValueA(info.data(), ("\\StringFileInfo\\040904B0\\" + name).c_str(),
                                    reinterpret_cast<void**>(&value), &size))

@@ -26,8 +26,8 @@ public:
     explicit Program(const std::string& arguments) : outputFile(Folder() + "output.txt")
     {
         SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
-        const HANDLE output = CreateFileA(outputFile.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited,
-                                          CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        const HANDLE output = CreateFileA(outputFile.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr);
         STARTUPINFOA start{};
         start.cb = sizeof(start);
         start.dwFlags = STARTF_USESTDHANDLES;
@@ -106,8 +106,8 @@ TEST_F(ProcessTest, AProgramThatJustEndsLeavesTheTableFree)
     program.Run();
     EXPECT_EQ(program.ExitCode(), 0u) << program.Output();
     EXPECT_TRUE(World().WaitUntilClosed());
-    const Lines lines = LinesThatBegin(ShortLines(J4Bench::Bench::Instance().GetJournal().Take()),
-                                       {"table s", "table f"});
+    const Lines lines =
+        LinesThatBegin(ShortLines(J4Bench::Bench::Instance().GetJournal().Take()), {"table s", "table f"});
     EXPECT_THAT(lines, ElementsAre("table s1", "table f1", "table f2", "table s0", "table f0", "table f3"))
         << "hold, foil and the foil's button, as they were set and then left";
 }

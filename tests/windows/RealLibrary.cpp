@@ -59,10 +59,7 @@ const char* J4_GetOption(const char* key) { return J4_LOADED(J4_GetOption)(key);
 
 J4_Result J4_IsConnected(void) { return J4_LOADED(J4_IsConnected)(); }
 
-J4_ErrorHandler J4_RegisterErrorHandler(J4_ErrorHandler handler)
-{
-    return J4_LOADED(J4_RegisterErrorHandler)(handler);
-}
+J4_ErrorHandler J4_RegisterErrorHandler(J4_ErrorHandler handler) { return J4_LOADED(J4_RegisterErrorHandler)(handler); }
 
 J4_DeviceMessageHandler J4_RegisterDeviceMessageHandler(J4_DeviceMessageHandler handler)
 {

@@ -36,9 +36,12 @@ constexpr DWORD ShortestPause = 300;  ///< ms
 uint32_t StatusOf(Bridge::Status status)
 {
     switch (status) {
-    case Bridge::Status::Done: return 0;
-    case Bridge::Status::Removed: return Removed;
-    default: return Stalled;
+    case Bridge::Status::Done:
+        return 0;
+    case Bridge::Status::Removed:
+        return Removed;
+    default:
+        return Stalled;
     }
 }
 
@@ -265,13 +268,27 @@ void Relay::WriteDown(const DriverRequest& request, const Bytes& data)
     }
     std::string line = std::to_string(handles[request.handle].number);
     switch (request.kind) {
-    case DriverOpened: line += " open table " + std::to_string(request.table); break;
-    case DriverClosed: line += " close"; break;
-    case DriverCancelled: line += " cancelled"; break;
-    case DriverControl: line += " " + Hex(request.code, 8); break;
-    case DriverRead: line += " read " + std::to_string(request.outputSize); break;
-    case DriverWrite: line += " write"; break;
-    default: line += " unknown"; break;
+    case DriverOpened:
+        line += " open table " + std::to_string(request.table);
+        break;
+    case DriverClosed:
+        line += " close";
+        break;
+    case DriverCancelled:
+        line += " cancelled";
+        break;
+    case DriverControl:
+        line += " " + Hex(request.code, 8);
+        break;
+    case DriverRead:
+        line += " read " + std::to_string(request.outputSize);
+        break;
+    case DriverWrite:
+        line += " write";
+        break;
+    default:
+        line += " unknown";
+        break;
     }
     if (!data.empty()) {
         line += " ";

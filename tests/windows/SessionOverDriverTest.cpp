@@ -41,7 +41,9 @@ const Lines opening = {
     "1 8094206C out 12",
     "1 80942028",
     // configuration 0 with one interface, number 0, setting 0, transfers of up to 131072 bytes
-    "1 80942024 0000010000000000" "00000200" + std::string(2 * 248, '0'),
+    "1 80942024 0000010000000000"
+    "00000200" +
+        std::string(2 * 248, '0'),
     "1 8094203C out 8",
     "1 80942040 0001000000000000",
     "2 open table 0",
@@ -55,15 +57,13 @@ const Lines opening = {
 };
 const Lines clearing(10, "3 read 131072");
 const Lines bridgeSetUp = {
-    "1 80942035 000000000200000000000000000000000000",
-    "1 80942035 000000000200000000000000000001000000",
-    "1 80942035 000000000200000000000000000002000000",
-    "1 80942035 000000000200000000000000000334000000",
+    "1 80942035 000000000200000000000000000000000000", "1 80942035 000000000200000000000000000001000000",
+    "1 80942035 000000000200000000000000000002000000", "1 80942035 000000000200000000000000000334000000",
     "1 80942035 000000000200000000000000000408000000",
 };
 /// Hold released, foil off, foil button on; each is answered.
-const Lines leaving = {WireRequest(";s022"), "3 read 131072", WireRequest(";f02f"), "3 read 131072",
-                       WireRequest(";f32c"), "3 read 131072"};
+const Lines leaving = {WireRequest(";s022"), "3 read 131072",      WireRequest(";f02f"),
+                       "3 read 131072",      WireRequest(";f32c"), "3 read 131072"};
 const Lines closing = {"1 80942054", "3 80942084", "2 80942084", "3 close", "2 close", "1 close"};
 
 Lines Tail(const Lines& lines, size_t count)
@@ -106,8 +106,8 @@ struct SessionOverDriverTest : OverDriver<SessionTest> {
     {
         std::vector<J4Bench::FlatPatch> row;
         for (size_t i = 0; i < std::size(patches); ++i) {
-            row.push_back({"patch", 210.0 + 20.0 * static_cast<double>(i), 250.0, 20.0, 20.0,
-                           static_cast<double>(patches[i])});
+            row.push_back(
+                {"patch", 210.0 + 20.0 * static_cast<double>(i), 250.0, 20.0, 20.0, static_cast<double>(patches[i])});
         }
         std::ofstream(chartFile) << J4Bench::ChartText(row);
         Set("Simulator.ChartFile", chartFile);
@@ -200,8 +200,7 @@ TEST_F(SessionOverDriverTest, AFailedStepOfTheOpeningIsNamed)
 {
     const uint32_t status = 0xE000101F;
     const auto label = [](const char* name) {
-        return "Error in UsbIo function: \"" + std::string(name) +
-               "\" Error: Error code 0xE000101F: Invalid process.";
+        return "Error in UsbIo function: \"" + std::string(name) + "\" Error: Error code 0xE000101F: Invalid process.";
     };
     for (const auto& [code, skip, message] : std::vector<std::tuple<uint32_t, uint32_t, std::string>>{
              {UsbIo::ControlGetDriverInfo, 0, noTable},
@@ -395,10 +394,10 @@ TEST_F(SessionOverDriverTest, TransfersOfAnyShapeAreTaken)
     EXPECT_EQ(J4_GetPosition(&x, &x), 0);
     // More bytes are reported than there is room for; a lone byte, which is an empty transfer; a second packet
     // without its status.
-    for (const auto& [answer, status] : std::vector<std::pair<Relay::Answer, J4_Result>>{
-             {{0, Relay::Bytes(131072, 1), 64}, J4_ResultDeviceFault},
-             {{0, {1}}, J4_ResultNoError},
-             {{0, Relay::Bytes(65, 1)}, J4_ResultException}}) {
+    for (const auto& [answer, status] :
+         std::vector<std::pair<Relay::Answer, J4_Result>>{{{0, Relay::Bytes(131072, 1), 64}, J4_ResultDeviceFault},
+                                                          {{0, {1}}, J4_ResultNoError},
+                                                          {{0, Relay::Bytes(65, 1)}, J4_ResultException}}) {
         World().Inject(DriverRead, answer);
         EXPECT_EQ(J4_GetPosition(&x, &x), status) << GetOption("LastError");
         Set("J4TDeviceType", "J4TSorvaneTable1");

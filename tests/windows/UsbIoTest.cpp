@@ -131,13 +131,13 @@ TEST_F(UsbIoTest, AListMayBeOlderThanTheWorld)
 
 TEST_F(UsbIoTest, TheInterfaceVersionDecides)
 {
-    for (const auto& [version, status] : std::vector<std::pair<uint16_t, uint32_t>>{
-             {0x0230, UsbIo::StatusSuccess},
-             {0x02FF, UsbIo::StatusSuccess},
-             {0x022F, UsbIo::StatusVersionMismatch},
-             {0x0330, UsbIo::StatusVersionMismatch},
-             {0x0130, UsbIo::StatusVersionMismatch},
-             {0x0000, UsbIo::StatusVersionMismatch}}) {
+    for (const auto& [version, status] :
+         std::vector<std::pair<uint16_t, uint32_t>>{{0x0230, UsbIo::StatusSuccess},
+                                                    {0x02FF, UsbIo::StatusSuccess},
+                                                    {0x022F, UsbIo::StatusVersionMismatch},
+                                                    {0x0330, UsbIo::StatusVersionMismatch},
+                                                    {0x0130, UsbIo::StatusVersionMismatch},
+                                                    {0x0000, UsbIo::StatusVersionMismatch}}) {
         World().SetDriverInfo({version, 0, 0, 0});
         CUsbIo device;
         EXPECT_EQ(device.Open(0, list, guid), status) << version;
@@ -149,14 +149,14 @@ TEST_F(UsbIoTest, StatusesOfTheDriverArriveAsTheyAre)
 {
     CUsbIo device;
     ASSERT_EQ(device.Open(0, list, guid), 0u);
-    for (const auto& [sent, received] : std::vector<std::pair<uint32_t, uint32_t>>{
-             {0xE0000004, 0xE0000004},
-             {0xE0006000, 0xE0006000},
-             {0xE000100A, 0xE000100A},
-             {0xE8001000, 0xE8001000},
-             {0xC0000022, ERROR_ACCESS_DENIED},
-             {0xC0000010, ERROR_INVALID_FUNCTION},
-             {0xC0000120, ERROR_OPERATION_ABORTED}}) {
+    for (const auto& [sent, received] :
+         std::vector<std::pair<uint32_t, uint32_t>>{{0xE0000004, 0xE0000004},
+                                                    {0xE0006000, 0xE0006000},
+                                                    {0xE000100A, 0xE000100A},
+                                                    {0xE8001000, 0xE8001000},
+                                                    {0xC0000022, ERROR_ACCESS_DENIED},
+                                                    {0xC0000010, ERROR_INVALID_FUNCTION},
+                                                    {0xC0000120, ERROR_OPERATION_ABORTED}}) {
         World().Inject(UsbIo::ControlUnconfigureDevice, {sent});
         EXPECT_EQ(device.UnconfigureDevice(), received) << std::hex << sent;
         EXPECT_EQ(device.UnconfigureDevice(), 0u);

@@ -69,8 +69,7 @@ TEST_F(UsbWinTest, SerialNumbersAreCutToTheirRoom)
 TEST_F(UsbWinTest, PipeNumbersAreIgnoredAndAGoneDeviceCloses)
 {
     usb.Open(0);
-    EXPECT_EQ(Thrown([&] { usb.Open(0); }),
-              "CommunicationException: No device connected.") << "it is open";
+    EXPECT_EQ(Thrown([&] { usb.Open(0); }), "CommunicationException: No device connected.") << "it is open";
     World().Take();
     uint8_t buffer[64];
     unsigned long length = sizeof(buffer);

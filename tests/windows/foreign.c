@@ -9,15 +9,28 @@
 
 #include "c_sdk/include/j4tavla.h"
 
-static const char* const names[] = {
-    "J4_Calibrate",    "J4_TriggerMeasurement", "J4_GetNumberOfAvailableSamples",
-    "J4_GetSpectrum",  "J4_GetTriStimulus",     "J4_GetDensity",
-    "J4_SetSubstrate", "J4_SetOption",          "J4_GetOption",
-    "J4_KeyPressed",   "J4_IsConnected",        "J4_GetDensities",
-    "J4_TriggerCountedScan", "J4_RegisterErrorHandler", "J4_RegisterDeviceMessageHandler",
-    "J4_GetPosition",  "J4_SetPosition",        "J4_GoToHomePosition",
-    "J4_Scan",         "J4_IsTableConnected",   "J4_SynchronizeWhitebases",
-    "J4_Private"};
+static const char* const names[] = {"J4_Calibrate",
+                                    "J4_TriggerMeasurement",
+                                    "J4_GetNumberOfAvailableSamples",
+                                    "J4_GetSpectrum",
+                                    "J4_GetTriStimulus",
+                                    "J4_GetDensity",
+                                    "J4_SetSubstrate",
+                                    "J4_SetOption",
+                                    "J4_GetOption",
+                                    "J4_KeyPressed",
+                                    "J4_IsConnected",
+                                    "J4_GetDensities",
+                                    "J4_TriggerCountedScan",
+                                    "J4_RegisterErrorHandler",
+                                    "J4_RegisterDeviceMessageHandler",
+                                    "J4_GetPosition",
+                                    "J4_SetPosition",
+                                    "J4_GoToHomePosition",
+                                    "J4_Scan",
+                                    "J4_IsTableConnected",
+                                    "J4_SynchronizeWhitebases",
+                                    "J4_Private"};
 static const unsigned firstOrdinal = 4;
 
 static int errors;

@@ -12,20 +12,14 @@ std::filesystem::path ProgramFolder()
     return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
 }
 
-std::string LibraryFileName(const std::string& name)
-{
-    return "lib" + name + ".so";
-}
+std::string LibraryFileName(const std::string& name) { return "lib" + name + ".so"; }
 
 void AddLibraryFolder(const std::filesystem::path&)
 {
     // The libraries find one another by the search path that they carry themselves.
 }
 
-bool IsTerminal(std::FILE* stream)
-{
-    return isatty(fileno(stream)) == 1;
-}
+bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) == 1; }
 
 int TerminalWidth()
 {
@@ -33,10 +27,7 @@ int TerminalWidth()
     return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
-bool WriteThrough(std::FILE* stream)
-{
-    return std::fflush(stream) == 0 && fsync(fileno(stream)) == 0;
-}
+bool WriteThrough(std::FILE* stream) { return std::fflush(stream) == 0 && fsync(fileno(stream)) == 0; }
 
 bool MoveOver(const std::filesystem::path& from, const std::filesystem::path& to)
 {

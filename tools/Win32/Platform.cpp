@@ -14,15 +14,9 @@ std::filesystem::path ProgramFolder()
     return std::filesystem::path(name).parent_path();
 }
 
-std::string LibraryFileName(const std::string& name)
-{
-    return name + ".dll";
-}
+std::string LibraryFileName(const std::string& name) { return name + ".dll"; }
 
-void AddLibraryFolder(const std::filesystem::path& folder)
-{
-    SetDllDirectoryW(folder.c_str());
-}
+void AddLibraryFolder(const std::filesystem::path& folder) { SetDllDirectoryW(folder.c_str()); }
 
 bool IsTerminal(std::FILE* stream)
 {
@@ -39,10 +33,7 @@ int TerminalWidth()
                : 80;
 }
 
-bool WriteThrough(std::FILE* stream)
-{
-    return std::fflush(stream) == 0 && _commit(_fileno(stream)) == 0;
-}
+bool WriteThrough(std::FILE* stream) { return std::fflush(stream) == 0 && _commit(_fileno(stream)) == 0; }
 
 bool MoveOver(const std::filesystem::path& from, const std::filesystem::path& to)
 {

@@ -74,20 +74,20 @@ void Run(ToolContext& context)
         const std::string value = session.GetOption(line.key);
         std::string shown = value;
         switch (line.form) {
-            case InfoLine::Form::Date:
-                shown = DateText(value);
-                object.Add(line.name, shown);
-                break;
-            case InfoLine::Form::List:
-                object.Add(line.name, Words(value));
-                break;
-            case InfoLine::Form::Millimetres:
-            case InfoLine::Form::Millimetre10ths:
-                shown = units.Text(Millimetres(line, value));
-                object.Add(line.name, units.FromMillimetres(Millimetres(line, value)));
-                break;
-            default:
-                object.AddValue(line.name, value);
+        case InfoLine::Form::Date:
+            shown = DateText(value);
+            object.Add(line.name, shown);
+            break;
+        case InfoLine::Form::List:
+            object.Add(line.name, Words(value));
+            break;
+        case InfoLine::Form::Millimetres:
+        case InfoLine::Form::Millimetre10ths:
+            shown = units.Text(Millimetres(line, value));
+            object.Add(line.name, units.FromMillimetres(Millimetres(line, value)));
+            break;
+        default:
+            object.AddValue(line.name, value);
         }
         const std::string label = line.label;
         text += label + std::string(label.size() < 30 ? 30 - label.size() : 1, ' ') + shown + "\n";

@@ -19,10 +19,7 @@ void PrintPosition(ToolContext& context, Point place)
     }
 }
 
-void UseVisor(Session& session, bool visor)
-{
-    session.SetOption("J4TIsVisorCoordinate", visor ? "yes" : "no");
-}
+void UseVisor(Session& session, bool visor) { session.SetOption("J4TIsVisorCoordinate", visor ? "yes" : "no"); }
 
 }  // namespace
 

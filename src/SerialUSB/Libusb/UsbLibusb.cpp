@@ -44,10 +44,12 @@ std::vector<uint8_t> Place(libusb_device* device)
 void ThrowIfLibusbError(int status, const char* label)
 try {
     if (status < 0) {
-        std::string text = std::string("Error in UsbIo function: \"") + label + "\" Error: " + libusb_error_name(status) +
-                           ": " + libusb_strerror(static_cast<libusb_error>(status)) + ".";
+        std::string text = std::string("Error in UsbIo function: \"") + label +
+                           "\" Error: " + libusb_error_name(status) + ": " +
+                           libusb_strerror(static_cast<libusb_error>(status)) + ".";
         if (status == LIBUSB_ERROR_ACCESS) {
-            text += " The user may not use the table: install the udev rule 70-j4tavla.rules and plug the table in again.";
+            text +=
+                " The user may not use the table: install the udev rule 70-j4tavla.rules and plug the table in again.";
         }
         throw CommunicationException(text);
     }
@@ -175,10 +177,10 @@ try {
     const char* const label = "libusb_control_transfer";
     const int direction = in ? LIBUSB_ENDPOINT_IN : LIBUSB_ENDPOINT_OUT;
     const uint8_t type = static_cast<uint8_t>(direction | LIBUSB_REQUEST_TYPE_VENDOR | LIBUSB_RECIPIENT_DEVICE);
-    ThrowIfLibusbError(libusb_control_transfer(OpenedHandle(label), type, request, value, index,
-                                               static_cast<unsigned char*>(buffer), static_cast<uint16_t>(length),
-                                               TransferTimeout),
-                       label);
+    ThrowIfLibusbError(
+        libusb_control_transfer(OpenedHandle(label), type, request, value, index, static_cast<unsigned char*>(buffer),
+                                static_cast<uint16_t>(length), TransferTimeout),
+        label);
 }
 J4T_TRACE_FRAME
 
@@ -214,8 +216,9 @@ try {
     while (length > 0) {
         const int piece = static_cast<int>(std::min(length, MaximumTransferSize));
         int sent = 0;
-        ThrowIfTransferError(libusb_bulk_transfer(OpenedHandle(label), EndpointOut, next, piece, &sent, TransferTimeout),
-                             label, EndpointOut);
+        ThrowIfTransferError(
+            libusb_bulk_transfer(OpenedHandle(label), EndpointOut, next, piece, &sent, TransferTimeout), label,
+            EndpointOut);
         if (sent <= 0 || sent > piece) {
             ThrowIfLibusbError(LIBUSB_ERROR_IO, label);
         }

@@ -16,8 +16,7 @@ using Utilities::Tools::SmartPointer;
 namespace {
 
 /// The driver's device interface of the table.
-constexpr GUID interfaceGuid = {
-    0xBAA97E70, 0xAFF9, 0x483F, {0xB4, 0x25, 0x67, 0x90, 0xB6, 0x2C, 0x7F, 0x5A}};
+constexpr GUID interfaceGuid = {0xBAA97E70, 0xAFF9, 0x483F, {0xB4, 0x25, 0x67, 0x90, 0xB6, 0x2C, 0x7F, 0x5A}};
 
 constexpr uint8_t EndpointOut = 0x02;
 constexpr uint8_t EndpointIn = 0x81;
@@ -50,17 +49,14 @@ void ThrowIfUsbIoError(uint32_t status, const CUsbIo&, const char* label)
 try {
     if (status != UsbIo::StatusSuccess) {
         std::array<char, 1024> text{};
-        throw CommunicationException(std::string("Error in UsbIo function: \"") + label + "\" Error: " +
-                                     CUsbIo::ErrorText(text.data(), text.size(), status));
+        throw CommunicationException(std::string("Error in UsbIo function: \"") + label +
+                                     "\" Error: " + CUsbIo::ErrorText(text.data(), text.size(), status));
     }
 }
 J4T_TRACE_FRAME
 
 UsbWin::UsbWin(uint32_t vendorId, uint32_t productId)
-try : vendorId(vendorId),
-    productId(productId),
-    device(new CUsbIo()),
-    outPipe(new CUsbIoPipe()),
+try : vendorId(vendorId), productId(productId), device(new CUsbIo()), outPipe(new CUsbIoPipe()),
     inPipe(new CUsbIoPipe()) {
 }
 J4T_TRACE_FRAME

@@ -24,10 +24,10 @@
 #define J4_DRIVER_MARK 0x8300200Cu
 
 enum DriverRequestKind {
-    DriverOpened = 1,  /* not to be answered */
-    DriverClosed,      /* not to be answered */
-    DriverCancelled,   /* not to be answered: the request with this id has been cancelled */
-    DriverMark,        /* not to be answered */
+    DriverOpened = 1, /* not to be answered */
+    DriverClosed,     /* not to be answered */
+    DriverCancelled,  /* not to be answered: the request with this id has been cancelled */
+    DriverMark,       /* not to be answered */
     DriverControl,
     DriverRead,
     DriverWrite
@@ -35,7 +35,7 @@ enum DriverRequestKind {
 
 struct DriverRequest {
     uint64_t id;
-    uint64_t handle;     /* the same for all requests of one handle */
+    uint64_t handle; /* the same for all requests of one handle */
     uint32_t table;
     uint32_t kind;
     uint32_t code;       /* of a control request */

@@ -374,8 +374,10 @@ static NTSTATUS ControlOfTestProcess(DEVICE_OBJECT* device, IRP* irp, const IO_S
         }
         RtlCopyMemory(&number, input, sizeof(number));
         if (stack->Parameters.DeviceIoControl.IoControlCode == J4_DRIVER_PLUG) {
-            return Complete(irp, Plug(device->DriverObject, number, (const WCHAR*)(input + sizeof(number)),
-                                      inputSize - sizeof(number)), 0);
+            return Complete(
+                irp,
+                Plug(device->DriverObject, number, (const WCHAR*)(input + sizeof(number)), inputSize - sizeof(number)),
+                0);
         }
         if (number < MAXIMUM_TABLES && tables[number] != NULL) {
             RemoveLink(tables[number]->DeviceExtension);
@@ -442,7 +444,9 @@ static void NTAPI Unload(DRIVER_OBJECT* driver)
 
 NTSTATUS NTAPI DriverEntry(DRIVER_OBJECT* driver, UNICODE_STRING* registryPath)
 {
-    static const WCHAR deviceName[] = L"\\Device\\" L"" J4_DRIVER_CONTROL_DEVICE;
+    static const WCHAR deviceName[] =
+        L"\\Device\\"
+        L"" J4_DRIVER_CONTROL_DEVICE;
     static const WCHAR linkName[] = L"" J4_DRIVER_CONTROL_DEVICE;
     DEVICE_OBJECT* device = NULL;
     (void)registryPath;
