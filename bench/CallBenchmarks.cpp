@@ -9,7 +9,7 @@
 #include "bench/CountedNew.h"
 #include "bench/SideBySide.h"
 #include "c_sdk/include/j4tavla.h"
-#include "simulator/bench/Bench.h"
+#include "simulator/world/Bench.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <benchmark/benchmark.h>
 #include "Utilities/Tools/LibraryLoader.h"
 #include "c_sdk/include/j4tavla.h"
-#include "simulator/bench/Bench.h"
+#include "simulator/world/Bench.h"
 #include "src/Communication/j4TableComManager.h"
 
 namespace {

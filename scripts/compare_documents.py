@@ -75,7 +75,7 @@ def check_keys(options):
     for number in sorted({int(number) for number in properties + block}):
         require(covers(options, number), f"docs/options.md has no row for the number {number}")
     simulator = document("simulator.md")
-    bench = {text for text in literals(ROOT / "simulator/instrument/SimulatorOptions.cpp")
+    bench = {text for text in literals(ROOT / "simulator/world/SimulatorOptions.cpp")
              if re.fullmatch(r"Simulator\.\w+", text)}
     for key in sorted(bench):
         require(f"| `{key}` |" in simulator, f"docs/simulator.md has no row for `{key}`")

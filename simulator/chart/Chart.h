@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "Generic/Cgats/CgatsFile.h"
-#include "simulator/bench/Point.h"
-#include "simulator/bench/Spectrum.h"
+#include "simulator/ground/Point.h"
+#include "simulator/ground/Spectrum.h"
 
 namespace J4Bench {
 

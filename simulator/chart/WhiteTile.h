@@ -1,8 +1,8 @@
 // The white tile at the table's home position: how far it reaches, and the dirt that may lie on it.
 #pragma once
 
-#include "simulator/bench/Point.h"
-#include "simulator/bench/Spectrum.h"
+#include "simulator/ground/Point.h"
+#include "simulator/ground/Spectrum.h"
 
 namespace J4Bench {
 

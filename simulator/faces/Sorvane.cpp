@@ -2,9 +2,9 @@
 // and forms with the table's library, whose header declares them. An exception of a registered handler
 // passes through.
 #include "c_sdk/include/j4tavla.h"
-#include "simulator/bench/Bench.h"
 #include "simulator/faces/SorvaneRecords.h"
 #include "simulator/instrument/InstrumentRack.h"
+#include "simulator/world/Bench.h"
 
 namespace {
 

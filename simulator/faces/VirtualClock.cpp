@@ -2,7 +2,7 @@
 // unless the bench's time scale asks for a real pace.
 #include "Utilities/Tools/Clock.h"
 
-#include "simulator/bench/Bench.h"
+#include "simulator/world/Bench.h"
 
 namespace Kestrelon::Utilities::Tools::Clock {
 

@@ -4,7 +4,7 @@
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
-#include "simulator/bench/Bench.h"
+#include "simulator/world/Bench.h"
 #include "src/SerialUSB/UsbFactory.h"
 
 namespace J4Bench {

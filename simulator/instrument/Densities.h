@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "simulator/bench/Spectrum.h"
+#include "simulator/ground/Spectrum.h"
 
 namespace J4Bench {
 

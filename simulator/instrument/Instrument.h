@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "simulator/bench/BenchClock.h"
-#include "simulator/bench/Spectrum.h"
+#include "simulator/ground/BenchClock.h"
+#include "simulator/ground/Spectrum.h"
 #include "simulator/instrument/Optics.h"
 #include "simulator/instrument/Status.h"
 

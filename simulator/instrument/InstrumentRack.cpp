@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "Generic/Colour/Colorimetry.h"
-#include "simulator/bench/TextList.h"
+#include "simulator/ground/TextList.h"
 #include "simulator/instrument/PatchRecognition.h"
 
 namespace J4Bench {

@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "simulator/bench/Bench.h"
 #include "simulator/instrument/Densities.h"
 #include "simulator/instrument/Instrument.h"
 #include "simulator/instrument/Optics.h"
 #include "simulator/instrument/OptionTable.h"
-#include "simulator/instrument/SimulatorOptions.h"
+#include "simulator/world/Bench.h"
+#include "simulator/world/SimulatorOptions.h"
 
 namespace J4Bench {
 

@@ -3,10 +3,10 @@
 #include <array>
 #include <cmath>
 
-#include "simulator/bench/Bench.h"
 #include "simulator/chart/Aperture.h"
 #include "simulator/chart/WhiteTile.h"
 #include "simulator/table/ConfigurationBlock.h"
+#include "simulator/world/Bench.h"
 
 namespace J4Bench {
 

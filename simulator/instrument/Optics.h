@@ -6,8 +6,8 @@
 #include <random>
 #include <string>
 
-#include "simulator/bench/Spectrum.h"
 #include "simulator/chart/Chart.h"
+#include "simulator/ground/Spectrum.h"
 
 namespace J4Bench {
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "simulator/bench/Spectrum.h"
 #include "simulator/chart/Aperture.h"
+#include "simulator/ground/Spectrum.h"
 
 namespace J4Bench {
 

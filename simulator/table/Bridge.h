@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "simulator/bench/BenchApi.h"
-#include "simulator/bench/BenchClock.h"
-#include "simulator/bench/Faults.h"
-#include "simulator/bench/Journal.h"
+#include "simulator/ground/BenchApi.h"
+#include "simulator/ground/BenchClock.h"
+#include "simulator/ground/Faults.h"
+#include "simulator/ground/Journal.h"
 #include "simulator/table/TableController.h"
 
 namespace J4Bench {

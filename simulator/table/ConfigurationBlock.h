@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "simulator/bench/Spectrum.h"
+#include "simulator/ground/Spectrum.h"
 #include "simulator/table/Machine.h"
 
 namespace J4Bench {

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "simulator/bench/Point.h"
+#include "simulator/ground/Point.h"
 
 namespace J4Bench {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "simulator/bench/Point.h"
+#include "simulator/ground/Point.h"
 #include "simulator/table/Kinematics.h"
 
 namespace J4Bench {

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "simulator/bench/Point.h"
+#include "simulator/ground/Point.h"
 #include "simulator/table/MotionProfile.h"
 
 namespace J4Bench {

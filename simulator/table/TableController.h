@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-#include "simulator/bench/BenchClock.h"
-#include "simulator/bench/Carriage.h"
-#include "simulator/bench/Faults.h"
+#include "simulator/ground/BenchClock.h"
+#include "simulator/ground/Carriage.h"
+#include "simulator/ground/Faults.h"
 #include "simulator/table/ConfigurationBlock.h"
 #include "simulator/table/TableFlash.h"
 #include "simulator/table/TableMotors.h"

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "simulator/bench/Point.h"
+#include "simulator/ground/Point.h"
 #include "simulator/table/ConfigurationBlock.h"
 #include "simulator/table/Motion.h"
 

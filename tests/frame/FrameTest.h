@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "simulator/bench/Bench.h"
+#include "simulator/world/Bench.h"
 #include "tests/support/Application.h"
 #include "tests/support/CallJournal.h"
 #include "tests/support/FakeLibrary.h"

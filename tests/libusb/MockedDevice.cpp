@@ -12,8 +12,8 @@
 #include <thread>
 #include <utility>
 
-#include "simulator/bench/Bench.h"
 #include "simulator/table/TableUnit.h"
+#include "simulator/world/Bench.h"
 
 namespace J4Test {
 

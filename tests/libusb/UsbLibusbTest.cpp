@@ -8,7 +8,7 @@
 #include <chrono>
 #include <functional>
 
-#include "simulator/bench/Bench.h"
+#include "simulator/world/Bench.h"
 #include "tests/libusb/LibusbTest.h"
 #include "tests/support/Thrown.h"
 

@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "Utilities/Exceptions/TableExceptions.h"
-#include "simulator/bench/Bench.h"
+#include "simulator/world/Bench.h"
 
 namespace J4Bench {
 namespace {

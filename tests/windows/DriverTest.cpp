@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <optional>
 
-#include "simulator/bench/Bench.h"
+#include "simulator/world/Bench.h"
 
 namespace J4Test {
 

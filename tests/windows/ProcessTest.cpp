@@ -2,7 +2,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "simulator/bench/Bench.h"
+#include "simulator/world/Bench.h"
 #include "tests/simulator/ChartText.h"
 #include "tests/support/CallJournal.h"
 #include "tests/windows/DriverTest.h"

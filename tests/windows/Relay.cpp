@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "simulator/bench/Bench.h"
 #include "simulator/table/TableUnit.h"
+#include "simulator/world/Bench.h"
 #include "tests/windows/KernelDriver.h"
 
 namespace J4Test {

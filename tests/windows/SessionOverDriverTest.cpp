@@ -3,7 +3,7 @@
 #include <fstream>
 #include <optional>
 
-#include "simulator/bench/Bench.h"
+#include "simulator/world/Bench.h"
 #include "tests/session/Session.h"
 #include "tests/simulator/ChartText.h"
 #include "tests/windows/DriverTest.h"

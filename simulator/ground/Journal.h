@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "simulator/bench/BenchApi.h"
+#include "simulator/ground/BenchApi.h"
 
 namespace J4Bench {
 

@@ -1,4 +1,4 @@
-#include "simulator/instrument/SimulatorOptions.h"
+#include "simulator/world/SimulatorOptions.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -6,9 +6,9 @@
 #include <sstream>
 #include <vector>
 
-#include "simulator/bench/Bench.h"
-#include "simulator/bench/TextList.h"
+#include "simulator/ground/TextList.h"
 #include "simulator/instrument/InstrumentRack.h"
+#include "simulator/world/Bench.h"
 
 namespace J4Bench {
 

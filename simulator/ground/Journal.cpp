@@ -1,4 +1,4 @@
-#include "simulator/bench/Journal.h"
+#include "simulator/ground/Journal.h"
 
 #include <utility>
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "simulator/bench/BenchApi.h"
+#include "simulator/ground/BenchApi.h"
 
 namespace J4Bench {
 

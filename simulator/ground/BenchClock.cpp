@@ -1,4 +1,4 @@
-#include "simulator/bench/BenchClock.h"
+#include "simulator/ground/BenchClock.h"
 
 #include <chrono>
 #include <thread>

@@ -1,4 +1,4 @@
-#include "simulator/bench/Bench.h"
+#include "simulator/world/Bench.h"
 
 #include <utility>
 

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "simulator/bench/BenchApi.h"
-#include "simulator/bench/BenchClock.h"
-#include "simulator/bench/Carriage.h"
-#include "simulator/bench/Faults.h"
-#include "simulator/bench/Journal.h"
+#include "simulator/ground/BenchApi.h"
+#include "simulator/ground/BenchClock.h"
+#include "simulator/ground/Carriage.h"
+#include "simulator/ground/Faults.h"
+#include "simulator/ground/Journal.h"
 
 namespace J4Bench {
 
