@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include <benchmark/benchmark.h>
-#include "Utilities/Tools/LibraryLoader.h"
+#include "Utilities/Tools/LibraryLoaderImpl.h"
 #include "c_sdk/include/j4tavla.h"
 #include "simulator/world/Bench.h"
 #include "src/Communication/j4TableComManager.h"
@@ -50,30 +50,6 @@ int32_t ObservedTriggerCountedScan(uint32_t count)
     betweenAcceptanceAndTrigger = ProcessorMicroseconds() - motionAccepted;
     return libraryTriggerCountedScan(count);
 }
-
-/// The stand-in for the instrument's library, with two of its functions observed.
-class ObservedLibrary : public Kestrelon::Utilities::Tools::LibraryLoader::Impl {
-public:
-    ObservedLibrary() : handle(dlopen("libsorvane64.so", RTLD_NOW)) {}
-    ~ObservedLibrary() override { dlclose(handle); }
-    std::string GetLibraryPath() override { return "libsorvane64.so"; }
-    void* doResolve(std::string symbol) override
-    {
-        void* address = dlsym(handle, symbol.c_str());
-        if (symbol == "J4_GetOption") {
-            libraryGetOption = reinterpret_cast<GetOption>(address);
-            return reinterpret_cast<void*>(ObservedGetOption);
-        }
-        if (symbol == "J4_TriggerCountedScan") {
-            libraryTriggerCountedScan = reinterpret_cast<TriggerCountedScan>(address);
-            return reinterpret_cast<void*>(ObservedTriggerCountedScan);
-        }
-        return address;
-    }
-
-private:
-    void* handle;
-};
 
 void FlashReadInVirtualTime(benchmark::State& state)
 {
@@ -118,11 +94,27 @@ BENCHMARK(AcceptanceToTrigger)->Iterations(50);
 
 }  // namespace
 
-namespace Kestrelon::Utilities::Tools {
+/// The loader of the stand-in for the instrument's library, with two of its functions observed.
+namespace Kestrelon::Platform {
 
-SmartPointer<LibraryLoader::Impl> CreateLibraryLoaderImpl(const std::string&, int32_t)
+void LibraryLoaderImpl::LookForLibrary(const std::string&) { handle = dlopen("libsorvane64.so", RTLD_NOW); }
+
+std::string LibraryLoaderImpl::GetLibraryPath() { return "libsorvane64.so"; }
+
+void* LibraryLoaderImpl::doResolve(std::string symbol)
 {
-    return SmartPointer<LibraryLoader::Impl>(new ObservedLibrary());
+    void* address = dlsym(handle, symbol.c_str());
+    if (symbol == "J4_GetOption") {
+        libraryGetOption = reinterpret_cast<GetOption>(address);
+        return reinterpret_cast<void*>(ObservedGetOption);
+    }
+    if (symbol == "J4_TriggerCountedScan") {
+        libraryTriggerCountedScan = reinterpret_cast<TriggerCountedScan>(address);
+        return reinterpret_cast<void*>(ObservedTriggerCountedScan);
+    }
+    return address;
 }
 
-}  // namespace Kestrelon::Utilities::Tools
+void LibraryLoaderImpl::UnloadLibrary() { dlclose(handle); }
+
+}  // namespace Kestrelon::Platform

@@ -4,14 +4,6 @@ set(j4_core_sources
     Generic/Configuration/Properties.cpp
     Generic/Configuration/Property.cpp
     Generic/Utilities/EndianConversion.cpp
-    Utilities/Exceptions/SDKError.cpp
-    Utilities/Exceptions/TraceFrame.cpp
-    Utilities/Exceptions/TraceableException.cpp
-    Utilities/Tools/DateTime.cpp
-    Utilities/Tools/HexStringHelper.cpp
-    Utilities/Tools/LexicalCast.cpp
-    Utilities/Tools/LibraryLoader.cpp
-    Utilities/Tools/StringTools.cpp
     c_sdk/src/ContextJ4T.cpp
     c_sdk/src/Sandbox.cpp
     c_sdk/src/Validator.cpp
@@ -36,14 +28,10 @@ set(j4_core_sources
     src/j4TableSDK.cpp
     src/j4TableScanHandle.cpp)
 add_library(j4_core OBJECT ${j4_core_sources})
-target_link_libraries(j4_core PUBLIC j4t_flags)
+target_link_libraries(j4_core PUBLIC j4_foundation)
 target_include_directories(j4_core
     PUBLIC ${PROJECT_SOURCE_DIR}/c_sdk/include
     PRIVATE ${CMAKE_BINARY_DIR}/generated)
-
-# Seams that are the same in every variant of a platform.
-add_library(j4_loader_seam OBJECT Utilities/Tools/${platform}/LibraryLoaderImpl.cpp)
-target_link_libraries(j4_loader_seam PUBLIC j4t_flags)
 
 # The clock of the real variants.
 add_library(j4_clock_seam OBJECT Utilities/Tools/${platform}/Clock.cpp)
@@ -52,7 +40,7 @@ target_link_libraries(j4_clock_seam PUBLIC j4t_flags)
 # j4_add_library(target seam...): one variant of the library, linked from the core and the named seams.
 function(j4_add_library target)
     add_library(${target} SHARED)
-    target_link_libraries(${target} PRIVATE j4_core ${ARGN} ${CMAKE_DL_LIBS})
+    target_link_libraries(${target} PRIVATE j4_core ${ARGN})
     set_target_properties(${target} PROPERTIES PREFIX "${library_prefix}" OUTPUT_NAME j4tavla64)
     target_include_directories(${target} INTERFACE
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/c_sdk/include> $<INSTALL_INTERFACE:include>)

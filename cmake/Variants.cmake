@@ -1,6 +1,6 @@
 # The shipped variants: each is the same object files with other seams.
 
-j4_add_library(j4tavla64_virtual j4_loader_seam j4_virtual_seams j4bench)
+j4_add_library(j4tavla64_virtual j4_virtual_seams j4bench)
 
 # The variants for real tables. Their names are those of the virtual variant, so they have a folder of their
 # own.
@@ -13,7 +13,7 @@ if(WIN32)
         usbio/CUsbIoPipe.cpp
         usbio/SetupApi.cpp)
     target_link_libraries(j4_usb_seam PUBLIC j4t_flags)
-    j4_add_library(j4tavla64_real j4_loader_seam j4_clock_seam j4_usb_seam)
+    j4_add_library(j4tavla64_real j4_clock_seam j4_usb_seam)
     set_target_properties(j4tavla64_real PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real
         ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real)
@@ -39,7 +39,7 @@ else()
     pkg_check_modules(LIBUSB REQUIRED IMPORTED_TARGET libusb-1.0)
     add_library(j4_usb_seam OBJECT src/SerialUSB/Libusb/UsbLibusb.cpp)
     target_link_libraries(j4_usb_seam PUBLIC j4t_flags PkgConfig::LIBUSB)
-    j4_add_library(j4tavla64_real j4_loader_seam j4_clock_seam j4_usb_seam)
+    j4_add_library(j4tavla64_real j4_clock_seam j4_usb_seam)
     set_target_properties(j4tavla64_real PROPERTIES
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real
         EXPORT_NAME j4tavla64)

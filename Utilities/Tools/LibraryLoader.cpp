@@ -2,6 +2,9 @@
 
 #include <stdexcept>
 
+#include "Utilities/Exceptions/TraceFrame.h"
+#include "Utilities/Tools/LibraryLoaderImpl.h"
+
 namespace Kestrelon::Utilities::Tools {
 
 SmartPointer<LibraryLoader::Impl> LibraryLoader::Impl::NewInstance(const std::string& name, int32_t location)
@@ -9,19 +12,9 @@ try {
     if (name.empty()) {
         throw std::invalid_argument("empty library name!");
     }
-    return CreateLibraryLoaderImpl(name, location);
+    return SmartPointer<Impl>(new Platform::LibraryLoaderImpl(name, location));
 }
 J4T_TRACE_FRAME
-
-void LibraryLoader::Impl::ThrowIfNotLoadable(bool loaded, int32_t location)
-{
-    if (loaded) {
-        throw Exceptions::RuntimeException("Library already loaded.");
-    }
-    if (location < 0 || location > 4) {
-        throw Exceptions::ResourceNotAvailableException("Unknown location specified.");
-    }
-}
 
 LibraryLoader::LibraryLoader(const std::string& name, int32_t location)
 try : impl(Impl::NewInstance(name, location)) {

@@ -11,7 +11,7 @@ namespace Kestrelon::Utilities::Tools {
 
 class LibraryLoader {
 public:
-    /// What each platform implements, in its own folder beside this file.
+    /// What loads and resolves, without a type of the platform's loader.
     class Impl {
     public:
         virtual ~Impl() = default;
@@ -25,11 +25,6 @@ public:
         Impl() = default;
         Impl(const Impl&) = delete;
         Impl& operator=(const Impl&) = delete;
-
-    protected:
-        /// @throws RuntimeException when a library is loaded already, ResourceNotAvailableException for a
-        ///         location out of 0 to 4
-        static void ThrowIfNotLoadable(bool loaded, int32_t location);
     };
 
     /// @param name      file name, found by the system's own search order
@@ -46,8 +41,5 @@ public:
 private:
     SmartPointer<Impl> impl;
 };
-
-/// The link-time seam: each platform folder defines it and makes its LibraryLoaderImpl.
-SmartPointer<LibraryLoader::Impl> CreateLibraryLoaderImpl(const std::string& name, int32_t location);
 
 }  // namespace Kestrelon::Utilities::Tools

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "Utilities/Exceptions/Exceptions.h"
-#include "Utilities/Tools/LibraryLoader.h"
+#include "Utilities/Tools/LibraryLoaderImpl.h"
 #include "src/j4Bridge.h"
 
 namespace J4Test {
@@ -16,7 +16,6 @@ using Kestrelon::DeviceDriver::J4T::J4PositionList;
 using Kestrelon::DeviceDriver::J4T::J4SampleList;
 using Kestrelon::DeviceDriver::J4T::PrivateOperation;
 using Kestrelon::Utilities::Exceptions::ResourceNotAvailableException;
-using Kestrelon::Utilities::Tools::LibraryLoader;
 
 FakeLibrary& Fake() { return FakeLibrary::Instance(); }
 
@@ -182,18 +181,6 @@ const std::vector<Function>& Functions()
     return functions;
 }
 
-class FakeLoader final : public LibraryLoader::Impl {
-public:
-    std::string GetLibraryPath() override { return "/fake/sorvane64.dll"; }
-
-    void* doResolve(std::string symbol) override
-    {
-        const auto found = std::find_if(Functions().begin(), Functions().end(),
-                                        [&](const Function& function) { return function.name == symbol; });
-        return found == Functions().end() || symbol == Fake().missingFunction ? nullptr : found->address;
-    }
-};
-
 }  // namespace
 
 const std::vector<std::string>& FakeLibrary::FunctionNames()
@@ -251,16 +238,26 @@ void FakeLibrary::CallErrorHandler(const std::string& call, const char* context,
 
 }  // namespace J4Test
 
-namespace Kestrelon::Utilities::Tools {
+namespace Kestrelon::Platform {
 
-SmartPointer<LibraryLoader::Impl> CreateLibraryLoaderImpl(const std::string& name, int32_t)
+void LibraryLoaderImpl::LookForLibrary(const std::string& name)
 {
-    J4Test::FakeLibrary& library = J4Test::FakeLibrary::Instance();
-    ++library.loads;
-    if (!library.loadFailure.empty()) {
-        throw Exceptions::ResourceNotAvailableException(library.loadFailure + name);
+    ++J4Test::Fake().loads;
+    if (!J4Test::Fake().loadFailure.empty()) {
+        throw J4Test::ResourceNotAvailableException(J4Test::Fake().loadFailure + name);
     }
-    return SmartPointer<LibraryLoader::Impl>(new J4Test::FakeLoader());
 }
 
-}  // namespace Kestrelon::Utilities::Tools
+std::string LibraryLoaderImpl::GetLibraryPath() { return "/fake/sorvane64.dll"; }
+
+void* LibraryLoaderImpl::doResolve(std::string symbol)
+{
+    const std::vector<J4Test::Function>& functions = J4Test::Functions();
+    const auto found = std::find_if(functions.begin(), functions.end(),
+                                    [&](const J4Test::Function& function) { return function.name == symbol; });
+    return found == functions.end() || symbol == J4Test::Fake().missingFunction ? nullptr : found->address;
+}
+
+void LibraryLoaderImpl::UnloadLibrary() {}
+
+}  // namespace Kestrelon::Platform

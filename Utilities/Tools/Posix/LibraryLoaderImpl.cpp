@@ -1,17 +1,21 @@
-#include "Utilities/Tools/Posix/LibraryLoaderImpl.h"
+#include "Utilities/Tools/LibraryLoaderImpl.h"
 
 #include <dlfcn.h>
 #include <link.h>
 
 #include <filesystem>
+#include <system_error>
 
-namespace Kestrelon::Platform::Posix {
+#include "Utilities/Exceptions/Exceptions.h"
+#include "Utilities/Exceptions/TraceFrame.h"
+
+namespace Kestrelon::Platform {
 
 using Utilities::Exceptions::ResourceNotAvailableException;
 
 namespace {
 
-/// The number that applications know from Windows for a library that is not found or can't be loaded.
+/// The number that Windows gives for a library that is not found or can't be loaded, so that the text begins alike.
 constexpr const char* ModuleNotFound = "126";
 
 std::string PlatformFileName(const std::string& name)
@@ -24,21 +28,6 @@ std::string PlatformFileName(const std::string& name)
 }
 
 }  // namespace
-
-LibraryLoaderImpl::LibraryLoaderImpl(const std::string& name, int32_t location)
-try {
-    LoadLibraryA(name, location);
-}
-J4T_TRACE_FRAME
-
-LibraryLoaderImpl::~LibraryLoaderImpl() { UnloadLibrary(); }
-
-void LibraryLoaderImpl::LoadLibraryA(const std::string& name, int32_t location)
-try {
-    ThrowIfNotLoadable(handle != nullptr, location);
-    LookForLibrary(name);
-}
-J4T_TRACE_FRAME
 
 void LibraryLoaderImpl::LookForLibrary(const std::string& name)
 try {
@@ -83,13 +72,4 @@ void LibraryLoaderImpl::UnloadLibrary()
     }
 }
 
-}  // namespace Kestrelon::Platform::Posix
-
-namespace Kestrelon::Utilities::Tools {
-
-SmartPointer<LibraryLoader::Impl> CreateLibraryLoaderImpl(const std::string& name, int32_t location)
-{
-    return SmartPointer<LibraryLoader::Impl>(new Platform::Posix::LibraryLoaderImpl(name, location));
-}
-
-}  // namespace Kestrelon::Utilities::Tools
+}  // namespace Kestrelon::Platform

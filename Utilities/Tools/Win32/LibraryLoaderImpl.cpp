@@ -1,28 +1,17 @@
-#include "Utilities/Tools/Win32/LibraryLoaderImpl.h"
+#include "Utilities/Tools/LibraryLoaderImpl.h"
 
 #include <windows.h>
 
+#include <locale>
 #include <sstream>
 #include <vector>
 
-namespace Kestrelon::Platform::Win32 {
+#include "Utilities/Exceptions/Exceptions.h"
+#include "Utilities/Exceptions/TraceFrame.h"
+
+namespace Kestrelon::Platform {
 
 using Utilities::Exceptions::ResourceNotAvailableException;
-
-LibraryLoaderImpl::LibraryLoaderImpl(const std::string& name, int32_t location)
-try {
-    LoadLibraryA(name, location);
-}
-J4T_TRACE_FRAME
-
-LibraryLoaderImpl::~LibraryLoaderImpl() { UnloadLibrary(); }
-
-void LibraryLoaderImpl::LoadLibraryA(const std::string& name, int32_t location)
-try {
-    ThrowIfNotLoadable(handle != nullptr, location);
-    LookForLibrary(name);
-}
-J4T_TRACE_FRAME
 
 void LibraryLoaderImpl::LookForLibrary(const std::string& name)
 try {
@@ -67,13 +56,4 @@ void LibraryLoaderImpl::UnloadLibrary()
     }
 }
 
-}  // namespace Kestrelon::Platform::Win32
-
-namespace Kestrelon::Utilities::Tools {
-
-SmartPointer<LibraryLoader::Impl> CreateLibraryLoaderImpl(const std::string& name, int32_t location)
-{
-    return SmartPointer<LibraryLoader::Impl>(new Platform::Win32::LibraryLoaderImpl(name, location));
-}
-
-}  // namespace Kestrelon::Utilities::Tools
+}  // namespace Kestrelon::Platform

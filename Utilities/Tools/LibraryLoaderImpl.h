@@ -1,10 +1,13 @@
-// The library loader on dlopen. A Windows file name is looked for under the platform's own: "name.dll" as
-// "libname.so".
+// The library loader on the platform's own: what differs from platform to platform is in a source in the folder of
+// each, beside this file.
 #pragma once
+
+#include <cstdint>
+#include <string>
 
 #include "Utilities/Tools/LibraryLoader.h"
 
-namespace Kestrelon::Platform::Posix {
+namespace Kestrelon::Platform {
 
 class LibraryLoaderImpl : public Utilities::Tools::LibraryLoader::Impl {
 public:
@@ -16,10 +19,11 @@ public:
 
 private:
     void LoadLibraryA(const std::string& name, int32_t location);
+    /// Sets the handle by the system's own search order. @throws ResourceNotAvailableException
     void LookForLibrary(const std::string& name);
     void UnloadLibrary();
 
-    void* handle = nullptr;
+    void* handle = nullptr;  ///< null when nothing is loaded
 };
 
-}  // namespace Kestrelon::Platform::Posix
+}  // namespace Kestrelon::Platform
