@@ -1,10 +1,11 @@
-// What an instrument knows of the table that carries it: where its aperture is at any moment, and that its
-// lamp's current is seen by the table.
+// What an instrument knows of the table that carries it: where its aperture is at any moment, what lies on the
+// table's white tile, and that its lamp's current is seen by the table.
 #pragma once
 
 #include <cstdint>
 
 #include "simulator/ground/Point.h"
+#include "simulator/ground/Spectrum.h"
 
 namespace J4Bench {
 
@@ -18,6 +19,9 @@ public:
 
     /// Where the middle of the white tile lies.
     virtual Point TilePosition() const = 0;
+
+    /// What the white tile reflects.
+    virtual const Spectrum& TileWhite() const = 0;
 
     /// The seated instrument measured: an armed current detection is set.
     virtual void NoteInstrumentCurrent() = 0;

@@ -1,131 +1,74 @@
-// The simulated instrument library behind its sixteen C functions: the instruments that are connected, the
-// one that is selected, the sample store, the options and the handlers. Every function answers with a
-// status; the only exception that leaves one is what a registered handler throws.
+// The instruments that are connected: which one of them is selected, in which mode it measures, and which
+// have gone off the bus.
 #pragma once
 
-#include <cstdint>
-#include <memory>
+#include <cstddef>
 #include <string>
 #include <vector>
 
-#include "simulator/instrument/Densities.h"
+#include "simulator/ground/BenchApi.h"
 #include "simulator/instrument/Instrument.h"
-#include "simulator/instrument/Optics.h"
-#include "simulator/instrument/OptionTable.h"
-#include "simulator/world/Bench.h"
-#include "simulator/world/SimulatorOptions.h"
+#include "simulator/instrument/Status.h"
 
 namespace J4Bench {
 
 class J4BENCH_API InstrumentRack {
 public:
-    using ErrorHandler = void (*)(const char* context, int32_t status, const char* message);
-    using DeviceMessageHandler = void (*)(int32_t message, const char* text);
-
     static constexpr size_t MaximumInstruments = 128;
-    static constexpr uint32_t MaximumSamples = 100000;  ///< in the store and of one scan
 
-    /// Two instruments; the second sits in the first table, so that a search for it has to search.
-    explicit InstrumentRack(Bench& bench);
-    ~InstrumentRack();
-    InstrumentRack(const InstrumentRack&) = delete;
-    InstrumentRack& operator=(const InstrumentRack&) = delete;
+    /// The names of the instruments are this and their index.
+    static constexpr const char* NamePrefix = "Sorvane";
 
-    // The functions of the library; statuses are those of Status.h.
+    explicit InstrumentRack(size_t count) { SetCount(count); }
 
-    int32_t IsConnected();
-    int32_t KeyPressed();
-    int32_t GetNumberOfAvailableSamples();
-    int32_t Calibrate();
-    int32_t TriggerMeasurement();
-    int32_t TriggerCountedScan(uint32_t count);
-    int32_t GetSpectrum(float* spectrum, uint32_t index);
-    int32_t GetTriStimulus(float* tristimulus, uint32_t index);
-    /// densityIndex may be null; it gets the index of the highest of the four.
-    int32_t GetDensities(float* densities, int32_t* densityIndex, uint32_t index);
-    /// The highest of the four.
-    int32_t GetDensity(float* density, uint32_t index);
-    /// From then on densities are relative to this spectrum, until a reset.
-    int32_t SetSubstrate(const float* spectrum);
-    int32_t SetOption(const char* key, const char* value);
-    /// Never null; valid until the next call of this function.
-    const char* GetOption(const char* key);
-    /// Each returns the handler registered before.
-    ErrorHandler RegisterErrorHandler(ErrorHandler handler);
-    DeviceMessageHandler RegisterDeviceMessageHandler(DeviceMessageHandler handler);
+    size_t Count() const { return instruments.size(); }
 
-    // The private operations.
+    /// Connects further instruments or takes the last ones away.
+    /// @param count  0 to MaximumInstruments
+    void SetCount(size_t count);
 
-    int32_t SetCorrection(int active, const char* name, const float* vector);
-    int32_t ReplaceSamples(const float* const* spectra, int32_t count);
-    int32_t SetPositions(const uint16_t* values, uint64_t count);
-    /// Answers an operation that does not exist or came without a record.
-    int32_t RefusePrivate(uint32_t operation, const char* reason);
+    /// @param index  below Count()
+    const std::string& SerialAt(size_t index) const { return instruments[index].Serial(); }
 
-    // What the options "Simulator." set.
-
-    size_t InstrumentCount() const { return instruments.size(); }
-    /// Connects further instruments or takes the last ones away, also out of a table.
-    void SetInstrumentCount(size_t count);
     /// The instrument of this serial number, nullptr when there is none.
     Instrument* FindSerial(const std::string& serial);
-    /// Takes an instrument off the bus; the device message handler hears of it in the next call.
-    void Unplug(Instrument& instrument);
-    /// All instruments are on the bus again.
-    void PlugAll();
-    std::string UnpluggedSerials() const;
-    Optics& GetOptics() { return optics; }
-    bool errorHandlerCalls = false;  ///< failures also go to the registered error handler
-    /// The handlers that another rack had; for a fresh rack that takes its place.
-    void TakeOverHandlers(const InstrumentRack& other);
 
-private:
-    struct Settings {
-        size_t selected = 0;
-        Mode mode = Mode::SingleReflectance;  ///< of whichever instrument is selected
-        std::string colourSpace = "CIELab";
-        bool recognition = false;
-        bool noPersistentCalibrationLog = false;
-        std::unique_ptr<Spectrum> substrate;
-    };
+    /// Also an instrument that is not there can be selected.
+    void Select(size_t index) { selected = index; }
 
-    void AddOptions();
-    void ForgetAll();
-    void DeliverDeviceMessage();
+    /// The selected instrument in the rack's mode, nullptr when it is not there.
     Instrument* Selected();
+
     /// Fails when the selected instrument does not exist or has gone.
     Outcome Ready();
-    Outcome FindSample(const void* target, uint32_t index);
-    Outcome Write(const char* key, const char* value);
-    Densities RelativeDensities(const Spectrum& sample) const;
-    std::string ExtendedError() const;
-    std::string SelectedName() const;
 
-    /// Writes a call and its result to the journal.
-    template <typename Result, typename... Arguments>
-    void Record(const char* function, Result result, const Arguments&... arguments);
+    /// For instance "Sorvane0".
+    std::string SelectedName() const { return NamePrefix + std::to_string(selected); }
 
-    /// Keeps what a call ended with, and last calls the error handler, which may throw.
-    int32_t Conclude(const char* function, Outcome outcome);
+    /// The mode of whichever instrument is selected.
+    Mode GetMode() const { return mode; }
+    void SetMode(Mode value) { mode = value; }
 
-    /// The end of every function that answers with a status: Record and Conclude.
-    template <typename... Arguments>
-    int32_t Finish(const char* function, Outcome outcome, const Arguments&... arguments);
+    /// Takes an instrument off the bus; it forgets what it has learnt.
+    void Unplug(Instrument& instrument);
 
-    Bench& bench;
-    Optics optics;
-    std::vector<std::unique_ptr<Instrument>> instruments;
-    OptionTable options;
-    SimulatorOptions simulatorOptions;
-    Settings settings;
-    std::vector<Spectrum> samples;
-    std::vector<uint16_t> positions;
-    ErrorHandler errorHandler = nullptr;
-    DeviceMessageHandler deviceMessageHandler = nullptr;
-    std::string goneSerial;  ///< of an instrument whose leaving is still to be told
-    std::string lastFunction;
-    Outcome lastOutcome;
-    std::string answer;  ///< of GetOption
+    /// All instruments are on the bus again.
+    void PlugAll();
+
+    /// Separated by ";", or "none".
+    std::string UnpluggedSerials() const;
+
+    /// Serial number of the instrument that was unplugged last, until it is asked for: empty after that.
+    std::string TakeGoneSerial();
+
+    /// Selection and mode as at power-on, no calibrations and corrections.
+    void Forget();
+
+private:
+    std::vector<Instrument> instruments;
+    size_t selected = 0;
+    Mode mode = Mode::SingleReflectance;
+    std::string goneSerial;
 };
 
 }  // namespace J4Bench

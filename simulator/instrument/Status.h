@@ -27,4 +27,10 @@ struct Outcome {
     bool Failed() const { return status != Status::Ok; }
 };
 
+/// The refusal of an option's value or an argument: "'value' is not wanted."
+inline Outcome Refuse(const std::string& value, const std::string& wanted)
+{
+    return {Status::InvalidValue, "'" + value + "' is not " + wanted + "."};
+}
+
 }  // namespace J4Bench

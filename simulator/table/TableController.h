@@ -39,6 +39,8 @@ public:
 
     Point ApertureAt(int64_t microseconds) const override { return LastMotion().PositionAt(microseconds); }
     Point TilePosition() const override { return Machine().Tile(); }
+    /// What the factory measured, whatever white base has been written to the flash since.
+    const Spectrum& TileWhite() const override { return ConfigurationBlock::FactoryWhiteBase(); }
     void NoteInstrumentCurrent() override;
 
     const Motion& LastMotion() const { return motors.LastMotion(); }

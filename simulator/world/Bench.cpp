@@ -1,15 +1,11 @@
 #include "simulator/world/Bench.h"
 
-#include <utility>
-
-#include "simulator/instrument/InstrumentRack.h"
-#include "simulator/table/TableUnit.h"
-
 namespace J4Bench {
 
 namespace {
 
 constexpr size_t FirstUsbSerial = 640001;
+constexpr size_t DefaultInstruments = 2;
 
 }  // namespace
 
@@ -20,12 +16,22 @@ Bench& Bench::Instance()
 }
 
 Bench::Bench()
+    : instruments(DefaultInstruments),
+      optics(*this, faults, chart, noise),
+      options(*this),
+      library({clock, journal, faults, optics, instruments, options.Table()})
 {
-    SetTableCount(1);
-    instruments = std::make_unique<InstrumentRack>(*this);
+    SetUpTables();
 }
 
 Bench::~Bench() = default;
+
+void Bench::SetUpTables()
+{
+    tables.clear();
+    SetTableCount(1);
+    SeatInstrument(0, instruments.SerialAt(DefaultInstruments - 1));
+}
 
 std::shared_ptr<TableUnit> Bench::TableAt(size_t index) const
 {
@@ -43,6 +49,16 @@ bool Bench::SetTableCount(size_t count)
     }
     tables.resize(count);
     return true;
+}
+
+void Bench::SetInstrumentCount(size_t count)
+{
+    instruments.SetCount(count);
+    for (const auto& table : tables) {
+        if (instruments.FindSerial(table->seatedInstrument) == nullptr) {
+            table->seatedInstrument.clear();
+        }
+    }
 }
 
 Carriage* Bench::CarriageOf(const std::string& instrumentSerial)
@@ -79,10 +95,12 @@ void Bench::Reset()
     faults = Faults();
     journal = Journal();
     clock.SetTimeScale(0.0);
-    tables.clear();
-    SetTableCount(1);
-    retiredInstruments = std::exchange(instruments, nullptr);
-    instruments = std::make_unique<InstrumentRack>(*this);
+    chart = Chart();
+    noise = Noise();
+    instruments = InstrumentRack(DefaultInstruments);
+    options.Forget();
+    library.Forget();
+    SetUpTables();
 }
 
 }  // namespace J4Bench

@@ -1,5 +1,5 @@
-// The one world of the process: its clock, its tables and its instruments. The table's USB face and the
-// instrument library's face are two views of it.
+// The one world of the process: its clock, its tables, its instruments and the chart on the bed. The table's
+// USB face and the instrument library's face are two views of it.
 #pragma once
 
 #include <cstddef>
@@ -7,18 +7,23 @@
 #include <string>
 #include <vector>
 
+#include "simulator/chart/Chart.h"
 #include "simulator/ground/BenchApi.h"
 #include "simulator/ground/BenchClock.h"
 #include "simulator/ground/Carriage.h"
 #include "simulator/ground/Faults.h"
 #include "simulator/ground/Journal.h"
+#include "simulator/ground/Seats.h"
+#include "simulator/instrument/InstrumentLibrary.h"
+#include "simulator/instrument/InstrumentRack.h"
+#include "simulator/instrument/Noise.h"
+#include "simulator/instrument/Optics.h"
+#include "simulator/table/TableUnit.h"
+#include "simulator/world/SimulatorOptions.h"
 
 namespace J4Bench {
 
-class InstrumentRack;
-class TableUnit;
-
-class J4BENCH_API Bench {
+class J4BENCH_API Bench final : private Seats {
 public:
     static constexpr size_t MaximumTables = 127;
 
@@ -26,15 +31,20 @@ public:
     /// talk to it while the process ends.
     static Bench& Instance();
 
+    /// A world at power-on: one table, and two instruments, of which the second sits in the table, so that a
+    /// search for it has to search.
     Bench();
-    ~Bench();
+    ~Bench() override;
     Bench(const Bench&) = delete;
     Bench& operator=(const Bench&) = delete;
 
     BenchClock& Clock() { return clock; }
     Journal& GetJournal() { return journal; }
     Faults& GetFaults() { return faults; }
-    InstrumentRack& Instruments() { return *instruments; }
+    Chart& GetChart() { return chart; }
+    Noise& GetNoise() { return noise; }
+    InstrumentRack& Instruments() { return instruments; }
+    InstrumentLibrary& Library() { return library; }
 
     /// The table at this place, nullptr where there is none.
     std::shared_ptr<TableUnit> TableAt(size_t index) const;
@@ -44,9 +54,10 @@ public:
     /// @return false when count is above MaximumTables; nothing is changed then
     bool SetTableCount(size_t count);
 
-    /// The carriage of the table in which the instrument with this serial number sits, nullptr when it sits
-    /// nowhere.
-    Carriage* CarriageOf(const std::string& instrumentSerial);
+    /// Connects further instruments or takes the last ones away, also out of a table.
+    void SetInstrumentCount(size_t count);
+
+    Carriage* CarriageOf(const std::string& instrumentSerial) override;
 
     /// Puts the instrument with this serial number into a table, and out of any other; with an empty text
     /// the table's seat becomes empty.
@@ -56,18 +67,25 @@ public:
     /// Serial number of the instrument that sits in this table; empty when none does.
     std::string SeatedInstrument(size_t tableIndex) const;
 
-    /// Puts the world to its power-on state: one fresh table, fresh instruments, no faults, an empty journal
-    /// that is off. The clock goes on. A handle that is open on a table of before finds its device removed.
-    /// May be called from within the instruments.
+    /// Puts the world to its power-on state: one fresh table, fresh instruments, bare paper, no faults, an empty
+    /// journal that is off. The clock goes on, and the library keeps its handlers. A handle that is open on a
+    /// table of before finds its device removed. May be called from within the library.
     void Reset();
 
 private:
+    /// One fresh table with the last instrument in it.
+    void SetUpTables();
+
     BenchClock clock;
     Journal journal;
     Faults faults;
+    Chart chart;
+    Noise noise;
     std::vector<std::shared_ptr<TableUnit>> tables;
-    std::unique_ptr<InstrumentRack> instruments;         ///< made after the tables; its constructor seats one
-    std::unique_ptr<InstrumentRack> retiredInstruments;  ///< those that were in a call when Reset replaced them
+    InstrumentRack instruments;
+    Optics optics;
+    SimulatorOptions options;
+    InstrumentLibrary library;
 };
 
 }  // namespace J4Bench

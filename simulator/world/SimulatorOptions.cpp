@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "simulator/ground/TextList.h"
-#include "simulator/instrument/InstrumentRack.h"
 #include "simulator/world/Bench.h"
 
 namespace J4Bench {
@@ -18,7 +17,7 @@ constexpr int64_t NumberLimit = std::numeric_limits<int32_t>::max();
 
 }  // namespace
 
-SimulatorOptions::SimulatorOptions(Bench& bench, InstrumentRack& rack) : bench(bench), rack(rack)
+SimulatorOptions::SimulatorOptions(Bench& bench) : bench(bench)
 {
     AddWorld();
     AddFaults();
@@ -38,16 +37,16 @@ void SimulatorOptions::AddWorld()
     table.Add({"Simulator.Noise", "standard deviation of a measured reflectance; 0: none",
                [this](const std::string& text) {
                    return OptionTable::ReadReal(text, 0.0, 1.0,
-                                                [this](double deviation) { rack.GetOptics().SetNoise(deviation); });
+                                                [this](double deviation) { bench.GetNoise().SetDeviation(deviation); });
                },
-               [this] { return OptionTable::WriteReal(rack.GetOptics().Noise()); }});
+               [this] { return OptionTable::WriteReal(bench.GetNoise().Deviation()); }});
     table.Add({"Simulator.NoiseSeed", "starts the noise anew from this number",
                [this](const std::string& text) {
                    return OptionTable::ReadInteger(text, 0, NumberLimit, [this](int64_t seed) {
-                       rack.GetOptics().SetNoiseSeed(static_cast<uint32_t>(seed));
+                       bench.GetNoise().SetSeed(static_cast<uint32_t>(seed));
                    });
                },
-               [this] { return std::to_string(rack.GetOptics().NoiseSeed()); }});
+               [this] { return std::to_string(bench.GetNoise().Seed()); }});
     table.Add({"Simulator.Tables", "number of tables, 0 to 127; new tables have an empty seat",
                [this](const std::string& text) {
                    return OptionTable::ReadInteger(text, 0, Bench::MaximumTables, [this](int64_t count) {
@@ -58,10 +57,10 @@ void SimulatorOptions::AddWorld()
     table.Add({"Simulator.Instruments", "number of instruments, 0 to 128",
                [this](const std::string& text) {
                    return OptionTable::ReadInteger(text, 0, InstrumentRack::MaximumInstruments, [this](int64_t count) {
-                       rack.SetInstrumentCount(static_cast<size_t>(count));
+                       bench.SetInstrumentCount(static_cast<size_t>(count));
                    });
                },
-               [this] { return std::to_string(rack.InstrumentCount()); }});
+               [this] { return std::to_string(bench.Instruments().Count()); }});
     table.Add({"Simulator.SeatedInstrument",
                "serial number of the instrument in the first table, or \"none\"; more tables follow behind \";\"",
                [this](const std::string& text) { return Seat(text); }, [this] { return Seated(); }});
@@ -78,8 +77,7 @@ void SimulatorOptions::AddWorld()
                [this](const std::string& text) {
                    return OptionTable::ReadSwitch(text, [this](bool on) {
                        if (on) {
-                           bench.Reset();  // a fresh rack takes the place of ours, which lives on until the call ends
-                           bench.Instruments().TakeOverHandlers(rack);
+                           bench.Reset();
                        }
                    });
                },
@@ -110,15 +108,16 @@ void SimulatorOptions::AddFaults()
     table.AddSwitch("Simulator.InstrumentLoose", "the instrument does not sit tight: a fifth of the light is lost",
                     faults.instrumentLoose);
     table.Add({"Simulator.Unplug", "serial number of an instrument that goes off the bus; \"none\": all come back",
-               [this](const std::string& text) { return Unplug(text); }, [this] { return rack.UnpluggedSerials(); }});
+               [this](const std::string& text) { return Unplug(text); },
+               [this] { return bench.Instruments().UnpluggedSerials(); }});
     table.AddSwitch("Simulator.ErrorHandlerCalls", "the library also calls the registered error handler",
-                    rack.errorHandlerCalls);
+                    faults.errorHandlerCalls);
 }
 
 Outcome SimulatorOptions::LoadChart(const std::string& fileName)
 {
     CgatsFile::Error error;
-    if (!rack.GetOptics().GetChart().Load(fileName, error)) {
+    if (!bench.GetChart().Load(fileName, error)) {
         return {Status::InvalidValue, "Chart file '" + fileName + "': " + error.Text() + "."};
     }
     chartFile = fileName;
@@ -132,7 +131,7 @@ Outcome SimulatorOptions::Seat(const std::string& list)
     for (std::string serial; std::getline(stream, serial, ';');) {
         if (serial == "none") {
             serial.clear();
-        } else if (rack.FindSerial(serial) == nullptr) {
+        } else if (bench.Instruments().FindSerial(serial) == nullptr) {
             return {Status::InvalidValue, "There is no instrument with the serial number '" + serial + "'."};
         } else if (std::find(serials.begin(), serials.end(), serial) != serials.end()) {
             return {Status::InvalidValue, "Instrument " + serial + " can't sit in two tables."};
@@ -166,14 +165,14 @@ std::string SimulatorOptions::Seated() const
 Outcome SimulatorOptions::Unplug(const std::string& serial)
 {
     if (serial == "none") {
-        rack.PlugAll();
+        bench.Instruments().PlugAll();
         return {};
     }
-    Instrument* const instrument = rack.FindSerial(serial);
+    Instrument* const instrument = bench.Instruments().FindSerial(serial);
     if (instrument == nullptr) {
         return {Status::InvalidValue, "There is no instrument with the serial number '" + serial + "'."};
     }
-    rack.Unplug(*instrument);
+    bench.Instruments().Unplug(*instrument);
     return {};
 }
 

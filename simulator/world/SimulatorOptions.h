@@ -9,15 +9,18 @@
 namespace J4Bench {
 
 class Bench;
-class InstrumentRack;
 
 class SimulatorOptions {
 public:
-    SimulatorOptions(Bench& bench, InstrumentRack& rack);
+    /// The bench must live as long as its options.
+    explicit SimulatorOptions(Bench& bench);
+    SimulatorOptions(const SimulatorOptions&) = delete;
+    SimulatorOptions& operator=(const SimulatorOptions&) = delete;
 
-    static bool IsSimulatorKey(const std::string& key) { return key.starts_with("Simulator."); }
+    const OptionTable& Table() const { return table; }
 
-    const Option* Find(const std::string& key) const { return table.Find(key); }
+    /// The bench is new: there is no chart on it.
+    void Forget() { chartFile.clear(); }
 
 private:
     void AddWorld();
@@ -28,7 +31,6 @@ private:
     Outcome Unplug(const std::string& serial);
 
     Bench& bench;
-    InstrumentRack& rack;
     OptionTable table;
     std::string chartFile;
 };
