@@ -8,6 +8,7 @@ set(j4_core_sources
     c_sdk/src/Sandbox.cpp
     c_sdk/src/Validator.cpp
     c_sdk/src/j4T_c_sdk.cpp
+    src/Communication/j4TableArmGeometry.cpp
     src/Communication/j4TableComCommand.cpp
     src/Communication/j4TableComFlash.cpp
     src/Communication/j4TableComInfo.cpp

@@ -80,22 +80,17 @@ std::vector<T> Numbers(const std::string& text)
 }  // namespace
 
 uint16_t TranslateTableKeyLong(const std::string& key)
-try {
+{
     if (!IsTableKey(key)) {
         return 0;
     }
     return key.starts_with("J4TMetric") ? Find(metricKeys, key) : Find(longKeys, key);
 }
-J4T_TRACE_FRAME
 
-uint16_t TranslateTableKeyBool(const std::string& key)
-try {
-    return IsTableKey(key) ? Find(boolKeys, key) : 0;
-}
-J4T_TRACE_FRAME
+uint16_t TranslateTableKeyBool(const std::string& key) { return IsTableKey(key) ? Find(boolKeys, key) : 0; }
 
 uint16_t TranslateFlashKey(const std::string& key)
-try {
+{
     if (!IsTableKey(key)) {
         return 0;
     }
@@ -107,7 +102,6 @@ try {
                ? static_cast<uint16_t>(std::strtoull(key.c_str() + flashPrefix.size(), nullptr, 10))
                : 0;
 }
-J4T_TRACE_FRAME
 
 std::string PropertyToString(const Property& property)
 try {
@@ -138,7 +132,7 @@ try {
 J4T_TRACE_FRAME
 
 Property PropertyFromString(const std::string& text)
-try {
+{
     const bool isList = text.find(' ') != std::string::npos;
     const bool isFloat = text.find('.') != std::string::npos;
     if (isList) {
@@ -146,7 +140,6 @@ try {
     }
     return isFloat ? Property(lexical_cast<float>(text)) : Property(lexical_cast<int32_t>(text));
 }
-J4T_TRACE_FRAME
 
 bool IsYes(const std::string& value) { return value == "yes" || value == "1"; }
 

@@ -36,7 +36,7 @@ try {
 J4T_TRACE_FRAME
 
 void j4SpectraGuard::WriteSpectra()
-try {
+{
     std::vector<float*> samples;
     samples.reserve(spectra.size());
     for (std::vector<float>& spectrum : spectra) {
@@ -45,7 +45,6 @@ try {
     J4SampleList list{samples.data(), static_cast<int32_t>(samples.size())};
     Library()->J4_Private(PrivateOperation::Samples, &list);
 }
-J4T_TRACE_FRAME
 
 j4SpectraGuard::~j4SpectraGuard() noexcept(false)
 {

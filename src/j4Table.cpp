@@ -14,7 +14,6 @@
 #include "src/j4Bridge.h"
 #include "src/j4SpectraGuard.h"
 #include "src/j4TableHelper.h"
-#include "src/j4TableSDK.h"
 
 namespace Kestrelon::DeviceDriver::J4T {
 
@@ -66,6 +65,8 @@ std::array<float, 3> MeasureTriStimulus()
 
 }  // namespace
 
+bool j4Table::useableWithoutJ4 = false;
+
 j4Table::j4Table(Generic::EventListener* listener, uint16_t deviceIndex)
 try : deviceIndex(deviceIndex), listener(listener) {
     Initialize();
@@ -86,11 +87,12 @@ try {
     flashHandle = SmartPointer<j4TableFlashDataHandle>(new j4TableFlashDataHandle(comManager));
     scanHandle = SmartPointer<j4TableScanHandle>(new j4TableScanHandle(comManager));
     TableToReadyMode(false);
-    if (!j4TableSDK::useableWithoutJ4) {
+    if (!useableWithoutJ4) {
         SetupJ4();
     }
     SetLimits();
-    comManager->GetMotors()->SetProperties(&properties);
+    comManager->GetMotors()->SetTargetCheck(
+        [this] { return properties.GetProperty(PropertyId::CheckRange).AsLong() != 0; });
     ready = true;
 }
 J4T_TRACE_FRAME
@@ -103,14 +105,10 @@ void j4Table::UnInitialize()
     comManager = 0;
 }
 
-int32_t j4Table::FlashLong(uint16_t id)
-try {
-    return flashHandle->GetCachedFlashData().GetProperty(id).AsLong();
-}
-J4T_TRACE_FRAME
+int32_t j4Table::FlashLong(uint16_t id) { return flashHandle->GetCachedFlashData().GetProperty(id).AsLong(); }
 
 void j4Table::SetLimits()
-try {
+{
     const auto tenths = [](int32_t millimetres) {
         return Utilities::Tools::WrapMultiply(millimetres, TenthsPerMillimetre);
     };
@@ -126,7 +124,6 @@ try {
     comManager->GetMotors()->SetLimits(tenths(xMin), tenths(xMax), tenths(yMin), tenths(yMax), 1,
                                        static_cast<uint16_t>(maxSpeed), armLength, sensorReach, visorBack, visorSide);
 }
-J4T_TRACE_FRAME
 
 void j4Table::TableToReadyMode(bool isRetry)
 try {
@@ -223,7 +220,7 @@ try {
 J4T_TRACE_FRAME
 
 void j4Table::PrepareMode(const std::string& modes, const std::string& mode)
-try {
+{
     if (modes.find(mode) == std::string::npos) {
         return;
     }
@@ -232,7 +229,6 @@ try {
     ResetCorrecturVectorInJ4SDK();
     SetCorrecturVectorInJ4SDK();
 }
-J4T_TRACE_FRAME
 
 void j4Table::SetCorrecturVectorInJ4SDK()
 try {
@@ -266,7 +262,7 @@ try {
     if (!comManager->IsTableConnected()) {
         return false;
     }
-    if (pairedSerialNumber.empty() && !j4TableSDK::useableWithoutJ4) {
+    if (pairedSerialNumber.empty() && !useableWithoutJ4) {
         SetupJ4();
     }
     return true;
@@ -429,11 +425,7 @@ try {
 }
 J4T_TRACE_FRAME
 
-bool j4Table::HasProperty(uint16_t id) const
-try {
-    return properties.Contains(id) || IsFluctuating(id);
-}
-J4T_TRACE_FRAME
+bool j4Table::HasProperty(uint16_t id) const { return properties.Contains(id) || IsFluctuating(id); }
 
 Property j4Table::GetFlashProperty(uint16_t id)
 try {
@@ -506,16 +498,8 @@ try {
 }
 J4T_TRACE_FRAME
 
-bool j4Table::IsVisor() const
-try {
-    return properties.GetProperty(PropertyId::IsVisorCoordinate).AsLong() == 1;
-}
-J4T_TRACE_FRAME
+bool j4Table::IsVisor() const { return properties.GetProperty(PropertyId::IsVisorCoordinate).AsLong() == 1; }
 
-uint16_t j4Table::Speed(uint16_t id) const
-try {
-    return static_cast<uint16_t>(properties.GetProperty(id).AsLong());
-}
-J4T_TRACE_FRAME
+uint16_t j4Table::Speed(uint16_t id) const { return static_cast<uint16_t>(properties.GetProperty(id).AsLong()); }
 
 }  // namespace Kestrelon::DeviceDriver::J4T

@@ -20,7 +20,7 @@ class j4Table : public Generic::EventListener {
 public:
     using Property = Generic::Configuration::Property;
 
-    /// Connects to the table and, unless j4TableSDK::useableWithoutJ4 is set, pairs it.
+    /// Connects to the table and, unless useableWithoutJ4 is set, pairs it.
     /// @param listener     told of device messages; may be null
     /// @param deviceIndex  which table, counted from 0
     j4Table(Generic::EventListener* listener, uint16_t deviceIndex);
@@ -28,6 +28,9 @@ public:
     ~j4Table() override;
     j4Table(const j4Table&) = delete;
     j4Table& operator=(const j4Table&) = delete;
+
+    /// Tables work without an instrument in them; for the whole process.
+    static bool useableWithoutJ4;
 
     void MessageFromDevice(int32_t message, const std::string& text) override;
 

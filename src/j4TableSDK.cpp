@@ -68,7 +68,6 @@ bool IsUserUnit(int32_t value) { return value >= PositionUnitMillimetre && value
 std::list<j4TableSDK*>* j4TableSDK::liveObjects = nullptr;
 unsigned j4TableSDK::liveObjectUsers = 0;
 J4_DeviceMessageHandler j4TableSDK::deviceMessageHandler = nullptr;
-bool j4TableSDK::useableWithoutJ4 = false;
 std::string j4TableSDK::serialPortLogFile;
 
 j4TableSDK::j4TableSDK()
@@ -134,12 +133,11 @@ try {
 J4T_TRACE_FRAME
 
 void j4TableSDK::MessageFromDevice(int32_t message, const std::string& text)
-try {
+{
     if (message == 1 && !table.IsNull() && table->GetPairedSerialNumber() == text) {
         tableInvalid = true;
     }
 }
-J4T_TRACE_FRAME
 
 void j4TableSDK::ReportError(const std::string& name, const SDKError& error)
 try {
@@ -352,11 +350,7 @@ try {
 }
 J4T_TRACE_FRAME
 
-int32_t j4TableSDK::UserUnit()
-try {
-    return Table()->GetProperty(PropertyId::UserUnit).AsLong();
-}
-J4T_TRACE_FRAME
+int32_t j4TableSDK::UserUnit() { return Table()->GetProperty(PropertyId::UserUnit).AsLong(); }
 
 Position j4TableSDK::ConvertToTablePositionUnit(const Position& position)
 try {
@@ -393,7 +387,7 @@ J4T_TRACE_FRAME
 
 /// The keys that the table answers.
 std::string j4TableSDK::GetTableOption(const std::string& key, bool& found)
-try {
+{
     found = true;
     if (const uint16_t id = TranslateTableKeyLong(key)) {
         return PropertyToString(Table()->GetProperty(id));
@@ -420,7 +414,6 @@ try {
     found = false;
     return std::string();
 }
-J4T_TRACE_FRAME
 
 std::string j4TableSDK::J4_GetOption(const std::string& key)
 try {
@@ -444,7 +437,7 @@ try {
         return lastError.GetExtendedInformation();
     }
     if (key == "J4TUseableWithoutJ4") {
-        return YesNo(useableWithoutJ4);
+        return YesNo(j4Table::useableWithoutJ4);
     }
     if (key == "J4TSerialPortLogFile") {
         return serialPortLogFile;
@@ -481,7 +474,7 @@ try {
     } else if (key == "Recognition") {
         SetRecognition(value);
     } else if (key == "J4TUseableWithoutJ4") {
-        useableWithoutJ4 = IsYes(value);
+        j4Table::useableWithoutJ4 = IsYes(value);
     } else if (key == "J4TWriteToSerialLogFile") {
         Table()->GetComManager()->WriteToSerialLogFile(value);
     } else if (key == "J4TSerialPortLogFile") {
@@ -497,15 +490,14 @@ try {
 J4T_TRACE_FRAME
 
 void j4TableSDK::SetLibraryOption(const std::string& key, const std::string& value)
-try {
+{
     ThrowOnStatus(Library()->J4_SetOption(key, value));
 }
-J4T_TRACE_FRAME
 
 /// Keeps a present table in step with the library's option; no table is made for it, and an algorithm that
 /// was chosen stays.
 void j4TableSDK::SetRecognition(const std::string& value)
-try {
+{
     if (!table.IsNull()) {
         if (value == "no") {
             table->SetProperty(PropertyId::RecognitionAlgorithm, Property(Recognition::None));
@@ -516,10 +508,9 @@ try {
     }
     SetLibraryOption("Recognition", value);
 }
-J4T_TRACE_FRAME
 
 void j4TableSDK::SetDeviceType(const std::string& value)
-try {
+{
     if (!value.starts_with(deviceTypePrefix)) {
         throw ResourceException("Invalid device ID-string");
     }
@@ -532,7 +523,6 @@ try {
     table = SmartPointer<j4Table>(new j4Table(nullptr, static_cast<uint16_t>(number - 1)));
     Initialize();
 }
-J4T_TRACE_FRAME
 
 bool j4TableSDK::IsJ4TableBackdoorKey(const std::string& key)
 try {

@@ -65,9 +65,6 @@ public:
     /// Outcome of the last exported call.
     SDKError lastError;
 
-    /// The table works without an instrument in it.
-    static bool useableWithoutJ4;
-
 private:
     void Initialize();
     void UnInitialize();

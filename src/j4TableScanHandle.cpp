@@ -76,7 +76,7 @@ try {
 J4T_TRACE_FRAME
 
 void j4TableScanHandle::TriggerSamples()
-try {
+{
     const int32_t status = Library()->J4_TriggerCountedScan(static_cast<uint32_t>(RaisedToTen(sampleCount)));
     if (status != 0) {
         const std::string message = Library()->J4_GetOption("LastError");
@@ -84,7 +84,6 @@ try {
         throw SDKError(status, message, Utilities::Tools::DropFirstTwoLines(extended));
     }
 }
-J4T_TRACE_FRAME
 
 /// Leaves no half of a scan in the sample store, lets the arm go, and awaits the motion, which can't be
 /// called back.

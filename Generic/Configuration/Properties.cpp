@@ -47,11 +47,7 @@ try {
 }
 J4T_TRACE_FRAME
 
-bool Properties::Contains(uint16_t key) const
-try {
-    return Find(datastore, key) != datastore.end();
-}
-J4T_TRACE_FRAME
+bool Properties::Contains(uint16_t key) const { return Find(datastore, key) != datastore.end(); }
 
 std::list<uint16_t> Properties::GetPropertyKeys() const
 try {
@@ -66,14 +62,13 @@ J4T_TRACE_FRAME
 uint16_t Properties::GetItemCount() const { return static_cast<uint16_t>(datastore.size()); }
 
 unsigned Properties::SizeOf(int format) const
-try {
+{
     unsigned size = 0;
     for (const auto& item : datastore) {
         size += item.second.SizeOf() + (format == FormatWithKeys ? KeySize : 0);
     }
     return size;
 }
-J4T_TRACE_FRAME
 
 void Properties::Dump(ByteIterator begin, ByteIterator end, int format, bool bigEndian) const
 try {

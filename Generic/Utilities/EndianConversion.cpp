@@ -2,8 +2,6 @@
 
 #include <bit>
 
-#include "Utilities/Exceptions/TraceFrame.h"
-
 namespace Kestrelon::DeviceDriver::Generic::Utilities {
 
 namespace {
@@ -19,38 +17,33 @@ void Write(T value, uint8_t* bytes, bool bigEndian)
 }  // namespace
 
 void EndianConversion::ShortToByteArray(uint16_t value, uint8_t* bytes, bool bigEndian)
-try {
+{
     Write(value, bytes, bigEndian);
 }
-J4T_TRACE_FRAME
 
 void EndianConversion::LongToByteArray(uint32_t value, uint8_t* bytes, bool bigEndian)
-try {
+{
     Write(value, bytes, bigEndian);
 }
-J4T_TRACE_FRAME
 
 void EndianConversion::ByteArrayToLong(const uint8_t* bytes, uint32_t& value, bool bigEndian)
-try {
+{
     value = 0;
     for (unsigned i = 0; i < 4; ++i) {
         value |= static_cast<uint32_t>(bytes[bigEndian ? 3 - i : i]) << (8 * i);
     }
 }
-J4T_TRACE_FRAME
 
 void EndianConversion::FloatToByteArray(float value, uint8_t* bytes, bool bigEndian)
-try {
+{
     LongToByteArray(std::bit_cast<uint32_t>(value), bytes, bigEndian);
 }
-J4T_TRACE_FRAME
 
 void EndianConversion::ByteArrayToFloat(const uint8_t* bytes, float& value, bool bigEndian)
-try {
+{
     uint32_t pattern = 0;
     ByteArrayToLong(bytes, pattern, bigEndian);
     value = std::bit_cast<float>(pattern);
 }
-J4T_TRACE_FRAME
 
 }  // namespace Kestrelon::DeviceDriver::Generic::Utilities

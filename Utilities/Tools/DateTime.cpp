@@ -12,11 +12,7 @@ try {
 }
 J4T_TRACE_FRAME
 
-void DateTime::SetNow()
-try {
-    time = std::time(nullptr);
-}
-J4T_TRACE_FRAME
+void DateTime::SetNow() { time = std::time(nullptr); }
 
 int32_t DateTime::GetLongTime() const { return static_cast<int32_t>(time); }
 

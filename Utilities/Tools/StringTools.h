@@ -1,10 +1,22 @@
-// The few operations on texts that facade and table share.
+// The few operations on texts that several classes share.
 #pragma once
 
+#include <locale>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace Kestrelon::Utilities::Tools {
+
+/// The parts, one after the other, as text.
+template <class... Parts>
+std::string Text(const Parts&... parts)
+{
+    std::ostringstream stream;
+    stream.imbue(std::locale::classic());
+    (stream << ... << parts);
+    return stream.str();
+}
 
 /// The words of a text, separated by blanks. Leading, trailing and repeated blanks never make empty words.
 std::vector<std::string> SplitAtBlanks(const std::string& text);

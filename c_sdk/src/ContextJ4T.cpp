@@ -1,5 +1,7 @@
 #include "c_sdk/src/ContextJ4T.h"
 
+#include <string>
+
 #include "Utilities/Exceptions/SDKError.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "Utilities/Tools/StringTools.h"
@@ -9,19 +11,13 @@ namespace Kestrelon::DeviceDriver::J4T {
 
 using Utilities::Tools::SmartPointer;
 
-namespace {
-
-/// What the instrument's library calls for its own errors. The exception travels through the library's
-/// frames to the exported function's ladder.
-void libraryErrorHandler(const char* context, int32_t status, const char* message)
+void ContextJ4T::libraryErrorHandler(const char* context, int32_t status, const char* message)
 try {
     const std::string extended = j4Bridge::Instance()->J4_GetOption("ExtendedErrorInformation");
     throw SDKError(context != nullptr ? context : "", status, message != nullptr ? message : "",
                    Utilities::Tools::DropFirstTwoLines(extended));
 }
 J4T_TRACE_FRAME
-
-}  // namespace
 
 SmartPointer<ContextJ4T>& ContextJ4T::StaticInstance()
 {

@@ -2,6 +2,7 @@
 // comes to life with the first exported call.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "Utilities/Tools/SmartPointer.h"
@@ -31,6 +32,10 @@ public:
 
 private:
     ContextJ4T();
+
+    /// What the instrument's library calls for its own errors. It throws: the exception travels through that library's
+    /// frames to the exported function's ladder.
+    static void libraryErrorHandler(const char* context, int32_t status, const char* message);
 
     static Utilities::Tools::SmartPointer<ContextJ4T>& StaticInstance();
 };

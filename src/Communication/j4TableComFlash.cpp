@@ -79,21 +79,19 @@ std::string SectorRange(uint16_t start, uint16_t end)
 }  // namespace
 
 void j4TableComFlash::Execute(j4TableComCommand& command, const char* failure)
-try {
+{
     SendAndReceive2(command);
     if (command.errorByte != 0) {
         throw FirmwareException(failure + GetFlashErrorString(command.errorByte) + ".");
     }
 }
-J4T_TRACE_FRAME
 
 void j4TableComFlash::Transfer(j4TableComCommand& command, int32_t attempts, const char* failure)
-try {
+{
     command.retries = attempts;
     command.retryDelay = TransferRetryDelay;
     Execute(command, failure);
 }
-J4T_TRACE_FRAME
 
 void j4TableComFlash::PrepareSector(uint16_t start, uint16_t end)
 try {

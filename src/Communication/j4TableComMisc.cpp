@@ -43,10 +43,9 @@ try {
 J4T_TRACE_FRAME
 
 uint8_t j4TableComMisc::FoilState()
-try {
+{
     return HexStringHelper::CharFromHexString(Ask(Commands::ElectrostaticFoilState));
 }
-J4T_TRACE_FRAME
 
 bool j4TableComMisc::IsElectrostaticFoilEnabled()
 try {

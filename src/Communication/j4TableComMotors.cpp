@@ -1,65 +1,22 @@
 #include "src/Communication/j4TableComMotors.h"
 
 #include <cmath>
-#include <locale>
-#include <sstream>
+#include <string>
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "Utilities/Tools/HexStringHelper.h"
+#include "Utilities/Tools/StringTools.h"
 #include "Utilities/Tools/WrappingArithmetic.h"
-#include "src/j4TableProperties.h"
 
 namespace Kestrelon::DeviceDriver::J4T::Communication {
 
 using Utilities::Exceptions::ResourceException;
 using Utilities::Tools::HexStringHelper;
+using Utilities::Tools::Text;
 using Utilities::Tools::TruncateToInt32;
-using Utilities::Tools::WrapAdd;
-using Utilities::Tools::WrapMultiply;
-using Utilities::Tools::WrapSubtract;
 
 namespace {
-
-/// Half the width of the free corridor in the tower region.
-constexpr int32_t CorridorHalfWidth = 150;
-
-// Angles above the limit are replaced by pi to four places; what lies between the two passes unchanged.
-constexpr float AngleLimit = 3.15f;
-constexpr float AngleAtLimit = 3.1415f;
-
-/// The parts, one after the other, as text.
-template <class... Parts>
-std::string Text(const Parts&... parts)
-{
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
-    (stream << ... << parts);
-    return stream.str();
-}
-
-float ElbowAngle(float angle) { return angle > AngleLimit ? AngleAtLimit : angle < 0.0f ? 0.0f : angle; }
-
-float ShoulderAngle(float angle)
-{
-    return angle > AngleLimit ? AngleAtLimit : angle < -AngleLimit ? -AngleAtLimit : angle;
-}
-
-/// Angle at the elbow from its cosine. @throws IllegalPositionException when the point is out of reach
-float ElbowFromCosine(float cosine, float x, float y)
-{
-    const float angle = acosf(cosine);
-    if (std::isnan(angle)) {
-        throw IllegalPositionException(Text("Invalid position (", x, "/", y, ")."));
-    }
-    return angle;
-}
-
-/// Direction of the first arm, for a point at the given reach from the elbow.
-float ShoulderFromElbow(float x, float y, float elbow, float reach, float arm)
-{
-    return ShoulderAngle(atan2f(y, x) - atan2f(sinf(elbow) * reach, cosf(elbow) * reach + arm));
-}
 
 const char* InitializeErrorText(uint8_t error)
 {
@@ -87,7 +44,7 @@ const char* InitializeErrorText(uint8_t error)
     }
 }
 
-/// The error goes into the text as one raw character, which is what applications know.
+/// The error goes into the text as one raw character.
 [[noreturn]] void ThrowUnknownError(uint8_t error) { throw DeviceErrorException(Text("unknown error - ", error)); }
 
 }  // namespace
@@ -95,22 +52,11 @@ const char* InitializeErrorText(uint8_t error)
 void j4TableComMotors::SetLimits(int32_t xMin, int32_t xMax, int32_t yMin, int32_t yMax, uint16_t speedMin,
                                  uint16_t speedMax, int32_t armLength, int32_t sensorReach, int32_t visorBack,
                                  int32_t visorSide)
-try {
-    this->xMin = xMin;
-    this->xMax = xMax;
-    this->yMin = yMin;
-    this->yMax = yMax;
+{
+    geometry = j4TableArmGeometry(xMin, xMax, yMin, yMax, armLength, sensorReach, visorBack, visorSide);
     this->speedMin = speedMin;
     this->speedMax = speedMax;
-    this->armLength = armLength;
-    this->sensorReach = sensorReach;
-    this->visorBack = visorBack;
-    this->visorSide = visorSide;
-    visorAlong = static_cast<float>(WrapSubtract(sensorReach, visorBack));
-    visorReach = sqrtf(visorAlong * visorAlong + static_cast<float>(WrapMultiply(visorSide, visorSide)));
-    visorAngle = atanf(static_cast<float>(visorSide) / visorAlong);
 }
-J4T_TRACE_FRAME
 
 void j4TableComMotors::Initialize()
 try {
@@ -203,7 +149,7 @@ J4T_TRACE_FRAME
 
 void j4TableComMotors::CheckXYRange(int32_t x, int32_t y, bool isVisor) const
 try {
-    if (tableProperties != nullptr && tableProperties->GetProperty(PropertyId::CheckRange).AsLong() == 0) {
+    if (checksTargets && !checksTargets()) {
         return;
     }
     int32_t sensorX = x;
@@ -215,55 +161,19 @@ try {
     } else {
         TransformPosition(x, y, visorX, visorY, false);
     }
-    if (sensorX < xMin || sensorX > xMax) {
-        throw IllegalPositionException(Text("Invalid x range (", sensorX, " != [", xMin, ",", xMax, "])."));
-    }
-    if (sensorY < yMin || sensorY > yMax) {
-        throw IllegalPositionException(Text("Invalid y range (", sensorY, " != [", yMin, ",", yMax, "])."));
-    }
-    const int32_t squares = WrapAdd(WrapMultiply(sensorX, sensorX), WrapMultiply(sensorY, sensorY));
-    const double radius = std::sqrt(static_cast<double>(squares));
-    const int32_t innerRadius = WrapSubtract(armLength, sensorReach);
-    if (radius < innerRadius || radius > WrapAdd(armLength, sensorReach)) {
-        throw IllegalPositionException(Text("Invalid position (", sensorX, "/", sensorY, ") arms too short/long."));
-    }
-    if (sensorY < innerRadius && visorY < innerRadius &&
-        (sensorX < WrapSubtract(innerRadius, CorridorHalfWidth) || sensorX > WrapAdd(innerRadius, CorridorHalfWidth))) {
-        throw IllegalPositionException(Text("Invalid position (", sensorX, "/", sensorY, ") tower side region."));
-    }
+    geometry.CheckSensorPosition(sensorX, sensorY, visorY);
 }
 J4T_TRACE_FRAME
 
 void j4TableComMotors::CalcVisierToSensor(float& x, float& y) const
 try {
-    const float arm = static_cast<float>(armLength);
-    const float sensor = static_cast<float>(sensorReach);
-    const float armSquare = static_cast<float>(WrapMultiply(armLength, armLength));
-    const float cosine = (x * x + y * y - armSquare - visorReach * visorReach) /
-                         (static_cast<float>(WrapMultiply(2, armLength)) * visorReach);
-    const float visorElbow = ElbowFromCosine(cosine, x, y);
-    const float elbow = ElbowAngle(visorElbow + visorAngle);
-    const float shoulder = ShoulderFromElbow(x, y, visorElbow, visorReach, arm);
-    const float sum = elbow + shoulder;
-    x = cosf(sum) * sensor + cosf(shoulder) * arm;
-    y = sinf(sum) * sensor + sinf(shoulder) * arm;
+    geometry.VisorToSensor(x, y);
 }
 J4T_TRACE_FRAME
 
 void j4TableComMotors::CalcSensorToVisier(float& x, float& y) const
 try {
-    const float arm = static_cast<float>(armLength);
-    const float sensor = static_cast<float>(sensorReach);
-    const float armSquare = static_cast<float>(WrapMultiply(armLength, armLength));
-    const float sensorSquare = static_cast<float>(WrapMultiply(sensorReach, sensorReach));
-    const float cosine = (x * x + y * y - armSquare - sensorSquare) /
-                         static_cast<float>(WrapMultiply(WrapMultiply(2, sensorReach), armLength));
-    const float sensorElbow = ElbowFromCosine(cosine, x, y);
-    const float elbow = ElbowAngle(sensorElbow - visorAngle);
-    const float shoulder = ShoulderFromElbow(x, y, sensorElbow, sensor, arm);
-    const float sum = shoulder + elbow;
-    x = cosf(sum) * visorReach + cosf(shoulder) * arm;
-    y = sinf(shoulder) * arm + sinf(sum) * visorReach;
+    geometry.SensorToVisor(x, y);
 }
 J4T_TRACE_FRAME
 

@@ -1,19 +1,20 @@
 // Drives the table's two arms: initialises the drives, finds the home position, starts and ends moves, and
-// reads the position. Refuses targets that the arm can't reach before a byte is sent: a first arm turns
-// about the tower, a second about the elbow, and carries the sensor and, beside it, the visor.
+// reads the position. Refuses targets that the arm can't reach before a byte is sent.
 //
 // Coordinates are tenths of a millimetre from the tower's axis.
 #pragma once
 
-#include "Generic/Configuration/Properties.h"
+#include <cstdint>
+#include <functional>
+#include <utility>
+
+#include "src/Communication/j4TableArmGeometry.h"
 #include "src/Communication/j4TableCommunication.h"
 
 namespace Kestrelon::DeviceDriver::J4T::Communication {
 
 class j4TableComMotors : public j4TableCommunication {
 public:
-    using Properties = Generic::Configuration::Properties;
-
     using j4TableCommunication::j4TableCommunication;
 
     /// Sets work area, speeds and arm geometry; sends nothing.
@@ -25,8 +26,8 @@ public:
     void SetLimits(int32_t xMin, int32_t xMax, int32_t yMin, int32_t yMax, uint16_t speedMin, uint16_t speedMax,
                    int32_t armLength, int32_t sensorReach, int32_t visorBack, int32_t visorSide);
 
-    /// The store whose property 5050 switches the checks of targets off with 0; may be null.
-    void SetProperties(const Properties* properties) { tableProperties = properties; }
+    /// @param checks  asked before each move whether its target is to be checked; empty: always
+    void SetTargetCheck(std::function<bool()> checks) { checksTargets = std::move(checks); }
 
     /// Brings the drives up. @throws DeviceErrorException
     void Initialize();
@@ -67,20 +68,10 @@ public:
 private:
     void GetEncoders(j4TableComCommand& command, int32_t& x, int32_t& y);
 
-    int32_t xMin = 0;
-    int32_t xMax = 0;
-    int32_t yMin = 0;
-    int32_t yMax = 0;
+    j4TableArmGeometry geometry;
     uint16_t speedMin = 0;
     uint16_t speedMax = 0;
-    int32_t armLength = 0;
-    int32_t sensorReach = 0;
-    int32_t visorBack = 0;
-    int32_t visorSide = 0;
-    float visorAlong = 0.0f;  ///< elbow to visor, along the second arm
-    float visorReach = 0.0f;  ///< elbow to visor
-    float visorAngle = 0.0f;  ///< at the elbow, between sensor and visor
-    const Properties* tableProperties = nullptr;
+    std::function<bool()> checksTargets;
 };
 
 }  // namespace Kestrelon::DeviceDriver::J4T::Communication

@@ -134,13 +134,15 @@ try {
 }
 J4T_TRACE_FRAME
 
+/// A time-out begins its trace with the caller.
 std::string j4TableCommunication::ReceiveByte(uint32_t timeout, const char* timeoutText)
-try {
-    return ReceiveData(1, timeout);
-} catch (const CommunicationTimeoutException&) {
-    throw CommunicationTimeoutException(timeoutText, J4T_TRACE_HERE);
+{
+    try {
+        return ReceiveData(1, timeout);
+    } catch (const CommunicationTimeoutException&) {
+        throw CommunicationTimeoutException(timeoutText);
+    }
 }
-J4T_TRACE_FRAME
 
 void j4TableCommunication::ParseCommand(j4TableComCommand& command)
 try {
@@ -245,11 +247,10 @@ try {
 J4T_TRACE_FRAME
 
 std::string j4TableCommunication::Ask(const CommandDefinition& definition, uint8_t selector)
-try {
+{
     j4TableComCommand command(definition, selector);
     SendAndReceive2(command);
     return command.GetReceiveData();
 }
-J4T_TRACE_FRAME
 
 }  // namespace Kestrelon::DeviceDriver::J4T::Communication

@@ -182,7 +182,7 @@ try {
 J4T_TRACE_FRAME
 
 void SerialUSB::UnpackCache(std::size_t transferred)
-try {
+{
     cacheLength = transferred;
     const std::size_t wholePackets = transferred / PacketSize;
     for (std::size_t packet = 0; packet < wholePackets; ++packet) {
@@ -198,7 +198,6 @@ try {
         cacheLength -= StatusSize;
     }
 }
-J4T_TRACE_FRAME
 
 std::string SerialUSB::SerialNumber()
 try {

@@ -131,6 +131,7 @@ TEST_F(InstrumentLibraryTest, TheLibrarysErrorHandlerThrowsThroughTheLibrary)
         EXPECT_THAT(TakeJournal(), ElementsAre("J4_TriggerMeasurement", "get ExtendedErrorInformation"));
         const std::string extended = GetOption("ExtendedErrorInformation");
         EXPECT_THAT(extended, HasSubstr(text.kept));
+        EXPECT_THAT(extended, HasSubstr("J4T::ContextJ4T::libraryErrorHandler(): "));
         EXPECT_THAT(extended, Not(HasSubstr(text.dropped)));
         ExpectFailure(result, {"J4_TriggerMeasurement", 17, "J4_TriggerMeasurement failed: lamp is broken"});
     }

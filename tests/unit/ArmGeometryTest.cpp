@@ -199,7 +199,7 @@ TEST(ArmGeometry, TheSettingSwitchesAllChecksOff)
 {
     Arm arm;
     j4TableProperties settings;
-    arm.motors->SetProperties(&settings);
+    arm.motors->SetTargetCheck([&] { return settings.GetProperty(PropertyId::CheckRange).AsLong() != 0; });
     EXPECT_NE(arm.Check(30000, 30000), "");
     settings.SetProperty(PropertyId::CheckRange, Property(0));
     EXPECT_EQ(arm.Check(30000, 30000), "");
@@ -212,7 +212,7 @@ TEST(ArmGeometry, TheSettingSwitchesAllChecksOff)
         << "the speed is checked all the same";
     settings.SetProperty(PropertyId::CheckRange, Property(1.0f));
     EXPECT_EQ(arm.Check(1000, 2000).rfind("OutOfRangeException: ", 0), 0u) << "a setting of the wrong kind";
-    arm.motors->SetProperties(nullptr);
+    arm.motors->SetTargetCheck(nullptr);
     EXPECT_EQ(arm.Check(1000, 2000), "");
 }
 

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
+#include "Utilities/Exceptions/TraceableException.h"
 #include "tests/support/Thrown.h"
 #include "tests/unit/Channel.h"
 
@@ -124,6 +127,26 @@ TEST(Frames, EveryFailureHasItsWords)
             EXPECT_EQ(frames.command.acknowledge, AcknowledgeNone) << test.name;
             EXPECT_EQ(frames.command.errorByte, j4TableComCommand::NoErrorByte) << test.name;
             EXPECT_EQ(frames.command.GetReceiveData(), "") << test.name;
+        }
+    }
+}
+
+// Helpers of a class do not stand between the failure and the method that an operator looks up.
+TEST(Frames, TheTraceBeginsWithTheMethodThatFailed)
+{
+    for (const auto& [line, method] :
+         {std::pair{std::string(), "ReceiveData"}, {"x" + Good, "ParseCommand"}, {":!a0141", "ParseCommand"}}) {
+        Frames frames;
+        frames.usb.Expect("a0", {line});
+        try {
+            frames.manager.GetInfo()->GetStatus();
+            FAIL() << line;
+        } catch (const Kestrelon::Utilities::Exceptions::TraceableException& exception) {
+            const std::string first =
+                std::string("\t::Kestrelon::DeviceDriver::J4T::Communication::j4TableCommunication::") + method +
+                "(): ";
+            EXPECT_EQ(exception.TraceText().rfind(first, 0), 0u) << exception.TraceText();
+            EXPECT_EQ(exception.TraceText().find("::Ask("), std::string::npos) << exception.TraceText();
         }
     }
 }

@@ -2,12 +2,11 @@
 
 #include <windows.h>
 
-#include <locale>
-#include <sstream>
 #include <vector>
 
 #include "Utilities/Exceptions/Exceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
+#include "Utilities/Tools/StringTools.h"
 
 namespace Kestrelon::Platform {
 
@@ -18,10 +17,7 @@ try {
     handle = LoadLibraryExA(name.c_str(), nullptr, 0);
     if (handle == nullptr) {
         const DWORD error = GetLastError();
-        std::ostringstream text;
-        text.imbue(std::locale::classic());
-        text << "Can't load library '" << name << "': " << error;
-        throw ResourceNotAvailableException(text.str());
+        throw ResourceNotAvailableException(Utilities::Tools::Text("Can't load library '", name, "': ", error));
     }
 }
 J4T_TRACE_FRAME

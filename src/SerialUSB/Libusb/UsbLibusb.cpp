@@ -67,17 +67,16 @@ UsbLibusb::UsbLibusb(uint32_t vendorId, uint32_t productId) : vendorId(vendorId)
 UsbLibusb::~UsbLibusb() = default;
 
 void UsbLibusb::StartLibusb()
-try {
+{
     if (context == nullptr) {
         libusb_context* started = nullptr;
         ThrowIfLibusbError(libusb_init(&started), "libusb_init");
         context.reset(started);
     }
 }
-J4T_TRACE_FRAME
 
 std::vector<UsbLibusb::Device> UsbLibusb::FindTables()
-try {
+{
     StartLibusb();
     libusb_device** list = nullptr;
     const ssize_t count = libusb_get_device_list(context.get(), &list);
@@ -96,7 +95,6 @@ try {
               [](const Device& a, const Device& b) { return Place(a.get()) < Place(b.get()); });
     return tables;
 }
-J4T_TRACE_FRAME
 
 void UsbLibusb::Scan(unsigned short& count)
 try {
@@ -126,17 +124,16 @@ try {
 J4T_TRACE_FRAME
 
 UsbLibusb::Handle UsbLibusb::OpenHandle(libusb_device* device)
-try {
+{
     libusb_device_handle* opened = nullptr;
     ThrowIfLibusbError(libusb_open(device, &opened), "libusb_open");
     return Handle(opened);
 }
-J4T_TRACE_FRAME
 
 /// Chooses the device's first configuration, unless it is the one in force: setting it again would reset the
 /// device.
 void UsbLibusb::SetConfiguration(libusb_device_handle* handle)
-try {
+{
     libusb_config_descriptor* first = nullptr;
     ThrowIfLibusbError(libusb_get_config_descriptor(libusb_get_device(handle), 0, &first),
                        "libusb_get_config_descriptor");
@@ -148,10 +145,9 @@ try {
         ThrowIfLibusbError(libusb_set_configuration(handle, wanted), "libusb_set_configuration");
     }
 }
-J4T_TRACE_FRAME
 
 void UsbLibusb::Close()
-try {
+{
     Abort(PipeDevice);
     Abort(PipeIn);
     Abort(PipeOut);
@@ -161,7 +157,6 @@ try {
         handle.reset();
     }
 }
-J4T_TRACE_FRAME
 
 libusb_device_handle* UsbLibusb::OpenedHandle(const char* label) const
 {
@@ -186,13 +181,12 @@ J4T_TRACE_FRAME
 
 /// After a stall the pipe is made usable for the next call before the failure is told.
 void UsbLibusb::ThrowIfTransferError(int status, const char* label, unsigned char endpoint)
-try {
+{
     if (status == LIBUSB_ERROR_PIPE) {
         libusb_clear_halt(handle.get(), endpoint);
     }
     ThrowIfLibusbError(status, label);
 }
-J4T_TRACE_FRAME
 
 void UsbLibusb::Read(short, void* buffer, unsigned long* length)
 try {
@@ -229,13 +223,12 @@ try {
 J4T_TRACE_FRAME
 
 void UsbLibusb::Abort(short pipe)
-try {
+{
     // Transfers are synchronous: there is never one to abort on the two pipes.
     if (pipe == PipeDevice && handle != nullptr) {
         libusb_reset_device(handle.get());
     }
 }
-J4T_TRACE_FRAME
 
 void UsbLibusb::GetSerialNumber(char* serial)
 try {
