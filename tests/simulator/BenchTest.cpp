@@ -47,12 +47,15 @@ TEST(Bench, ResetMakesAFreshWorldInWhichTimeGoesOn)
     bench.GetJournal().Enable(true);
     bench.GetJournal().Add("something");
     bench.SetTableCount(3);
+    bench.SetInstrumentCount(0);
+    bench.GetNoise().SetDeviation(0.1);
     bench.Reset();
     EXPECT_EQ(bench.TableCount(), 1u);
     EXPECT_NE(bench.TableAt(0), old);
     EXPECT_FALSE(bench.GetFaults().tableSilent);
     EXPECT_FALSE(bench.GetJournal().Enabled());
     EXPECT_EQ(bench.GetJournal().Take(), "");
+    EXPECT_EQ(bench.GetNoise().Deviation(), 0.0);
     EXPECT_EQ(bench.Clock().Now(), 5000);
     EXPECT_NE(bench.CarriageOf(bench.SeatedInstrument(0)), nullptr) << "an instrument sits in the table";
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 #include "simulator/table/WireText.h"
@@ -11,12 +12,10 @@ namespace {
 
 class BridgeTest : public testing::Test {
 protected:
-    void SetUp() override { SetUpLine(52); }
-
-    void SetUpLine(uint16_t divisor)
+    BridgeTest()
     {
-        ASSERT_EQ(bridge.Control(3, divisor), Bridge::Status::Done);
-        ASSERT_EQ(bridge.Control(4, 8), Bridge::Status::Done);
+        bridge.Control(3, 52);
+        bridge.Control(4, 8);
     }
 
     void Send(const std::string& request)
@@ -46,6 +45,14 @@ protected:
         return text;
     }
 
+    /// What comes within 50 ms of a request.
+    std::string Heard(const std::string& request)
+    {
+        Send(request);
+        clock.Advance(50000);
+        return Payload(Read());
+    }
+
     BenchClock clock;
     Journal journal;
     Faults faults;
@@ -67,30 +74,17 @@ TEST_F(BridgeTest, IdleLineGivesTwoBytesEverySixteenMilliseconds)
     EXPECT_EQ(clock.Now(), before) << "a packet that is long due leaves at once";
 }
 
-TEST_F(BridgeTest, PacksRepliesIntoPackets)
-{
-    // A reply has eight characters around its data; a full packet makes the transfer go on.
-    const struct {
-        uint32_t count;
-        size_t transfer;
-    } replies[] = {{26, 60 + 2}, {27, 64 + 2}, {57, 64 + 60 + 2}, {58, 2 * 64 + 2}, {256, 8 * 64 + 24 + 2}};
-    for (const auto& reply : replies) {
-        SCOPED_TRACE(reply.count);
-        Send("u800000000" + ToHex(reply.count, 4));
-        clock.Advance(200000);
-        const std::vector<uint8_t> transfer = Read();
-        EXPECT_EQ(transfer.size(), reply.transfer);
-        EXPECT_EQ(Payload(transfer).size(), 8 + 2 * reply.count);
-    }
-}
-
-TEST_F(BridgeTest, ReplyTakesItsTimeOnTheLine)
+TEST_F(BridgeTest, PacksRepliesWhichTakeTheirTimeOnTheLine)
 {
     Read();
-    for (const uint32_t count : {0, 27, 58, 256}) {
+    // A reply has eight characters around its data; a full packet makes the transfer go on.
+    const std::pair<uint32_t, size_t> replies[] = {
+        {26, 60 + 2}, {27, 64 + 2}, {57, 64 + 60 + 2}, {58, 2 * 64 + 2}, {256, 8 * 64 + 24 + 2}};
+    for (const auto& [count, size] : replies) {
         SCOPED_TRACE(count);
+        const std::string request = "u800000000" + ToHex(count, 4);
         const int64_t sent = clock.Now();
-        Send("u800000000" + ToHex(count, 4));
+        Send(request);
         std::string text;
         while (text.empty() || text.back() != '\r') {
             text += Payload(Read());
@@ -100,6 +94,12 @@ TEST_F(BridgeTest, ReplyTakesItsTimeOnTheLine)
         const double line = 173.333 * static_cast<double>(18 + text.size()) + 500;
         EXPECT_GE(static_cast<double>(clock.Now() - sent), line - 1);
         EXPECT_LE(static_cast<double>(clock.Now() - sent), line + 16001);
+
+        Send(request);
+        clock.Advance(200000);
+        const std::vector<uint8_t> transfer = Read();
+        EXPECT_EQ(transfer.size(), size);
+        EXPECT_EQ(Payload(transfer), text);
     }
 }
 
@@ -118,38 +118,32 @@ TEST_F(BridgeTest, TransferEndsWithItsFirstShortPacketOrAFullBuffer)
 
 TEST_F(BridgeTest, LineMustBeSetUpLikeTheTables)
 {
+    const auto heard = [this](uint16_t divisor, uint16_t format) {
+        EXPECT_EQ(bridge.Control(3, divisor), Bridge::Status::Done);
+        EXPECT_EQ(bridge.Control(4, format), Bridge::Status::Done);
+        return Heard("a0");
+    };
     for (const uint16_t divisor : {1, 26, 104}) {
-        SetUpLine(divisor);
-        Send("a0");
-        clock.Advance(50000);
-        EXPECT_EQ(Payload(Read()), "") << divisor;
+        EXPECT_EQ(heard(divisor, 8), "") << divisor;
     }
-    SetUpLine(52);
-    ASSERT_EQ(bridge.Control(4, 7), Bridge::Status::Done);
-    Send("a0");
-    clock.Advance(50000);
-    EXPECT_EQ(Payload(Read()), "");
-    SetUpLine(52);
+    EXPECT_EQ(heard(52, 7), "");
+    bridge.Control(4, 8);
     bridge.Write("\r");
-    Send("a0");
-    clock.Advance(50000);
-    EXPECT_EQ(Payload(Read()).substr(0, 10), ":$a0000001");
+    EXPECT_EQ(Heard("a0"), ":$a00000012be\r");
 }
 
 TEST_F(BridgeTest, PurgesWhatLiesInItsBuffers)
 {
     Send("a0");
-    clock.Advance(50000);
-    EXPECT_EQ(bridge.Control(0, 1), Bridge::Status::Done);
-    EXPECT_EQ(Payload(Read()), "") << "received";
-    Send("a0");
     EXPECT_EQ(bridge.Control(0, 2), Bridge::Status::Done);
     clock.Advance(50000);
     EXPECT_EQ(Payload(Read()), "") << "not yet sent";
-    Send("a0");
-    clock.Advance(50000);
-    EXPECT_EQ(bridge.Control(0, 0), Bridge::Status::Done);
-    EXPECT_EQ(Payload(Read()), "") << "both";
+    for (const uint16_t received : {1, 0}) {
+        Send("a0");
+        clock.Advance(50000);
+        EXPECT_EQ(bridge.Control(0, received), Bridge::Status::Done);
+        EXPECT_EQ(Payload(Read()), "") << received;
+    }
     EXPECT_EQ(bridge.Control(77, 0), Bridge::Status::Stalled);
 }
 

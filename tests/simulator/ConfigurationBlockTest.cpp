@@ -33,31 +33,19 @@ TEST(ConfigurationBlock, FactoryBlockHasTheHostsLayout)
 {
     const std::vector<uint8_t> block = ConfigurationBlock::Factory();
     ASSERT_EQ(block.size(), 360u);
-    const struct {
-        size_t offset;
-        uint32_t value;
-    } words[] = {
-        {0, 360},
-        {4, 0x322e3156},
-        {8, ConfigurationBlock::Revision},
-        {12, 5000},
-        {16, 4000},
-        {20, 300},
-        {24, 500},
-        {44, 800},
-        {48, static_cast<uint32_t>(-100)},
-        {52, 800},
-        {56, static_cast<uint32_t>(-100)},
-        {60, 400},
-        {232, 1704067200},
-        {236, 0xffffffff},
-        {240, 0},
-        {244, 0xffffffff},
-        {352, 0xffffffff},
+    const auto words = [&](size_t first, size_t past) {
+        std::vector<uint32_t> found;
+        for (size_t index = first; index < past; ++index) {
+            found.push_back(Word(block, 4 * index));
+        }
+        return found;
     };
-    for (const auto& word : words) {
-        EXPECT_EQ(Word(block, word.offset), word.value) << word.offset;
-    }
+    constexpr uint32_t unused = 0xffffffff;
+    constexpr uint32_t least = static_cast<uint32_t>(-100);
+    EXPECT_EQ(words(0, 9), (std::vector<uint32_t>{360, 0x322e3156, 3, 5000, 4000, 300, 500, 1000, 800}));
+    EXPECT_EQ(words(9, 17), (std::vector<uint32_t>{unused, unused, 800, least, 800, least, 400, unused}));
+    EXPECT_EQ(words(58, 62), (std::vector<uint32_t>{1704067200, unused, 0, unused}));
+    EXPECT_EQ(words(88, 89), std::vector<uint32_t>{unused});
     float before = 0.85f;
     for (size_t band = 0; band < SpectrumLength; ++band) {
         const float white = std::bit_cast<float>(Word(block, 88 + 4 * band));
@@ -73,18 +61,21 @@ TEST(ConfigurationBlock, FactoryBlockHasTheHostsLayout)
 TEST(ConfigurationBlock, JudgesWhatTheFlashHolds)
 {
     using State = ConfigurationBlock::State;
-    const auto stateOf = [](const std::vector<uint8_t>& memory) { return ConfigurationBlock(memory).GetState(); };
     const std::vector<uint8_t> factory = ConfigurationBlock::Factory();
-    EXPECT_EQ(stateOf(factory), State::Valid);
-    EXPECT_EQ(stateOf({}), State::Missing);
-    EXPECT_EQ(stateOf(std::vector<uint8_t>(512, 0xff)), State::Missing);
-    EXPECT_EQ(stateOf({factory.begin(), factory.begin() + 359}), State::Missing);
-    EXPECT_EQ(stateOf({12, 0, 0, 0, 0, 0, 0, 0, 0xf4, 0xff, 0xff, 0xff, 0, 0, 0, 0}), State::Missing);
     std::vector<uint8_t> changed = factory;
     changed[100] ^= 1;
-    EXPECT_EQ(stateOf(changed), State::Damaged);
-    const std::vector<uint8_t> smallest = {16, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xf0, 0xff, 0xff, 0xff};
-    EXPECT_EQ(stateOf(smallest), State::Valid);
+    const std::pair<std::vector<uint8_t>, State> memories[] = {
+        {factory, State::Valid},
+        {{16, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xf0, 0xff, 0xff, 0xff}, State::Valid},  // the smallest
+        {{12, 0, 0, 0, 0, 0, 0, 0, 0xf4, 0xff, 0xff, 0xff, 0, 0, 0, 0}, State::Missing},
+        {{}, State::Missing},
+        {std::vector<uint8_t>(512, 0xff), State::Missing},
+        {{factory.begin(), factory.begin() + 359}, State::Missing},
+        {changed, State::Damaged},
+    };
+    for (const auto& [memory, state] : memories) {
+        EXPECT_EQ(ConfigurationBlock(memory).GetState(), state) << memory.size();
+    }
 }
 
 TEST(ConfigurationBlock, TellsTheMachineThatIsWritten)

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 #include "simulator/table/Machine.h"
 
@@ -40,7 +41,7 @@ TEST(Kinematics, ConvertsBetweenVisorAndSensor)
     EXPECT_TRUE(arm.SensorToVisor({9000, 0}));
 }
 
-TEST(Kinematics, TheBedAndTheTileCanBeReached)
+TEST(Machine, TheArmMayGoToBedAndTileAndPastTheTower)
 {
     const Machine machine;
     for (double x = 1500; x <= 6000; x += 50) {
@@ -50,20 +51,12 @@ TEST(Kinematics, TheBedAndTheTileCanBeReached)
             }
         }
     }
-    for (const double offset : {0.0, -5.0}) {
-        EXPECT_TRUE(machine.SensorAt({static_cast<double>(machine.tileX), machine.tileY + offset}, false));
+    ASSERT_GT(machine.Arm().SensorToVisor({1200, 900})->y, 1000) << "the visor is past the tower";
+    const std::tuple<double, double, bool> places[] = {{1000, 800, true},  {1000, 795, true},  {1150, 500, true},
+                                                       {1151, 500, false}, {1151, 1000, true}, {1200, 900, true}};
+    for (const auto& [x, y, isFree] : places) {
+        EXPECT_EQ(machine.SensorAt({x, y}, false).has_value(), isFree) << x << "/" << y;
     }
-}
-
-TEST(Kinematics, TheTowerLeavesACorridor)
-{
-    const Machine machine;
-    const double y = 500;  // both points are beside the tower here
-    EXPECT_TRUE(machine.SensorAt({1150, y}, false));
-    EXPECT_FALSE(machine.SensorAt({1151, y}, false));
-    EXPECT_TRUE(machine.SensorAt({1151, 1000}, false));
-    ASSERT_GT(machine.Arm().SensorToVisor({1200, 900})->y, 1000);
-    EXPECT_TRUE(machine.SensorAt({1200, 900}, false)) << "the visor is past the tower";
 }
 
 }  // namespace

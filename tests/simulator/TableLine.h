@@ -1,22 +1,21 @@
-// A table on a serial line of no length: sends request lines to a controller and gives its replies.
+// A serial line of no length to a table's controller: sends request lines and gives the replies.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
-#include <vector>
 
 #include "simulator/table/TableController.h"
 #include "simulator/table/WireText.h"
 
 namespace J4Bench {
 
-struct TableLine {
-    BenchClock clock;
-    Faults faults;
-    TableController table{clock, faults};
-
+class TableLine {
+public:
     static constexpr int64_t Shortly = 1000;   ///< microseconds in which a command is answered
     static constexpr int64_t Long = 20000000;  ///< microseconds in which every motion ends
+
+    TableLine(BenchClock& clock, TableController& table) : clock(clock), table(table) {}
 
     /// Sends a line as it stands.
     void SendRaw(const std::string& line)
@@ -33,8 +32,9 @@ struct TableLine {
         clock.Advance(microseconds);
         table.RunTo(clock.Now());
         std::string all;
-        while (const auto reply = table.TakeReply()) {
-            std::string text = reply->text.substr(0, reply->text.size() - 1);
+        while ((next || (next = table.TakeReply())) && next->moment <= clock.Now()) {
+            std::string text = next->text.substr(0, next->text.size() - 1);
+            next.reset();
             if (HasWireChecksum(text)) {
                 text.resize(text.size() - 2);
             }
@@ -51,16 +51,25 @@ struct TableLine {
         return Replies(microseconds);
     }
 
-    /// Motors ready.
-    void Start() { Ask("i0", Long); }
-
-    /// A target's coordinate as the host writes it: a negative one fills eight digits.
-    static std::string Field(int32_t value) { return ToHex(static_cast<uint32_t>(value), value < 0 ? 8 : 4); }
-
-    static std::string MoveTo(int32_t x, int32_t y, uint32_t speed, char subCommand = '0')
+    /// @param command  for instance "m0"; coordinates as the host writes them: a negative one fills eight digits
+    static std::string MoveTo(const std::string& command, int32_t x, int32_t y, uint32_t speed)
     {
-        return std::string("m") + subCommand + Field(x) + Field(y) + ToHex(speed, 4);
+        const auto field = [](int32_t value) { return ToHex(static_cast<uint32_t>(value), value < 0 ? 8 : 4); };
+        return command + field(x) + field(y) + ToHex(speed, 4);
     }
+
+private:
+    BenchClock& clock;
+    TableController& table;
+    std::optional<TableController::Reply> next;  ///< made, and not yet on the line
+};
+
+/// A table that has just been switched on, with no bench around it.
+struct LoneTable {
+    BenchClock clock;
+    Faults faults;
+    TableController table{clock, faults};
+    TableLine line{clock, table};
 };
 
 }  // namespace J4Bench
