@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <utility>
 
 #include "simulator/chart/Aperture.h"
 #include "simulator/chart/Chart.h"
@@ -50,11 +51,7 @@ std::vector<Spectrum> Recognised(const RowOnPaper& row, bool withPositions)
 TEST(PatchRecognition, FindsThePatchesOfARow)
 {
     const std::vector<double> mixed{0.1, 0.6, 0.05, 0.4, 0.45, 0.2};
-    struct Case {
-        const char* what;
-        RowOnPaper row;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, RowOnPaper> cases[] = {
         {"narrow gaps", {mixed, 3.0, 8.0, 35, 15}},
         {"no gaps", {mixed, 0.0, 8.0, 35, 15}},
         {"slow", {mixed, 0.0, 1.0, 35, 15}},
@@ -66,35 +63,28 @@ TEST(PatchRecognition, FindsThePatchesOfARow)
         {"equal patches beside a gap", {{0.3, 0.3, 0.3}, 2.0, 8.0, 35, 15}},
         {"equal light patches beside a gap", {{0.6, 0.6, 0.6}, 2.5, 8.0, 35, 15}},
         {"equal dark patches beside a wide gap", {{0.05, 0.05, 0.05}, 4.0, 8.0, 35, 15}},
-        {"nothing but paper", {{0.85}, 0.0, 8.0, 35, 15}},
     };
-    for (const Case& test : cases) {
+    for (const auto& [what, row] : cases) {
         for (const bool withPositions : {true, false}) {
-            SCOPED_TRACE(std::string(test.what) + (withPositions ? ", positions" : ", samples alone"));
-            const std::vector<double> expected =
-                test.row.reflectances == std::vector<double>{0.85} ? std::vector<double>() : test.row.reflectances;
-            const std::vector<Spectrum> found = Recognised(test.row, withPositions);
-            ASSERT_EQ(found.size(), expected.size());
+            SCOPED_TRACE(std::string(what) + (withPositions ? ", positions" : ", samples alone"));
+            const std::vector<Spectrum> found = Recognised(row, withPositions);
+            ASSERT_EQ(found.size(), row.reflectances.size());
             for (size_t i = 0; i < found.size(); ++i) {
-                EXPECT_NEAR(found[i][20], expected[i], 1e-5) << "patch " << i;
+                EXPECT_NEAR(found[i][20], row.reflectances[i], 1e-5) << "patch " << i;
             }
         }
     }
 }
 
-TEST(PatchRecognition, AGapAsWideAsAPatchIsOne)
+TEST(PatchRecognition, PaperGapsAndFewSamples)
 {
-    EXPECT_EQ(Recognised({{0.1, 0.2}, 10.0, 8.0, 35, 15}, true).size(), 3u);
-}
-
-TEST(PatchRecognition, StrayAndFewSamples)
-{
+    EXPECT_EQ(Recognised({{0.1, 0.2}, 10.0, 8.0, 35, 15}, true).size(), 3u) << "a gap as wide as a patch is one";
+    EXPECT_TRUE(Recognised({{0.85}, 0.0, 8.0, 35, 15}, true).empty());
+    EXPECT_TRUE(Recognised({{0.85}, 0.0, 8.0, 35, 15}, false).empty());
     Spectrum dark;
     dark.fill(0.1f);
-    Spectrum stray;
-    stray.fill(0.3f);
     std::vector<Spectrum> samples(20, dark);
-    samples[10] = stray;
+    samples[10].fill(0.3f);
     EXPECT_EQ(PatchRecognition::Reduce(samples, {}).size(), 1u);
     EXPECT_TRUE(PatchRecognition::Reduce({}, {}).empty());
     EXPECT_TRUE(PatchRecognition::Reduce({dark}, {1, 2, 3}).empty());

@@ -60,25 +60,20 @@ TEST_F(VirtualUsbTest, OpensTalksAndTellsItsSerialNumber)
 TEST_F(VirtualUsbTest, FailuresHaveTheDriversWords)
 {
     VirtualUsb usb;
-    char serial[128];
     unsigned char buffer[128];
-    const auto read = [&] {
-        unsigned long length = sizeof buffer;
-        usb.Read(1, buffer, &length);
-    };
-    const auto write = [&] { usb.Write(2, "x", 1); };
-    const auto control = [&] { usb.DeviceIo(0, 0, 0, false, nullptr, 0); };
+    unsigned long length = sizeof buffer;
     const auto text = [](const std::string& label, const std::string& status) {
         return "Error in UsbIo function: \"" + label + "\" Error: Error code " + status;
     };
+    const auto expectAll = [&](const std::string& status) {
+        EXPECT_EQ(Failure([&] { usb.Read(1, buffer, &length); }), text("ReadSync", status));
+        EXPECT_EQ(Failure([&] { usb.Write(2, "x", 1); }), text("WriteSync", status));
+        EXPECT_EQ(Failure([&] { usb.DeviceIo(0, 0, 0, false, nullptr, 0); }), text("ClassOrVendorOutRequest", status));
+        EXPECT_EQ(Failure([&] { usb.GetSerialNumber(reinterpret_cast<char*>(buffer)); }),
+                  text("GetDeviceDescriptor", status));
+    };
     const std::string notOpen = "0xE0001102: Device not open.";
     const std::string removed = "0xE000100A: Device is removed.";
-    const auto expectAll = [&](const std::string& status) {
-        EXPECT_EQ(Failure(read), text("ReadSync", status));
-        EXPECT_EQ(Failure(write), text("WriteSync", status));
-        EXPECT_EQ(Failure(control), text("ClassOrVendorOutRequest", status));
-        EXPECT_EQ(Failure([&] { usb.GetSerialNumber(serial); }), text("GetDeviceDescriptor", status));
-    };
     EXPECT_EQ(Failure([&] { usb.Open(1); }), "No device connected.");
     expectAll(notOpen);
     usb.Open(0);
