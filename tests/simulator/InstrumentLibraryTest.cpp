@@ -379,6 +379,7 @@ TEST_F(LibraryTest, HandlersHearWhatTheyShould)
     ASSERT_EQ(Set("Simulator.ErrorHandlerCalls", "no"), Status::Ok);
 
     lastMessage = 0;
+    ASSERT_EQ(library.Calibrate(), Status::Ok);
     ASSERT_EQ(Set("Simulator.Unplug", Seated), Status::Ok);
     EXPECT_EQ(lastMessage, 0) << "told in the next call";
     EXPECT_EQ(library.IsConnected(), Status::DeviceFault);
