@@ -102,7 +102,7 @@ install(FILES
     examples/scan_chart.c examples/chart_file.c examples/chart_file.h examples/colour.c examples/colour.h
     examples/scan_chart.py examples/ScanChart.cs
     DESTINATION ${document_folder}/examples COMPONENT sdk)
-install(FILES Generic/Colour/CieTables.h DESTINATION ${document_folder}/examples/Generic/Colour COMPONENT sdk)
+install(FILES chart/colour/CieTables.h DESTINATION ${document_folder}/examples/chart/colour COMPONENT sdk)
 configure_file(dist/Doxyfile.in ${CMAKE_BINARY_DIR}/generated/Doxyfile @ONLY)
 
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})

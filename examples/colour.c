@@ -2,7 +2,7 @@
 
 #include <math.h>
 
-#include "Generic/Colour/CieTables.h"
+#include "chart/colour/CieTables.h"
 
 static double LabFunction(double ratio)
 {

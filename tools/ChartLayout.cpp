@@ -5,15 +5,14 @@
 #include <numeric>
 #include <sstream>
 
-#include "Generic/Cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFields.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
 
-namespace Cgats = Kestrelon::DeviceDriver::Generic::Cgats;
-namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
-using Cgats::CgatsTable;
-using Kestrelon::DeviceDriver::Generic::Spectrum;
+namespace Colorimetry = J4Chart::Colorimetry;
+using J4Chart::CgatsTable;
+using J4Chart::Spectrum;
 
 namespace {
 
@@ -21,7 +20,7 @@ constexpr double LargestLength = 10000.0;  // mm
 
 [[noreturn]] void Refuse(int line, const std::string& reason)
 {
-    throw ToolError(ExitCode::File, Cgats::CgatsFile::Error{line, reason}.Text(),
+    throw ToolError(ExitCode::File, J4Chart::CgatsFile::Error{line, reason}.Text(),
                     "A layout is a CGATS.17 file with SAMPLE_ID or SAMPLE_NAME and either X, Y, WIDTH, HEIGHT in "
                     "millimetres or a grid (--rows, --columns, --patch, --start).");
 }
@@ -30,7 +29,7 @@ double Number(const CgatsTable& table, const CgatsTable::Row& row, int column, d
 {
     const std::string& text = row.values[static_cast<size_t>(column)];
     double value = 0.0;
-    if (!Cgats::ParseNumber(text, value) || value < low || value > high) {
+    if (!J4Chart::ParseNumber(text, value) || value < low || value > high) {
         std::ostringstream reason;
         reason.imbue(std::locale::classic());
         reason << table.fields[static_cast<size_t>(column)] << " '" << text << "' is not a number from " << low
@@ -51,7 +50,7 @@ std::optional<std::vector<double>> KeywordNumbers(const CgatsTable& table, const
     std::istringstream words(keyword->value);
     for (std::string word; words >> word;) {
         double number = 0.0;
-        if (!Cgats::ParseNumber(word, number) || std::abs(number) > LargestLength) {
+        if (!J4Chart::ParseNumber(word, number) || std::abs(number) > LargestLength) {
             Refuse(keyword->line, name + " '" + word + "' is not a number");
         }
         numbers.push_back(number);
@@ -104,8 +103,8 @@ std::optional<std::array<int, 3>> FindTriple(const CgatsTable& table, const std:
 
 ChartLayout ChartLayout::Load(const std::string& fileName, const GridOptions& grid, bool measuredByHand)
 {
-    Cgats::CgatsFile file;
-    Cgats::CgatsFile::Error error;
+    J4Chart::CgatsFile file;
+    J4Chart::CgatsFile::Error error;
     try {
         if (!file.Read(fileName, error)) {
             Refuse(error.line, error.reason);
@@ -219,7 +218,7 @@ void ChartLayout::TakeColours(const CgatsTable& table)
             deviceFields.push_back(table.fields[i]);
         }
     }
-    const auto bands = Cgats::FindSpectralFields(table);
+    const auto bands = J4Chart::FindSpectralFields(table);
     const bool hasSpectra = std::all_of(bands.begin(), bands.end(), [](int column) { return column >= 0; });
     const auto lab = FindTriple(table, {"LAB_L", "LAB_A", "LAB_B"});
     const auto xyz = FindTriple(table, {"XYZ_X", "XYZ_Y", "XYZ_Z"});

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "Generic/Cgats/CgatsFile.h"
-#include "Generic/Colour/Colorimetry.h"
+#include "chart/cgats/CgatsFile.h"
+#include "chart/colour/Colorimetry.h"
 #include "tools/Point.h"
 
 namespace J4Tool {
@@ -25,7 +25,7 @@ struct GridOptions {
 
 class ChartLayout {
 public:
-    using Triple = Kestrelon::DeviceDriver::Generic::Colorimetry::Triple;
+    using Triple = J4Chart::Colorimetry::Triple;
 
     struct Patch {
         std::string name;
@@ -43,8 +43,7 @@ public:
     /// @param measuredByHand  the places will come from three corners: a grid then needs no sizes
     /// @throws ToolError
     static ChartLayout Load(const std::string& fileName, const GridOptions& grid, bool measuredByHand);
-    static ChartLayout FromTable(const Kestrelon::DeviceDriver::Generic::Cgats::CgatsTable& table,
-                                 const GridOptions& grid, bool measuredByHand);
+    static ChartLayout FromTable(const J4Chart::CgatsTable& table, const GridOptions& grid, bool measuredByHand);
 
     const std::vector<Patch>& Patches() const { return patches; }
     const std::vector<Row>& Rows() const { return rows; }
@@ -59,10 +58,9 @@ public:
     void PlaceCorners(const std::array<Point, 3>& corners);
 
 private:
-    void TakePlaces(const Kestrelon::DeviceDriver::Generic::Cgats::CgatsTable& table);
-    void TakeGrid(const Kestrelon::DeviceDriver::Generic::Cgats::CgatsTable& table, GridOptions grid,
-                  bool measuredByHand);
-    void TakeColours(const Kestrelon::DeviceDriver::Generic::Cgats::CgatsTable& table);
+    void TakePlaces(const J4Chart::CgatsTable& table);
+    void TakeGrid(const J4Chart::CgatsTable& table, GridOptions grid, bool measuredByHand);
+    void TakeColours(const J4Chart::CgatsTable& table);
     void SortIntoRows();
 
     std::vector<Patch> patches;

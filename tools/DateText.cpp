@@ -1,6 +1,6 @@
 #include "tools/DateText.h"
 
-#include "Generic/Cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFields.h"
 
 namespace J4Tool {
 
@@ -20,7 +20,7 @@ std::string DateText(std::time_t seconds) { return Formatted(seconds, "%Y-%m-%dT
 std::string DateText(const std::string& seconds)
 {
     double number = 0.0;
-    if (!Kestrelon::DeviceDriver::Generic::Cgats::ParseNumber(seconds, number)) {
+    if (!J4Chart::ParseNumber(seconds, number)) {
         return seconds;
     }
     return number > 0.0 ? DateText(static_cast<std::time_t>(number)) : "never";

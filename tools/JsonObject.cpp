@@ -3,11 +3,9 @@
 #include <cmath>
 #include <cstdio>
 
-#include "Generic/Cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFields.h"
 
 namespace J4Tool {
-
-namespace Cgats = Kestrelon::DeviceDriver::Generic::Cgats;
 
 namespace {
 
@@ -31,9 +29,15 @@ std::string Quoted(std::string_view text)
 
 }  // namespace
 
-std::string JsonObject::NumberText(float number) { return std::isfinite(number) ? Cgats::NumberText(number) : "null"; }
+std::string JsonObject::NumberText(float number)
+{
+    return std::isfinite(number) ? J4Chart::NumberText(number) : "null";
+}
 
-std::string JsonObject::NumberText(double number) { return std::isfinite(number) ? Cgats::NumberText(number) : "null"; }
+std::string JsonObject::NumberText(double number)
+{
+    return std::isfinite(number) ? J4Chart::NumberText(number) : "null";
+}
 
 JsonObject& JsonObject::AddRaw(const std::string& name, const std::string& value)
 {
@@ -71,7 +75,7 @@ JsonObject& JsonObject::AddValue(const std::string& name, const std::string& tex
     if (text.empty()) {
         return AddRaw(name, "null");
     }
-    return Cgats::ParseNumber(text, number) ? Add(name, number) : Add(name, text);
+    return J4Chart::ParseNumber(text, number) ? Add(name, number) : Add(name, text);
 }
 
 }  // namespace J4Tool

@@ -4,17 +4,16 @@
 #include <cmath>
 #include <sstream>
 
-#include "Generic/Cgats/CgatsFields.h"
-#include "Generic/Cgats/CgatsFile.h"
-#include "Generic/Colour/Colorimetry.h"
+#include "chart/cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFile.h"
+#include "chart/colour/Colorimetry.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
 
-namespace Cgats = Kestrelon::DeviceDriver::Generic::Cgats;
-namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
-using Cgats::CgatsTable;
-using Kestrelon::DeviceDriver::Generic::Spectrum;
+namespace Colorimetry = J4Chart::Colorimetry;
+using J4Chart::CgatsTable;
+using J4Chart::Spectrum;
 
 namespace {
 
@@ -43,7 +42,7 @@ void AddFields(CgatsTable& table, const ChartLayout& layout)
         table.fields.push_back(field);
     }
     for (size_t band = 0; band < Spectrum().size(); ++band) {
-        table.fields.push_back(Cgats::SpectralField(band));
+        table.fields.push_back(J4Chart::SpectralField(band));
     }
 }
 
@@ -79,7 +78,7 @@ std::vector<std::string> Values(const ChartLayout::Patch& patch, size_t index, P
         }
     }
     for (const float value : spectrum) {
-        values.push_back(Cgats::NumberText(value));
+        values.push_back(J4Chart::NumberText(value));
     }
     return values;
 }
@@ -87,9 +86,9 @@ std::vector<std::string> Values(const ChartLayout::Patch& patch, size_t index, P
 /// Only spectra: the sheet that colour management programs know by its first line.
 CgatsTable SpectraSheet(const ChartLayout& layout, const Measurements& measurements)
 {
-    using Kestrelon::DeviceDriver::Generic::FirstWavelength;
-    using Kestrelon::DeviceDriver::Generic::SpectrumLength;
-    using Kestrelon::DeviceDriver::Generic::WavelengthStep;
+    using J4Chart::FirstWavelength;
+    using J4Chart::SpectrumLength;
+    using J4Chart::WavelengthStep;
     CgatsTable table;
     table.kind = "SPECT";
     table.SetKeyword("ORIGINATOR", "j4tavla");
@@ -106,7 +105,7 @@ CgatsTable SpectraSheet(const ChartLayout& layout, const Measurements& measureme
             CgatsTable::Row& row = table.rows.emplace_back();
             row.values = {layout.Patches()[i].name};
             for (const float value : *measurements[i]) {
-                row.values.push_back(Cgats::NumberText(value));
+                row.values.push_back(J4Chart::NumberText(value));
             }
         }
     }
@@ -143,7 +142,7 @@ CgatsTable FullTable(const ChartLayout& layout, const Measurements& measurements
 std::string MeasurementFile::Text(const ChartLayout& layout, const Measurements& measurements,
                                   const Conditions& conditions, Form form)
 {
-    Cgats::CgatsFile file;
+    J4Chart::CgatsFile file;
     file.Add(form == Form::Spectra ? SpectraSheet(layout, measurements) : FullTable(layout, measurements, conditions));
     std::ostringstream text;
     file.Write(text);
@@ -152,8 +151,8 @@ std::string MeasurementFile::Text(const ChartLayout& layout, const Measurements&
 
 Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayout& layout, const Conditions& conditions)
 {
-    Cgats::CgatsFile file;
-    Cgats::CgatsFile::Error error;
+    J4Chart::CgatsFile file;
+    J4Chart::CgatsFile::Error error;
     if (!file.Read(fileName, error)) {
         Refuse(fileName, error.Text());
     }
@@ -165,18 +164,18 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
     }
     const int id = table.FindField("SAMPLE_ID");
     const int name = table.FindField("SAMPLE_NAME");
-    const auto bands = Cgats::FindSpectralFields(table);
+    const auto bands = J4Chart::FindSpectralFields(table);
     if (id < 0 || name < 0 || std::find(bands.begin(), bands.end(), -1) != bands.end()) {
         Refuse(fileName, "it lacks fields of a partial file");
     }
     Measurements measurements(layout.Patches().size());
     for (const CgatsTable::Row& row : table.rows) {
         const auto refuse = [&](const std::string& reason) {
-            Refuse(fileName, Cgats::CgatsFile::Error{row.line, reason}.Text());
+            Refuse(fileName, J4Chart::CgatsFile::Error{row.line, reason}.Text());
         };
         double number = 0.0;
         const std::string& text = row.values[static_cast<size_t>(id)];
-        if (!Cgats::ParseNumber(text, number) || number < 1.0 || number > static_cast<double>(measurements.size()) ||
+        if (!J4Chart::ParseNumber(text, number) || number < 1.0 || number > static_cast<double>(measurements.size()) ||
             layout.Patches()[static_cast<size_t>(number) - 1].name != row.values[static_cast<size_t>(name)]) {
             refuse("patch " + text + " '" + row.values[static_cast<size_t>(name)] + "' is not of this layout");
         }
@@ -184,7 +183,7 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
         for (size_t band = 0; band < spectrum.size(); ++band) {
             double value = 0.0;
             const std::string& valueText = row.values[static_cast<size_t>(bands[band])];
-            if (!Cgats::ParseNumber(valueText, value)) {
+            if (!J4Chart::ParseNumber(valueText, value)) {
                 refuse("'" + valueText + "' is not a number");
             }
             spectrum[band] = static_cast<float>(value);

@@ -4,12 +4,12 @@
 #include <optional>
 #include <vector>
 
-#include "Generic/Colour/Spectrum.h"
+#include "chart/colour/Spectrum.h"
 #include "tools/ChartLayout.h"
 
 namespace J4Tool {
 
-using Measurements = std::vector<std::optional<Kestrelon::DeviceDriver::Generic::Spectrum>>;
+using Measurements = std::vector<std::optional<J4Chart::Spectrum>>;
 
 /// The rows that have a patch which is not measured.
 std::vector<size_t> OpenRows(const ChartLayout& layout, const Measurements& measurements);

@@ -4,7 +4,7 @@
 
 namespace J4Tool {
 
-namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
+namespace Colorimetry = J4Chart::Colorimetry;
 
 RowCheck::RowCheck(const ChartLayout& layout)
 {

@@ -5,14 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "Generic/Colour/Spectrum.h"
+#include "chart/colour/Spectrum.h"
 #include "tools/ChartLayout.h"
 
 namespace J4Tool {
 
 class RowCheck {
 public:
-    using Spectrum = Kestrelon::DeviceDriver::Generic::Spectrum;
+    using Spectrum = J4Chart::Spectrum;
 
     /// Differences (CIEDE2000, mean of a row) up to here are taken for differences of print and instrument, whatever
     /// other row fits better.

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "Generic/Colour/Spectrum.h"
+#include "chart/colour/Spectrum.h"
 #include "tools/Point.h"
 #include "tools/TableFunctions.h"
 
@@ -15,7 +15,7 @@ namespace J4Tool {
 /// One at a time: the library reports its failures without telling to whom.
 class Session {
 public:
-    using Spectrum = Kestrelon::DeviceDriver::Generic::Spectrum;
+    using Spectrum = J4Chart::Spectrum;
 
     explicit Session(const TableFunctions& functions);
     ~Session();

@@ -2,15 +2,14 @@
 
 #include <sstream>
 
-#include "Generic/Cgats/CgatsFields.h"
-#include "Generic/Cgats/CgatsFile.h"
+#include "chart/cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFile.h"
 #include "tools/AtomicFile.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
 
-using Kestrelon::DeviceDriver::Generic::Spectrum;
-namespace Cgats = Kestrelon::DeviceDriver::Generic::Cgats;
+using J4Chart::Spectrum;
 
 namespace {
 
@@ -27,7 +26,7 @@ constexpr double HighestReflectance = 2.0;
 void SaveWhiteBase(const std::string& fileName, const Spectrum& whiteBase, const std::string& date,
                    const std::string& tableSerial)
 {
-    Cgats::CgatsTable table;
+    J4Chart::CgatsTable table;
     table.kind = "CGATS.17";
     table.SetKeyword("ORIGINATOR", "j4tavla");
     table.SetKeyword("DESCRIPTOR", "White base");
@@ -36,10 +35,10 @@ void SaveWhiteBase(const std::string& fileName, const Spectrum& whiteBase, const
     table.fields = {"SAMPLE_ID"};
     table.rows.push_back({{"1"}, 0});
     for (size_t band = 0; band < whiteBase.size(); ++band) {
-        table.fields.push_back(Cgats::SpectralField(band));
-        table.rows.front().values.push_back(Cgats::NumberText(whiteBase[band]));
+        table.fields.push_back(J4Chart::SpectralField(band));
+        table.rows.front().values.push_back(J4Chart::NumberText(whiteBase[band]));
     }
-    Cgats::CgatsFile file;
+    J4Chart::CgatsFile file;
     file.Add(std::move(table));
     std::ostringstream text;
     file.Write(text);
@@ -48,25 +47,25 @@ void SaveWhiteBase(const std::string& fileName, const Spectrum& whiteBase, const
 
 Spectrum LoadWhiteBase(const std::string& fileName)
 {
-    Cgats::CgatsFile file;
-    Cgats::CgatsFile::Error error;
+    J4Chart::CgatsFile file;
+    J4Chart::CgatsFile::Error error;
     if (!file.Read(fileName, error)) {
         Refuse(fileName, error.Text());
     }
-    const Cgats::CgatsTable& table = file.Tables().front();
+    const J4Chart::CgatsTable& table = file.Tables().front();
     if (table.rows.size() != 1) {
         Refuse(fileName, "there are " + std::to_string(table.rows.size()) + " data sets instead of 1");
     }
-    const auto columns = Cgats::FindSpectralFields(table);
+    const auto columns = J4Chart::FindSpectralFields(table);
     Spectrum whiteBase{};
     for (size_t band = 0; band < whiteBase.size(); ++band) {
         if (columns[band] < 0) {
-            Refuse(fileName, "the field " + Cgats::SpectralField(band) + " is missing");
+            Refuse(fileName, "the field " + J4Chart::SpectralField(band) + " is missing");
         }
         const std::string& text = table.rows.front().values[static_cast<size_t>(columns[band])];
         double value = 0.0;
-        if (!Cgats::ParseNumber(text, value) || value <= 0.0 || value > HighestReflectance) {
-            Refuse(fileName, "line " + std::to_string(table.rows.front().line) + ": " + Cgats::SpectralField(band) +
+        if (!J4Chart::ParseNumber(text, value) || value <= 0.0 || value > HighestReflectance) {
+            Refuse(fileName, "line " + std::to_string(table.rows.front().line) + ": " + J4Chart::SpectralField(band) +
                                  " '" + text + "' is not a reflectance factor above 0 and up to 2");
         }
         whiteBase[band] = static_cast<float>(value);

@@ -3,16 +3,16 @@
 
 #include <string>
 
-#include "Generic/Colour/Spectrum.h"
+#include "chart/colour/Spectrum.h"
 
 namespace J4Tool {
 
 /// @param date  when the table received it, for the head of the file
 /// @throws ToolError
-void SaveWhiteBase(const std::string& fileName, const Kestrelon::DeviceDriver::Generic::Spectrum& whiteBase,
-                   const std::string& date, const std::string& tableSerial);
+void SaveWhiteBase(const std::string& fileName, const J4Chart::Spectrum& whiteBase, const std::string& date,
+                   const std::string& tableSerial);
 
 /// @throws ToolError for a file without exactly one data set of 36 reflectance factors above 0 and up to 2
-Kestrelon::DeviceDriver::Generic::Spectrum LoadWhiteBase(const std::string& fileName);
+J4Chart::Spectrum LoadWhiteBase(const std::string& fileName);
 
 }  // namespace J4Tool

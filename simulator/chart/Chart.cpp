@@ -5,14 +5,13 @@
 #include <cmath>
 #include <fstream>
 
-#include "Generic/Cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFields.h"
 #include "simulator/chart/Aperture.h"
 
 namespace J4Bench {
 
-namespace Cgats = Kestrelon::DeviceDriver::Generic::Cgats;
-using Cgats::CgatsTable;
-using Cgats::ParseNumber;
+using J4Chart::CgatsTable;
+using J4Chart::ParseNumber;
 
 namespace {
 
@@ -41,7 +40,7 @@ bool FindColumns(const CgatsTable& table, Columns& columns, CgatsFile::Error& er
     columns.y = table.FindField("Y");
     columns.width = table.FindField("WIDTH");
     columns.height = table.FindField("HEIGHT");
-    columns.bands = Cgats::FindSpectralFields(table);
+    columns.bands = J4Chart::FindSpectralFields(table);
     const auto require = [&](int column, const std::string& field) {
         if (column < 0) {
             error = {0, "the field " + field + " is missing"};
@@ -53,7 +52,7 @@ bool FindColumns(const CgatsTable& table, Columns& columns, CgatsFile::Error& er
         return false;
     }
     for (size_t band = 0; band < columns.bands.size(); ++band) {
-        if (!require(columns.bands[band], Cgats::SpectralField(band))) {
+        if (!require(columns.bands[band], J4Chart::SpectralField(band))) {
             return false;
         }
     }

@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "Generic/Cgats/CgatsFile.h"
+#include "chart/cgats/CgatsFile.h"
 #include "simulator/ground/Point.h"
 #include "simulator/ground/Spectrum.h"
 
 namespace J4Bench {
 
-using Kestrelon::DeviceDriver::Generic::Cgats::CgatsFile;
+using J4Chart::CgatsFile;
 
 struct Patch {
     std::string name;

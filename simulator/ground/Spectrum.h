@@ -1,13 +1,13 @@
 // The spectrum that travels through the bench.
 #pragma once
 
-#include "Generic/Colour/Spectrum.h"
+#include "chart/colour/Spectrum.h"
 
 namespace J4Bench {
 
-using Kestrelon::DeviceDriver::Generic::FirstWavelength;
-using Kestrelon::DeviceDriver::Generic::Spectrum;
-using Kestrelon::DeviceDriver::Generic::SpectrumLength;
-using Kestrelon::DeviceDriver::Generic::WavelengthStep;
+using J4Chart::FirstWavelength;
+using J4Chart::Spectrum;
+using J4Chart::SpectrumLength;
+using J4Chart::WavelengthStep;
 
 }  // namespace J4Bench

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "Generic/Colour/Colorimetry.h"
+#include "chart/colour/Colorimetry.h"
 
 namespace J4Bench {
 
@@ -25,7 +25,7 @@ double BandDensity(const Spectrum& reflectance, int from, int to)
 
 Densities DensitiesOf(const Spectrum& reflectance)
 {
-    const double luminance = Kestrelon::DeviceDriver::Generic::Colorimetry::TristimulusValues(reflectance)[1] / 100.0;
+    const double luminance = J4Chart::Colorimetry::TristimulusValues(reflectance)[1] / 100.0;
     return {BandDensity(reflectance, 600, 700), BandDensity(reflectance, 500, 590), BandDensity(reflectance, 400, 490),
             -std::log10(std::max(luminance, LowestReflectance))};
 }

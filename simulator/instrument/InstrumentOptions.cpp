@@ -9,7 +9,7 @@
 
 namespace J4Bench {
 
-namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
+namespace Colorimetry = J4Chart::Colorimetry;
 
 namespace {
 

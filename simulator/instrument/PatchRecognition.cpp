@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 
-#include "Generic/Colour/Colorimetry.h"
+#include "chart/colour/Colorimetry.h"
 
 namespace J4Bench {
 
-namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
+namespace Colorimetry = J4Chart::Colorimetry;
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-#include "Generic/Colour/Colorimetry.h"
+#include "chart/colour/Colorimetry.h"
 #include "simulator/ground/Spectrum.h"
 #include "simulator/instrument/Densities.h"
 #include "simulator/instrument/Status.h"
@@ -17,7 +17,7 @@ namespace J4Bench {
 
 class SampleStore {
 public:
-    using Conversion = Kestrelon::DeviceDriver::Generic::Colorimetry::Triple (*)(const Spectrum&);
+    using Conversion = J4Chart::Colorimetry::Triple (*)(const Spectrum&);
 
     static constexpr uint32_t MaximumSamples = 100000;  ///< in the store and of one scan
 

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
+#include "chart/MotionProfile.h"
 #include "simulator/ground/Point.h"
-#include "simulator/table/MotionProfile.h"
 
 namespace J4Bench {
 
@@ -27,7 +27,7 @@ public:
     /// Way that is gone at a moment, tenths of a millimetre.
     double DistanceAt(int64_t moment) const;
 
-    const MotionProfile& Profile() const { return profile; }
+    const J4Chart::MotionProfile& Profile() const { return profile; }
     int64_t Begin() const { return begin; }
     int64_t End() const { return stop; }
 
@@ -36,7 +36,7 @@ private:
     Point end;
     int64_t begin = 0;
     int64_t stop = 0;
-    MotionProfile profile;
+    J4Chart::MotionProfile profile;
 };
 
 }  // namespace J4Bench

@@ -279,7 +279,7 @@ TableController::Answer TableController::ReportMetrics(const Request&)
 
 TableController::Answer TableController::ReportRamps(const Request&)
 {
-    const MotionProfile& profile = LastMotion().Profile();
+    const J4Chart::MotionProfile& profile = LastMotion().Profile();
     const auto rounded = [](double value) { return static_cast<uint32_t>(std::lround(value)); };
     return Answer{Data, 0,
                   ToHex(rounded(profile.AccelerationEnd() * 1000.0), 8) +

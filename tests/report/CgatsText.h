@@ -15,8 +15,8 @@ inline ReportData::Source SourceOf(const std::string& fields, const std::string&
 {
     std::istringstream input("CGATS.17\n" + head + "BEGIN_DATA_FORMAT\n" + fields + "\nEND_DATA_FORMAT\nBEGIN_DATA\n" +
                              rows + "END_DATA\n");
-    Kestrelon::DeviceDriver::Generic::Cgats::CgatsFile file;
-    Kestrelon::DeviceDriver::Generic::Cgats::CgatsFile::Error error;
+    J4Chart::CgatsFile file;
+    J4Chart::CgatsFile::Error error;
     EXPECT_TRUE(file.Read(input, error)) << error.Text();
     return {"chart.cgats", ColourTable(file, "chart.cgats")};
 }

@@ -8,16 +8,15 @@
 #include <cstring>
 #include <memory>
 
-#include "Generic/Cgats/CgatsFields.h"
-#include "Generic/Colour/Colorimetry.h"
+#include "chart/cgats/CgatsFields.h"
+#include "chart/colour/Colorimetry.h"
 #include "tests/tools/LayoutText.h"
 #include "tools/MeasurementFile.h"
 
 namespace J4Tool {
 namespace {
 
-namespace Cgats = Kestrelon::DeviceDriver::Generic::Cgats;
-namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
+namespace Colorimetry = J4Chart::Colorimetry;
 
 using It8 = std::unique_ptr<void, void (*)(void*)>;
 
@@ -92,7 +91,7 @@ TEST(Interchange, LittleCmsReadsWhatTheToolWrites)
         const Colorimetry::Triple lab = Colorimetry::Lab(*measurements[i]);
         EXPECT_NEAR(cmsIT8GetDataDbl(it8.get(), id.c_str(), "LAB_A"), lab[1], 0.00006);
         for (size_t band = 0; band < measurements[i]->size(); ++band) {
-            const double value = cmsIT8GetDataDbl(it8.get(), id.c_str(), Cgats::SpectralField(band).c_str());
+            const double value = cmsIT8GetDataDbl(it8.get(), id.c_str(), J4Chart::SpectralField(band).c_str());
             EXPECT_EQ(static_cast<float>(value), (*measurements[i])[band]) << id << " band " << band;
         }
     }
@@ -116,8 +115,8 @@ TEST(Interchange, TheToolReadsWhatLittleCmsWrites)
     cmsIT8SetData(it8.get(), "w", "SAMPLE_ID", "w");
     cmsIT8SetDataDbl(it8.get(), "w", "LAB_L", 95.5);
 
-    Cgats::CgatsFile file;
-    Cgats::CgatsFile::Error error;
+    J4Chart::CgatsFile file;
+    J4Chart::CgatsFile::Error error;
     std::istringstream input(SaveIt8(it8));
     ASSERT_TRUE(file.Read(input, error)) << error.Text();
     ASSERT_EQ(file.Tables().size(), 2u);
@@ -180,7 +179,7 @@ TEST(Interchange, TheToolReadsWhatColordWrites)
     const ChartLayout layout = ChartLayout::FromTable(TableOf(text), grid, true);
     ASSERT_EQ(layout.Patches().size(), 2u);
     EXPECT_EQ(layout.Patches()[0].name, "first one");
-    Kestrelon::DeviceDriver::Generic::Spectrum expected{};
+    J4Chart::Spectrum expected{};
     for (size_t band = 0; band < expected.size(); ++band) {
         expected[band] = 0.3f + 0.01f * static_cast<float>(band);
     }

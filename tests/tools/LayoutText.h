@@ -6,16 +6,16 @@
 #include <sstream>
 #include <string>
 
-#include "Generic/Cgats/CgatsFields.h"
-#include "Generic/Cgats/CgatsFile.h"
+#include "chart/cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFile.h"
 #include "tools/ChartLayout.h"
 
 namespace J4Tool {
 
-inline Kestrelon::DeviceDriver::Generic::Cgats::CgatsTable TableOf(const std::string& text)
+inline J4Chart::CgatsTable TableOf(const std::string& text)
 {
-    Kestrelon::DeviceDriver::Generic::Cgats::CgatsFile file;
-    Kestrelon::DeviceDriver::Generic::Cgats::CgatsFile::Error error;
+    J4Chart::CgatsFile file;
+    J4Chart::CgatsFile::Error error;
     std::istringstream input(text);
     EXPECT_TRUE(file.Read(input, error)) << error.Text();
     return file.Tables().front();
@@ -31,11 +31,11 @@ inline float ReflectanceOf(size_t row, size_t column)
 /// with flat reference spectra.
 inline std::string GridText(size_t rows, size_t columns)
 {
-    using namespace Kestrelon::DeviceDriver::Generic;
+    using namespace J4Chart;
     std::ostringstream text;
     text << "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_NAME X Y WIDTH HEIGHT";
     for (size_t band = 0; band < SpectrumLength; ++band) {
-        text << " " << Cgats::SpectralField(band);
+        text << " " << J4Chart::SpectralField(band);
     }
     text << "\nEND_DATA_FORMAT\nBEGIN_DATA\n";
     for (size_t row = 0; row < rows; ++row) {
@@ -43,7 +43,7 @@ inline std::string GridText(size_t rows, size_t columns)
             text << static_cast<char>('A' + row) << column + 1 << " " << 200 + 12 * column << " " << 200 + 10 * row
                  << " 10 8";
             for (int band = 0; band < SpectrumLength; ++band) {
-                text << " " << Cgats::NumberText(ReflectanceOf(row, column));
+                text << " " << J4Chart::NumberText(ReflectanceOf(row, column));
             }
             text << "\n";
         }

@@ -80,7 +80,7 @@ TEST(AtomicFile, AFailureLeavesTheOldFileAndNothingElse)
 
 TEST(WhiteBaseFile, WhiteBasesReadBackAndBrokenOnesAreRefused)
 {
-    Kestrelon::DeviceDriver::Generic::Spectrum whiteBase{};
+    J4Chart::Spectrum whiteBase{};
     whiteBase.fill(0.1f);
     whiteBase[35] = 0.923456f;
     SaveWhiteBase("white_base_file_test.cgats", whiteBase, "2024-01-01T00:00:00Z", "640001");

@@ -7,16 +7,14 @@
 #include <fstream>
 #include <sstream>
 
-#include "Generic/Cgats/CgatsFields.h"
-#include "Generic/Cgats/CgatsFile.h"
+#include "chart/cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFile.h"
 #include "tests/tools/LayoutText.h"
 #include "tests/tools/ToolRun.h"
 #include "tools/ExitCode.h"
 
 namespace J4Tool {
 namespace {
-
-namespace Cgats = Kestrelon::DeviceDriver::Generic::Cgats;
 
 constexpr const char* Samples = "/usr/share/colord/ref/CIE-TCS.sp";
 
@@ -33,7 +31,7 @@ std::string VividChart(size_t rows, size_t columns)
     std::ostringstream text;
     text << "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_NAME X Y WIDTH HEIGHT";
     for (size_t band = 0; band < 36; ++band) {
-        text << " " << Cgats::SpectralField(band);
+        text << " " << J4Chart::SpectralField(band);
     }
     text << "\nEND_DATA_FORMAT\nBEGIN_DATA\n";
     for (size_t row = 0; row < rows; ++row) {
@@ -70,24 +68,25 @@ protected:
 /// What was measured against what lies on the chart, by names.
 void ExpectMeasured(const std::string& measuredFile, const std::string& chartFile, double tolerance)
 {
-    Cgats::CgatsFile measured;
-    Cgats::CgatsFile chart;
-    Cgats::CgatsFile::Error error;
+    J4Chart::CgatsFile measured;
+    J4Chart::CgatsFile chart;
+    J4Chart::CgatsFile::Error error;
     ASSERT_TRUE(measured.Read(measuredFile, error)) << error.Text();
     ASSERT_TRUE(chart.Read(chartFile, error)) << error.Text();
-    const Cgats::CgatsTable& table = measured.Tables().front();
-    const Cgats::CgatsTable& wanted = chart.Tables().front();
+    const J4Chart::CgatsTable& table = measured.Tables().front();
+    const J4Chart::CgatsTable& wanted = chart.Tables().front();
     ASSERT_EQ(table.rows.size(), wanted.rows.size());
     const size_t name = static_cast<size_t>(table.FindField("SAMPLE_NAME"));
-    const auto bands = Cgats::FindSpectralFields(table);
-    const auto wantedBands = Cgats::FindSpectralFields(wanted);
+    const auto bands = J4Chart::FindSpectralFields(table);
+    const auto wantedBands = J4Chart::FindSpectralFields(wanted);
     for (size_t i = 0; i < table.rows.size(); ++i) {
         EXPECT_EQ(table.rows[i].values[name], wanted.rows[i].values[0]);
         for (size_t band = 0; band < bands.size(); ++band) {
             double value = 0.0;
             double wantedValue = 1.0;
-            ASSERT_TRUE(Cgats::ParseNumber(table.rows[i].values[static_cast<size_t>(bands[band])], value));
-            ASSERT_TRUE(Cgats::ParseNumber(wanted.rows[i].values[static_cast<size_t>(wantedBands[band])], wantedValue));
+            ASSERT_TRUE(J4Chart::ParseNumber(table.rows[i].values[static_cast<size_t>(bands[band])], value));
+            ASSERT_TRUE(
+                J4Chart::ParseNumber(wanted.rows[i].values[static_cast<size_t>(wantedBands[band])], wantedValue));
             ASSERT_NEAR(value, wantedValue, tolerance) << table.rows[i].values[name] << " band " << band;
         }
     }
@@ -176,14 +175,14 @@ TEST_F(ToolProgram, ScansTheColourSamplesOnAGrid)
     }
     // The file has no places: the arguments lay it out. What lies on the table then is not in it, so the chart is
     // written by hand from the same samples.
-    Cgats::CgatsFile samples;
-    Cgats::CgatsFile::Error error;
+    J4Chart::CgatsFile samples;
+    J4Chart::CgatsFile::Error error;
     ASSERT_TRUE(samples.Read(Samples, error));
-    const Cgats::CgatsTable& table = samples.Tables().front();
-    const auto bands = Cgats::FindSpectralFields(table);
+    const J4Chart::CgatsTable& table = samples.Tables().front();
+    const auto bands = J4Chart::FindSpectralFields(table);
     std::string chart = "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_NAME X Y WIDTH HEIGHT";
     for (size_t band = 0; band < bands.size(); ++band) {
-        chart += " " + Cgats::SpectralField(band);
+        chart += " " + J4Chart::SpectralField(band);
     }
     chart += "\nEND_DATA_FORMAT\nBEGIN_DATA\n";
     for (size_t i = 0; i < table.rows.size(); ++i) {

@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "Generic/Cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFields.h"
 #include "tools/DateText.h"
 #include "tools/JsonObject.h"
 #include "tools/commands/Commands.h"
@@ -10,8 +10,6 @@
 namespace J4Tool {
 
 namespace {
-
-namespace Cgats = Kestrelon::DeviceDriver::Generic::Cgats;
 
 struct InfoLine {
     const char* name;   ///< in the JSON object
@@ -58,7 +56,7 @@ std::vector<std::string> Words(const std::string& list)
 double Millimetres(const InfoLine& line, const std::string& value)
 {
     double number = 0.0;
-    Cgats::ParseNumber(value, number);
+    J4Chart::ParseNumber(value, number);
     return line.form == InfoLine::Form::Millimetre10ths ? number / 10.0 : number;
 }
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <optional>
 
-#include "Generic/Cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFields.h"
 #include "tools/AtomicFile.h"
 #include "tools/ChartLayout.h"
 #include "tools/DateText.h"
@@ -166,7 +166,7 @@ private:
             {"WHITE_BASE_DATE", DateText(option("J4TLastWhiteBaseTransferTime"))},
             {"SCAN_SPEED", option("J4TScanSpeed")},
             {"SCAN_DELAY", option("J4TScanDelay")},
-            {"SCAN_MARGIN", Kestrelon::DeviceDriver::Generic::Cgats::NumberText(Settings().margin)},
+            {"SCAN_MARGIN", J4Chart::NumberText(Settings().margin)},
         };
     }
 

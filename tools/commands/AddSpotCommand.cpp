@@ -1,7 +1,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "Generic/Colour/Colorimetry.h"
+#include "chart/colour/Colorimetry.h"
 #include "tools/JsonObject.h"
 #include "tools/commands/Commands.h"
 
@@ -9,7 +9,7 @@ namespace J4Tool {
 
 namespace {
 
-namespace Colorimetry = Kestrelon::DeviceDriver::Generic::Colorimetry;
+namespace Colorimetry = J4Chart::Colorimetry;
 
 void Run(ToolContext& context, Point place)
 {
@@ -33,8 +33,8 @@ void Run(ToolContext& context, Point place)
     }
     std::printf("Lab  %8.3f %8.3f %8.3f   (D50, 2 degrees)\nXYZ  %8.3f %8.3f %8.3f\n", lab[0], lab[1], lab[2], xyz[0],
                 xyz[1], xyz[2]);
-    using Kestrelon::DeviceDriver::Generic::FirstWavelength;
-    using Kestrelon::DeviceDriver::Generic::WavelengthStep;
+    using J4Chart::FirstWavelength;
+    using J4Chart::WavelengthStep;
     for (size_t band = 0; band < spectrum.size(); ++band) {
         std::printf("%d nm  %.5f\n", FirstWavelength + WavelengthStep * static_cast<int>(band),
                     static_cast<double>(spectrum[band]));

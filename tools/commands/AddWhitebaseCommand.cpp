@@ -2,7 +2,7 @@
 #include <ctime>
 #include <memory>
 
-#include "Generic/Colour/Spectrum.h"
+#include "chart/colour/Spectrum.h"
 #include "tools/DateText.h"
 #include "tools/JsonObject.h"
 #include "tools/Question.h"
@@ -27,8 +27,8 @@ void Show(ToolContext& context, const Session::Spectrum& whiteBase, const std::s
         return;
     }
     std::printf("White base written %s\n", date.c_str());
-    using Kestrelon::DeviceDriver::Generic::FirstWavelength;
-    using Kestrelon::DeviceDriver::Generic::WavelengthStep;
+    using J4Chart::FirstWavelength;
+    using J4Chart::WavelengthStep;
     for (size_t band = 0; band < whiteBase.size(); ++band) {
         std::printf("%d nm  %.5f\n", FirstWavelength + WavelengthStep * static_cast<int>(band),
                     static_cast<double>(whiteBase[band]));

@@ -3,7 +3,7 @@
 #include <memory>
 #include <optional>
 
-#include "Generic/Cgats/CgatsFile.h"
+#include "chart/cgats/CgatsFile.h"
 #include "tools/AtomicFile.h"
 #include "tools/JsonObject.h"
 #include "tools/ToolError.h"
@@ -14,7 +14,7 @@ namespace J4Tool {
 
 namespace {
 
-using Kestrelon::DeviceDriver::Generic::Cgats::CgatsFile;
+using J4Chart::CgatsFile;
 
 struct Arguments {
     std::string measured;

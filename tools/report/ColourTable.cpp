@@ -2,15 +2,15 @@
 
 #include <algorithm>
 
-#include "Generic/Cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFields.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
 
 namespace {
 
-using namespace Kestrelon::DeviceDriver::Generic;
-using Cgats::CgatsTable;
+using namespace J4Chart;
+using J4Chart::CgatsTable;
 
 /// A number of each of several fields, for instance LAB_L, LAB_A and LAB_B.
 template <size_t Count>
@@ -37,7 +37,7 @@ public:
         std::array<double, Count> numbers{};
         for (size_t i = 0; i < Count; ++i) {
             const size_t field = static_cast<size_t>(fields[i]);
-            if (!Cgats::ParseNumber(row.values[field], numbers[i])) {
+            if (!J4Chart::ParseNumber(row.values[field], numbers[i])) {
                 throw ToolError(ExitCode::File, fileName + ": line " + std::to_string(row.line) + ": " +
                                                     table.fields[field] + " is '" + row.values[field] +
                                                     "', which is no number");
@@ -52,7 +52,7 @@ private:
 
 struct Groups {
     explicit Groups(const CgatsTable& table)
-        : spectrum(Cgats::FindSpectralFields(table)),
+        : spectrum(J4Chart::FindSpectralFields(table)),
           lab(table, {"LAB_L", "LAB_A", "LAB_B"}),
           xyz(table, {"XYZ_X", "XYZ_Y", "XYZ_Z"}),
           place(table, {"X", "Y", "WIDTH", "HEIGHT"}),
@@ -68,7 +68,7 @@ struct Groups {
     FieldGroup<2> scan;
 };
 
-const CgatsTable& FirstWithColour(const Cgats::CgatsFile& file, const std::string& fileName)
+const CgatsTable& FirstWithColour(const J4Chart::CgatsFile& file, const std::string& fileName)
 {
     for (const CgatsTable& table : file.Tables()) {
         if (!table.rows.empty() && Groups(table).HasColour()) {
@@ -81,7 +81,7 @@ const CgatsTable& FirstWithColour(const Cgats::CgatsFile& file, const std::strin
 
 }  // namespace
 
-ColourTable::ColourTable(const Cgats::CgatsFile& file, const std::string& fileName)
+ColourTable::ColourTable(const J4Chart::CgatsFile& file, const std::string& fileName)
     : source(FirstWithColour(file, fileName))
 {
     const Groups groups(source);
@@ -89,7 +89,7 @@ ColourTable::ColourTable(const Cgats::CgatsFile& file, const std::string& fileNa
     const int id = source.FindField("SAMPLE_ID");
     // The reflectance of the perfect diffuser: 1, or 100 in a file that gives percent.
     double diffuser = 1.0;
-    if (!Cgats::ParseNumber(source.ValueOf("SPECTRAL_NORM"), diffuser) || diffuser <= 0.0) {
+    if (!J4Chart::ParseNumber(source.ValueOf("SPECTRAL_NORM"), diffuser) || diffuser <= 0.0) {
         diffuser = 1.0;
     }
     const bool corner = source.ValueOf("LAYOUT_ORIGIN") == "CORNER";

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "Generic/Cgats/CgatsFile.h"
-#include "Generic/Colour/Colorimetry.h"
+#include "chart/cgats/CgatsFile.h"
+#include "chart/colour/Colorimetry.h"
 
 namespace J4Tool {
 
@@ -25,24 +25,24 @@ public:
         std::string id;    ///< SAMPLE_ID; empty where the table has none
         std::optional<Place> place;
         std::optional<std::array<double, 2>> scan;  ///< number of the row that it was scanned in, and its place there
-        std::optional<Kestrelon::DeviceDriver::Generic::Spectrum> spectrum;
+        std::optional<J4Chart::Spectrum> spectrum;
 
         /// From the spectrum; from the table's LAB fields, or else its XYZ fields, where there is none.
-        std::optional<Kestrelon::DeviceDriver::Generic::Colorimetry::Triple> lab;
+        std::optional<J4Chart::Colorimetry::Triple> lab;
     };
 
     /// Takes the first table of a file that has patches with colour values.
     /// @param fileName  for the texts of failures
     /// @throws ToolError with line and reason; when no table has colour values
-    ColourTable(const Kestrelon::DeviceDriver::Generic::Cgats::CgatsFile& file, const std::string& fileName);
+    ColourTable(const J4Chart::CgatsFile& file, const std::string& fileName);
 
     const std::vector<Patch>& Patches() const { return patches; }
 
     /// The table itself, for its keywords.
-    const Kestrelon::DeviceDriver::Generic::Cgats::CgatsTable& Source() const { return source; }
+    const J4Chart::CgatsTable& Source() const { return source; }
 
 private:
-    Kestrelon::DeviceDriver::Generic::Cgats::CgatsTable source;
+    J4Chart::CgatsTable source;
     std::vector<Patch> patches;
 };
 

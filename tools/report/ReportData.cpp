@@ -5,14 +5,14 @@
 #include <limits>
 #include <map>
 
-#include "Generic/Cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFields.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
 
 namespace {
 
-using namespace Kestrelon::DeviceDriver::Generic;
+using namespace J4Chart;
 
 // A row is taken to begin and end on bare paper, this far beside its outer patches, mm.
 constexpr double usualMargin = 8.0;
@@ -67,10 +67,10 @@ std::string Counted(size_t count, const char* one, const char* several)
     return std::to_string(count) + " " + (count == 1 ? one : several);
 }
 
-std::optional<double> PositiveKeyword(const Cgats::CgatsTable& table, const char* name)
+std::optional<double> PositiveKeyword(const J4Chart::CgatsTable& table, const char* name)
 {
     double number = 0.0;
-    if (Cgats::ParseNumber(table.ValueOf(name), number) && number > 0.0) {
+    if (J4Chart::ParseNumber(table.ValueOf(name), number) && number > 0.0) {
         return number;
     }
     return std::nullopt;
@@ -104,7 +104,7 @@ private:
 ReportData::ReportData(const Source& measured, const Source* reference)
     : measuredName(measured.name), referenceName(reference == nullptr ? "" : reference->name)
 {
-    for (const Cgats::CgatsTable::Keyword& keyword : measured.table.Source().keywords) {
+    for (const J4Chart::CgatsTable::Keyword& keyword : measured.table.Source().keywords) {
         conditions.emplace_back(keyword.name, keyword.value);
     }
     TakePatches(measured.table, reference == nullptr ? nullptr : &reference->table);
@@ -210,7 +210,7 @@ void ReportData::TakeRows(const ColourTable& measured)
         const double before = first.place.width / 2.0 + margin.value_or(usualMargin);
         const double behind = last.place.width / 2.0 + margin.value_or(usualMargin);
         RowTravel::Scan scan;
-        scan.name = "row " + Cgats::NumberText(number) + ", " + first.name + " to " + last.name;
+        scan.name = "row " + J4Chart::NumberText(number) + ", " + first.name + " to " + last.name;
         scan.distance = before + direction.Along(last.place) + behind;
         scan.speed = *speed;
         scan.integrationTime = PositiveKeyword(measured.Source(), "INTEGRATION_TIME");
@@ -220,7 +220,7 @@ void ReportData::TakeRows(const ColourTable& measured)
             scan.fields.push_back({index, middle - patch.place.width / 2.0, middle + patch.place.width / 2.0});
         }
         scan.notes.push_back(
-            "Scan speed " + Cgats::NumberText(*speed) +
+            "Scan speed " + J4Chart::NumberText(*speed) +
             " mm/s from the file; drawn from the first patch to the last, whichever way it was driven.");
         if (!margin) {
             scan.notes.push_back("Assumed: the travel begins and ends 8 mm beside the outer patches.");

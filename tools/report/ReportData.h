@@ -19,9 +19,9 @@ class ReportData {
 public:
     /// One of a patch's two colours.
     struct Side {
-        Kestrelon::DeviceDriver::Generic::Colorimetry::Triple lab{};
+        J4Chart::Colorimetry::Triple lab{};
         ScreenColour colour;
-        std::optional<Kestrelon::DeviceDriver::Generic::Spectrum> spectrum;
+        std::optional<J4Chart::Spectrum> spectrum;
     };
 
     struct Patch {

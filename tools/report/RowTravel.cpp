@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "simulator/table/MotionProfile.h"
+#include "chart/MotionProfile.h"
 
 namespace J4Tool {
 
@@ -22,7 +22,7 @@ constexpr double mostSamples = 20000.0;
 
 RowTravel::RowTravel(Scan scanned) : scan(std::move(scanned))
 {
-    const J4Bench::MotionProfile profile(scan.distance, scan.speed, scan.acceleration.value_or(usualAcceleration));
+    const J4Chart::MotionProfile profile(scan.distance, scan.speed, scan.acceleration.value_or(usualAcceleration));
     rampEnd = profile.AccelerationEnd();
     duration = profile.Duration();
     if (scan.integrationTime) {

@@ -8,7 +8,7 @@ namespace J4Tool {
 
 namespace {
 
-using Kestrelon::DeviceDriver::Generic::Colorimetry::Triple;
+using J4Chart::Colorimetry::Triple;
 using Matrix = std::array<Triple, 3>;
 
 // CIE 15: white of D50, Y = 1, for the 2 degree observer.

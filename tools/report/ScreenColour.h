@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "Generic/Colour/Colorimetry.h"
+#include "chart/colour/Colorimetry.h"
 
 namespace J4Tool {
 
@@ -13,6 +13,6 @@ struct ScreenColour {
 };
 
 /// From CIELab under D50 to sRGB (IEC 61966-2-1, D65), adapted with the Bradford matrix of ICC.1, annex E.
-ScreenColour ScreenColourOf(const Kestrelon::DeviceDriver::Generic::Colorimetry::Triple& lab);
+ScreenColour ScreenColourOf(const J4Chart::Colorimetry::Triple& lab);
 
 }  // namespace J4Tool

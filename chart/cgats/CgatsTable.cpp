@@ -1,8 +1,8 @@
-#include "Generic/Cgats/CgatsTable.h"
+#include "chart/cgats/CgatsTable.h"
 
 #include <algorithm>
 
-namespace Kestrelon::DeviceDriver::Generic::Cgats {
+namespace J4Chart {
 
 const CgatsTable::Keyword* CgatsTable::FindKeyword(const std::string& name) const
 {
@@ -34,4 +34,4 @@ int CgatsTable::FindField(const std::string& name) const
     return found == fields.end() ? -1 : static_cast<int>(found - fields.begin());
 }
 
-}  // namespace Kestrelon::DeviceDriver::Generic::Cgats
+}  // namespace J4Chart

@@ -1,9 +1,9 @@
-#include "Generic/Cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFields.h"
 
 #include <charconv>
 #include <cmath>
 
-namespace Kestrelon::DeviceDriver::Generic::Cgats {
+namespace J4Chart {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::array<int, SpectrumLength> FindSpectralFields(const CgatsTable& table)
     return bands;
 }
 
-}  // namespace Kestrelon::DeviceDriver::Generic::Cgats
+}  // namespace J4Chart

@@ -2,16 +2,17 @@
 // short to reach its speed becomes a triangle.
 #pragma once
 
-namespace J4Bench {
+namespace J4Chart {
 
 class MotionProfile {
 public:
     /// A motion of no length, over at once.
     MotionProfile() = default;
 
-    /// @param distance      tenths of a millimetre, 0 or more
-    /// @param speed         tenths of a millimetre per second, above 0
-    /// @param acceleration  tenths of a millimetre per second squared, above 0
+    /// The unit of length is the caller's, the same for all three; times are seconds.
+    /// @param distance      0 or more
+    /// @param speed         per second, above 0
+    /// @param acceleration  per second squared, above 0
     MotionProfile(double distance, double speed, double acceleration);
 
     /// Seconds from the start of the motion.
@@ -21,7 +22,7 @@ public:
 
     double Distance() const { return distance; }
 
-    /// The highest speed, tenths of a millimetre per second.
+    /// The highest speed that is reached.
     double PlateauSpeed() const { return plateauSpeed; }
 
     /// Way gone this many seconds after the start; 0 before it, the whole distance after the end.
@@ -34,4 +35,4 @@ private:
     double decelerationStart = 0.0;
 };
 
-}  // namespace J4Bench
+}  // namespace J4Chart

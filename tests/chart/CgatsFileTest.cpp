@@ -1,4 +1,4 @@
-#include "Generic/Cgats/CgatsFile.h"
+#include "chart/cgats/CgatsFile.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "Generic/Cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFields.h"
 
-namespace Kestrelon::DeviceDriver::Generic::Cgats {
+namespace J4Chart {
 namespace {
 
 CgatsFile Parsed(const std::string& text)
@@ -168,4 +168,4 @@ TEST(CgatsFile, TenThousandPatchesTakeMoments)
 }
 
 }  // namespace
-}  // namespace Kestrelon::DeviceDriver::Generic::Cgats
+}  // namespace J4Chart

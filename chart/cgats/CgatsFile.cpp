@@ -1,4 +1,4 @@
-#include "Generic/Cgats/CgatsFile.h"
+#include "chart/cgats/CgatsFile.h"
 
 #include <algorithm>
 #include <array>
@@ -8,9 +8,9 @@
 #include <string_view>
 #include <utility>
 
-#include "Generic/Cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFields.h"
 
-namespace Kestrelon::DeviceDriver::Generic::Cgats {
+namespace J4Chart {
 
 namespace {
 
@@ -305,4 +305,4 @@ void CgatsFile::Write(std::ostream& output) const
     }
 }
 
-}  // namespace Kestrelon::DeviceDriver::Generic::Cgats
+}  // namespace J4Chart

@@ -4,10 +4,10 @@
 #include <array>
 #include <string>
 
-#include "Generic/Cgats/CgatsTable.h"
-#include "Generic/Colour/Spectrum.h"
+#include "chart/cgats/CgatsTable.h"
+#include "chart/colour/Spectrum.h"
 
-namespace Kestrelon::DeviceDriver::Generic::Cgats {
+namespace J4Chart {
 
 /// A finite number that is the whole of a text, in whatever locale.
 bool ParseNumber(const std::string& text, double& value);
@@ -26,4 +26,4 @@ std::string SpectralField(size_t band);
 /// The field of each band of the spectrum; -1 where the table has none.
 std::array<int, SpectrumLength> FindSpectralFields(const CgatsTable& table);
 
-}  // namespace Kestrelon::DeviceDriver::Generic::Cgats
+}  // namespace J4Chart

@@ -1,9 +1,9 @@
-#include "Generic/Colour/Colorimetry.h"
+#include "chart/colour/Colorimetry.h"
 
 #include <cmath>
 #include <numbers>
 
-namespace Kestrelon::DeviceDriver::Generic::Colorimetry {
+namespace J4Chart::Colorimetry {
 
 namespace {
 
@@ -136,4 +136,4 @@ double Ciede2000(const Triple& first, const Triple& second)
     return std::sqrt(l * l + c * c + h * h + turn * c * h);
 }
 
-}  // namespace Kestrelon::DeviceDriver::Generic::Colorimetry
+}  // namespace J4Chart::Colorimetry

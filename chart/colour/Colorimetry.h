@@ -3,9 +3,9 @@
 
 #include <array>
 
-#include "Generic/Colour/Spectrum.h"
+#include "chart/colour/Spectrum.h"
 
-namespace Kestrelon::DeviceDriver::Generic::Colorimetry {
+namespace J4Chart::Colorimetry {
 
 using Triple = std::array<double, 3>;
 
@@ -35,4 +35,4 @@ double Distance(const Triple& first, const Triple& second);
 /// Color Research and Application 30, 2005) with all three parametric factors 1.
 double Ciede2000(const Triple& first, const Triple& second);
 
-}  // namespace Kestrelon::DeviceDriver::Generic::Colorimetry
+}  // namespace J4Chart::Colorimetry

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "Generic/Cgats/CgatsTable.h"
+#include "chart/cgats/CgatsTable.h"
 
-namespace Kestrelon::DeviceDriver::Generic::Cgats {
+namespace J4Chart {
 
 class CgatsFile {
 public:
@@ -42,4 +42,4 @@ private:
     std::vector<CgatsTable> tables;
 };
 
-}  // namespace Kestrelon::DeviceDriver::Generic::Cgats
+}  // namespace J4Chart

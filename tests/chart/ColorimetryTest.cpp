@@ -1,10 +1,10 @@
-#include "Generic/Colour/Colorimetry.h"
+#include "chart/colour/Colorimetry.h"
 
 #include <gtest/gtest.h>
 
-#include "Generic/Cgats/CgatsFile.h"
+#include "chart/cgats/CgatsFile.h"
 
-namespace Kestrelon::DeviceDriver::Generic {
+namespace J4Chart {
 namespace {
 
 Spectrum Flat(float value)
@@ -30,10 +30,10 @@ TEST(Colorimetry, TablesAreThoseOfTheCie)
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(std::string(test.file) + " row " + std::to_string(test.row));
-        Cgats::CgatsFile file;
-        Cgats::CgatsFile::Error error;
+        CgatsFile file;
+        CgatsFile::Error error;
         ASSERT_TRUE(file.Read(folder + test.file, error)) << error.Text();
-        const Cgats::CgatsTable& table = file.Tables().front();
+        const CgatsTable& table = file.Tables().front();
         for (int band = 0; band < CieBands; ++band) {
             const std::string field = "SPEC_" + std::to_string(CieFirstWavelength + CieWavelengthStep * band);
             const int found = table.FindField(field);
@@ -117,4 +117,4 @@ TEST(Ciede2000, GivesTheDifferencesOfThePublishedPairs)
 }
 
 }  // namespace
-}  // namespace Kestrelon::DeviceDriver::Generic
+}  // namespace J4Chart

@@ -1,9 +1,9 @@
-#include "simulator/table/MotionProfile.h"
+#include "chart/MotionProfile.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace J4Bench {
+namespace J4Chart {
 
 MotionProfile::MotionProfile(double distance, double speed, double acceleration) : distance(distance)
 {
@@ -35,4 +35,4 @@ double MotionProfile::DistanceAt(double seconds) const
     return distance - 0.5 * left * left * plateauSpeed / accelerationEnd;
 }
 
-}  // namespace J4Bench
+}  // namespace J4Chart

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace Kestrelon::DeviceDriver::Generic::Cgats {
+namespace J4Chart {
 
 struct CgatsTable {
     struct Keyword {
@@ -37,4 +37,4 @@ struct CgatsTable {
     int FindField(const std::string& name) const;
 };
 
-}  // namespace Kestrelon::DeviceDriver::Generic::Cgats
+}  // namespace J4Chart

@@ -4,9 +4,9 @@
 #include <array>
 #include <cstddef>
 
-#include "Generic/Colour/CieTables.h"
+#include "chart/colour/CieTables.h"
 
-namespace Kestrelon::DeviceDriver::Generic {
+namespace J4Chart {
 
 inline constexpr int SpectrumLength = CieBands;
 inline constexpr int FirstWavelength = CieFirstWavelength;  ///< nm
@@ -15,4 +15,4 @@ inline constexpr int WavelengthStep = CieWavelengthStep;    ///< nm
 /// Reflectance factors, 1.0 is the perfect diffuser.
 using Spectrum = std::array<float, SpectrumLength>;
 
-}  // namespace Kestrelon::DeviceDriver::Generic
+}  // namespace J4Chart
