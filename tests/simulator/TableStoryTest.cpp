@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <regex>
 #include <sstream>
+#include <string>
 #include <tuple>
+#include <vector>
 
 #include "tests/simulator/TableLine.h"
 
