@@ -4,6 +4,7 @@
 #include "src/Communication/j4TableComManager.h"
 #include "tests/support/ScriptedClock.h"
 #include "tests/support/ScriptedUsb.h"
+#include "tests/unit/UnitTest.h"
 
 namespace J4Test {
 

@@ -1,15 +1,20 @@
-#include <gtest/gtest.h>
-
+// The trace through the library, the family of exceptions, and what an application gets of them.
+#include <functional>
 #include <new>
 #include <sstream>
 
 #include "Utilities/Exceptions/SDKError.h"
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
-#include "tests/support/Thrown.h"
+#include "tests/unit/UnitTest.h"
 
 using namespace Kestrelon::Utilities::Exceptions;
 using Kestrelon::DeviceDriver::J4T::SDKError;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
 
 namespace J4Test {
 
@@ -40,24 +45,17 @@ struct Stack {
 
 namespace {
 
-std::vector<std::string> Lines(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-/// What comes out of the stack when this goes in.
+/// What comes out of the stack when this goes in, with the lines of its trace.
 template <class E>
-std::string Traced(const E& exception, std::string& trace)
+std::string Traced(const E& exception, Strings* lines = nullptr)
 {
     try {
         Stack<E>::Outermost({exception});
     } catch (const TraceableException& caught) {
-        trace = caught.TraceText();
+        std::istringstream stream(caught.TraceText());
+        for (std::string line; lines != nullptr && std::getline(stream, line);) {
+            lines->push_back(line);
+        }
         return PlainName(typeid(caught)) + ": " + caught.what();
     }
     return std::string();
@@ -65,17 +63,13 @@ std::string Traced(const E& exception, std::string& trace)
 
 TEST(Trace, ThreeCallsDeepAreThreeLinesDeepestFirst)
 {
-    std::string trace;
-    EXPECT_EQ(Traced(FirmwareException("no"), trace), "FirmwareException: no");
-    const std::vector<std::string> lines = Lines(trace);
-    ASSERT_EQ(lines.size(), 3u) << trace;
-    const char* const methods[] = {"Deepest", "Middle", "Outermost"};
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        EXPECT_EQ(lines[i].rfind("\t::J4Test::Stack<", 0), 0u) << lines[i];
-        EXPECT_NE(lines[i].find(std::string(">::") + methods[i] + "(): "), std::string::npos) << lines[i];
-        EXPECT_NE(lines[i].find("ExceptionsTest.cpp:"), std::string::npos) << lines[i];
-        EXPECT_EQ(lines[i].find('/'), std::string::npos) << lines[i];
-    }
+    Strings lines;
+    EXPECT_EQ(Traced(FirmwareException("no"), &lines), "FirmwareException: no");
+    const auto line = [](const std::string& method) {
+        return AllOf(StartsWith("\t::J4Test::Stack<"), HasSubstr(">::" + method + "(): "),
+                     HasSubstr("ExceptionsTest.cpp:"), Not(HasSubstr("/")));
+    };
+    EXPECT_THAT(lines, ElementsAre(line("Deepest"), line("Middle"), line("Outermost")));
 }
 
 struct OwnError : std::runtime_error {
@@ -88,92 +82,75 @@ struct OwnRangeError : std::out_of_range {
 
 TEST(Trace, StandardExceptionsBecomeTheFamilysByTheirExactType)
 {
-    std::string trace;
-    EXPECT_EQ(Traced(std::runtime_error("t"), trace), "RuntimeException: t");
-    EXPECT_EQ(Traced(std::overflow_error("t"), trace), "OverflowException: t");
-    EXPECT_EQ(Traced(std::underflow_error("t"), trace), "UnderflowException: t");
-    EXPECT_EQ(Traced(std::range_error("t"), trace), "RangeException: t");
-    EXPECT_EQ(Traced(std::logic_error("t"), trace), "LogicException: t");
-    EXPECT_EQ(Traced(std::domain_error("t"), trace), "DomainException: t");
-    EXPECT_EQ(Traced(std::invalid_argument("t"), trace), "InvalidArgumentException: t");
-    EXPECT_EQ(Traced(std::length_error("t"), trace), "LengthException: t");
-    EXPECT_EQ(Traced(std::out_of_range("t"), trace), "OutOfRangeException: t");
-    EXPECT_EQ(Traced(std::bad_alloc(), trace), std::string("BadAllocException: ") + std::bad_alloc().what());
-    EXPECT_EQ(Traced(std::bad_typeid(), trace), std::string("BadTypeidException: ") + std::bad_typeid().what());
-    EXPECT_EQ(Traced(std::bad_cast(), trace), std::string("BadCastException: ") + std::bad_cast().what());
+    EXPECT_EQ(Traced(std::runtime_error("t")), "RuntimeException: t");
+    EXPECT_EQ(Traced(std::overflow_error("t")), "OverflowException: t");
+    EXPECT_EQ(Traced(std::underflow_error("t")), "UnderflowException: t");
+    EXPECT_EQ(Traced(std::range_error("t")), "RangeException: t");
+    EXPECT_EQ(Traced(std::logic_error("t")), "LogicException: t");
+    EXPECT_EQ(Traced(std::domain_error("t")), "DomainException: t");
+    EXPECT_EQ(Traced(std::invalid_argument("t")), "InvalidArgumentException: t");
+    EXPECT_EQ(Traced(std::length_error("t")), "LengthException: t");
+    EXPECT_EQ(Traced(std::out_of_range("t")), "OutOfRangeException: t");
+    EXPECT_EQ(Traced(std::bad_alloc()), std::string("BadAllocException: ") + std::bad_alloc().what());
+    EXPECT_EQ(Traced(std::bad_typeid()), std::string("BadTypeidException: ") + std::bad_typeid().what());
+    EXPECT_EQ(Traced(std::bad_cast()), std::string("BadCastException: ") + std::bad_cast().what());
     const std::string other = "RuntimeException: ";
-    EXPECT_EQ(Traced(OwnError("t"), trace), other + typeid(OwnError).name() + " t");
-    EXPECT_EQ(Traced(OwnRangeError("t"), trace), other + typeid(OwnRangeError).name() + " t");
-    EXPECT_EQ(Traced(42, trace), "RuntimeException: unkown exception caught");
-    EXPECT_EQ(Lines(trace).size(), 3u) << trace;
+    EXPECT_EQ(Traced(OwnError("t")), other + typeid(OwnError).name() + " t");
+    EXPECT_EQ(Traced(OwnRangeError("t")), other + typeid(OwnRangeError).name() + " t");
+    Strings lines;
+    EXPECT_EQ(Traced(42, &lines), "RuntimeException: unkown exception caught");
+    EXPECT_EQ(lines.size(), 3u);
 }
 
 TEST(Trace, PathsStartAtTheirLastSourceFolder)
 {
-    const struct {
-        const char* path;
-        const char* expected;
-    } cases[] = {
-        {"..\\..\\src\\j4TableSDK", "\\src\\j4TableSDK"},
-        {"./src/Flash/Data.cpp", "\\src\\Flash\\Data.cpp"},
-        {"c:\\src\\old\\src\\new.cpp", "\\src\\new.cpp"},
-        {"/src/", "\\src\\"},
-        {"a/src/", "\\src\\"},
-        {"src/x.cpp", "src\\x.cpp"},
-        {"x/srcs/y.cpp", "x\\srcs\\y.cpp"},
-        {"x/SRC/y.cpp", "x\\SRC\\y.cpp"},
-        {"src", "src"},
-        {"", ""},
-    };
-    for (const auto& test : cases) {
-        EXPECT_EQ(TraceEntry("", "N::C::M", test.path, 362), std::string("::N::C::M(): ") + test.expected + ":362");
+    for (const auto& [path, expected] :
+         std::vector<std::pair<std::string, std::string>>{{"..\\..\\src\\j4TableSDK", "\\src\\j4TableSDK"},
+                                                          {"./src/Flash/Data.cpp", "\\src\\Flash\\Data.cpp"},
+                                                          {"c:\\src\\old\\src\\new.cpp", "\\src\\new.cpp"},
+                                                          {"/src/", "\\src\\"},
+                                                          {"a/src/", "\\src\\"},
+                                                          {"src/x.cpp", "src\\x.cpp"},
+                                                          {"x/srcs/y.cpp", "x\\srcs\\y.cpp"},
+                                                          {"x/SRC/y.cpp", "x\\SRC\\y.cpp"},
+                                                          {"src", "src"},
+                                                          {"", ""}}) {
+        EXPECT_EQ(TraceEntry("", "N::C::M", path, 362), "::N::C::M(): " + expected + ":362");
     }
     EXPECT_EQ(TraceEntry("C", "M", "f", 1), "C::M(): f:1");
 }
 
 TEST(Trace, MethodNamesComeOutOfTheCompilersDescription)
 {
-    const struct {
-        const char* pretty;
-        const char* method;
-    } cases[] = {
-        {"int f()", "f"},
-        {"void N::C::M(const std::string&) const", "N::C::M"},
-        {"N::C::C(uint16_t)", "N::C::C"},
-        {"virtual N::C::~C()", "N::C::~C"},
-        {"static std::vector<unsigned char> N::C::M(std::map<int, long int>)", "N::C::M"},
-        {"const T& N::C<T>::M(void (*)(int)) [with T = std::pair<int, int>]", "N::C<T>::M"},
-        {"T* N::P<T>::operator->() const [with T = int]", "N::P<T>::operator->"},
-        {"T& N::P<T>::operator*() const [with T = int]", "N::P<T>::operator*"},
-        {"N::C& N::C::operator+=(const N::C&)", "N::C::operator+="},
-        {"std::string N::C::Text[abi:cxx11](int)", "N::C::Text"},
-    };
-    for (const auto& test : cases) {
-        EXPECT_EQ(TraceEntryHere(test.pretty, "f", 1), std::string("::") + test.method + "(): f:1") << test.pretty;
+    for (const auto& [pretty, method] : std::vector<std::pair<const char*, std::string>>{
+             {"int f()", "f"},
+             {"void N::C::M(const std::string&) const", "N::C::M"},
+             {"N::C::C(uint16_t)", "N::C::C"},
+             {"virtual N::C::~C()", "N::C::~C"},
+             {"static std::vector<unsigned char> N::C::M(std::map<int, long int>)", "N::C::M"},
+             {"const T& N::C<T>::M(void (*)(int)) [with T = std::pair<int, int>]", "N::C<T>::M"},
+             {"T* N::P<T>::operator->() const [with T = int]", "N::P<T>::operator->"},
+             {"T& N::P<T>::operator*() const [with T = int]", "N::P<T>::operator*"},
+             {"N::C& N::C::operator+=(const N::C&)", "N::C::operator+="},
+             {"std::string N::C::Text[abi:cxx11](int)", "N::C::Text"}}) {
+        EXPECT_EQ(TraceEntryHere(pretty, "f", 1), "::" + method + "(): f:1") << pretty;
     }
-}
-
-TEST(Trace, EmptyEntriesMakeNoLine)
-{
-    TableException exception("t", "");
-    EXPECT_EQ(exception.TraceText(), "");
-    exception.AddTrace("a");
-    exception.AddTrace("");
-    exception.AddTrace("b");
-    EXPECT_EQ(exception.TraceText(), "\ta\n\tb");
-    EXPECT_EQ(exception.FullText(), "t\n\ta\n\tb");
-    EXPECT_STREQ(exception.what(), "t");
 }
 
 TEST(Trace, WhatGivesTheTraceOnlyOnDemand)
 {
-    const TableException exception("t", "a");
+    TableException exception("t", "");
+    EXPECT_EQ(exception.TraceText(), "");
+    exception.AddTrace("a");
+    exception.AddTrace("");  // makes no line
+    exception.AddTrace("b");
+    EXPECT_EQ(exception.TraceText(), "\ta\n\tb");
+    EXPECT_EQ(exception.FullText(), "t\n\ta\n\tb");
+    EXPECT_STREQ(exception.what(), "t");
     TraceableException::traceInWhat = true;
-    const std::string full = exception.what();
-    const std::string alone = exception.text();
+    EXPECT_STREQ(exception.what(), "t\n\ta\n\tb");
+    EXPECT_EQ(exception.text(), std::string("t"));
     TraceableException::traceInWhat = false;
-    EXPECT_EQ(full, "t\n\ta");
-    EXPECT_EQ(alone, "t");
     EXPECT_STREQ(exception.what(), "t");
 }
 
@@ -186,9 +163,8 @@ TEST(SdkError, CarriesStatusTypeAndTrace)
     FirmwareException caught("locked", "a");
     caught.AddTrace("b");
     const SDKError error(9, static_cast<const RuntimeException&>(caught));
-    const SDKError copy(error);
     SDKError assigned;
-    assigned = copy;
+    assigned = SDKError(error);
     EXPECT_EQ(assigned.code, 9);
     EXPECT_STREQ(assigned.what(), "locked");
     EXPECT_EQ(assigned.GetExtendedInformation(),

@@ -1,18 +1,12 @@
-#include <gtest/gtest.h>
-
 #include <functional>
 #include <numeric>
 
-#include "tests/support/Thrown.h"
 #include "tests/unit/Channel.h"
 
 namespace J4Test {
 namespace {
 
 using namespace Kestrelon::DeviceDriver::J4T::Communication;
-using Bytes = std::vector<uint8_t>;
-using Sleeps = std::vector<uint32_t>;
-using Strings = std::vector<std::string>;
 
 /// A table that does whatever it is told, with an error character of the test's choice.
 struct Flash : Channel {
@@ -26,15 +20,6 @@ struct Flash : Channel {
     std::string data;
     Kestrelon::Utilities::Tools::SmartPointer<j4TableComFlash> flash = manager.GetFlash();
 };
-
-std::string Filled(std::size_t count, const char* digits)
-{
-    std::string text;
-    for (std::size_t i = 0; i < count; ++i) {
-        text += digits;
-    }
-    return text;
-}
 
 Bytes Counting(std::size_t count)
 {
@@ -76,8 +61,8 @@ TEST(FlashCommands, BordersAndWords)
         {[&] { flash.ReadMemory(result, 0, 257, 1); }, "Invalid number of bytes: 257"},
         {[&] { flash.ReadBigMemory(result, 0, 0, 1); }, "u8000000000000"},
         {[&] { flash.ReadBigMemory(result, 0, 0x1E000, 1); }, "Invalid end address: 122880"},
-        {[&] { flash.WriteToRam(Bytes(128, 0xFF), 0x1000, 1); }, "u910001" + Filled(128, "ff")},
-        {[&] { flash.WriteToRam(Bytes(256, 0x0A), 0, 1); }, "u900002" + Filled(256, "0a")},
+        {[&] { flash.WriteToRam(Bytes(128, 0xFF), 0x1000, 1); }, "u910001" + Repeated(128, "ff")},
+        {[&] { flash.WriteToRam(Bytes(256, 0x0A), 0, 1); }, "u900002" + Repeated(256, "0a")},
         {[&] { flash.WriteToRam(Bytes(127), 0x1001, 1); }, "Invalid start address: 4097"},
         {[&] { flash.WriteToRam(Bytes(255), 0, 1); }, "Invalid number of bytes."},
         {[&] { flash.WriteToRam(Bytes(), 0, 1); }, "Invalid number of bytes."},
@@ -195,7 +180,7 @@ TEST(FlashCommands, BigReadsGoInPieces)
 {
     Flash table;
     Bytes result{1, 2, 3};
-    table.usb.Expect("u8000020000100", {Reply("$u80" + Filled(256, "A5"))});
+    table.usb.Expect("u8000020000100", {Reply("$u80" + Repeated(256, "A5"))});
     table.usb.Expect("u8000021000001", {Reply("$u80"
                                               "5a")});
     table.flash->ReadBigMemory(result, 0x2000, 257, 1);
@@ -211,7 +196,7 @@ TEST(FlashCommands, BigReadsGoInPieces)
     EXPECT_EQ(Thrown([&] { table.flash->ReadMemory(result, 0x1DF01, 256, 1); }),
               "CommunicationTimeoutException: Read timeout.");
     // Beyond the first piece the address is out of the memory.
-    table.usb.Expect("u80001dfff0100", {Reply("$u80" + Filled(256, "00"))});
+    table.usb.Expect("u80001dfff0100", {Reply("$u80" + Repeated(256, "00"))});
     EXPECT_EQ(Thrown([&] { table.flash->ReadBigMemory(result, 0x1DFFF, 257, 1); }),
               "FirmwareException: Invalid start address: 123135");
 }
@@ -254,7 +239,7 @@ TEST(FlashCommands, TransfersAreTriedAgainAfterATenthOfASecond)
         EXPECT_EQ(ScriptedClock::sleeps, Sleeps(attempts - 1, 100));
     }
     Flash table;
-    table.usb.Expect("u900001" + Filled(128, "00"), {""});
+    table.usb.Expect("u900001" + Repeated(128, "00"), {""});
     table.flash->WriteToRam(Bytes(128), 0, 2);
     EXPECT_EQ(table.usb.requests.size(), 2u);
     EXPECT_EQ(ScriptedClock::sleeps, Sleeps{100});

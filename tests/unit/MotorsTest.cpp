@@ -1,15 +1,11 @@
-#include <gtest/gtest.h>
-
 #include <functional>
 
-#include "tests/support/Thrown.h"
 #include "tests/unit/Channel.h"
 
 namespace J4Test {
 namespace {
 
 using namespace Kestrelon::DeviceDriver::J4T::Communication;
-using Strings = std::vector<std::string>;
 
 struct Machine : Channel {
     Machine() { motors->SetLimits(-9000, 9000, -9000, 9000, 10, 400, 5000, 4000, 500, 300); }
