@@ -193,13 +193,13 @@ TEST_F(CallFrameTest, WithoutTheLibraryEachCallTriesAgainAndGivesItsDefault)
     EXPECT_THAT(Application::failures, IsEmpty()) << "no handler can be called";
     library.loadFailure.clear();
     EXPECT_EQ(J4_IsConnected(), 0) << "it has appeared";
-    EXPECT_EQ(GetOption("J4TJ4SDKPath"), "/fake/sorvane64.dll");
+    EXPECT_EQ(GetOption("J4TJ4SDKPath"), "/scripted/sorvane64.dll");
     EXPECT_EQ(J4_IsTableConnected(), 0);
 }
 
 TEST_F(CallFrameTest, ALibraryThatLacksAFunctionIsNoLibrary)
 {
-    for (const std::string& name : FakeLibrary::FunctionNames()) {
+    for (const std::string& name : Lines(library.resolved)) {
         library.missingFunction = name;
         EXPECT_EQ(J4_SetOption("Reset", "All"), 104) << name;
         EXPECT_EQ(J4_IsConnected(), 104) << name;

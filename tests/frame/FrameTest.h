@@ -17,25 +17,25 @@
 #include "simulator/world/Bench.h"
 #include "tests/support/Application.h"
 #include "tests/support/CallJournal.h"
-#include "tests/support/FakeLibrary.h"
+#include "tests/support/ScriptedLibrary.h"
 
 namespace J4Test {
 
 struct FrameTest : testing::Test {
-    FakeLibrary& library = FakeLibrary::Instance();
+    ScriptedLibrary& library = ScriptedLibrary::Instance();
 
     void SetUp() override
     {
         library.PowerOn();
         Application::StartOver();
         Bench().Reset();
-        Bench().SeatInstrument(0, FakeLibrary::serialNumber);
+        Bench().SeatInstrument(0, ScriptedLibrary::serialNumber);
         library.noticeMeasurement = [] {
-            if (J4Bench::Carriage* carriage = Bench().CarriageOf(FakeLibrary::serialNumber)) {
+            if (J4Bench::Carriage* carriage = Bench().CarriageOf(ScriptedLibrary::serialNumber)) {
                 carriage->NoteInstrumentCurrent();
             }
         };
-        library.record = [](const std::string& line) { Bench().GetJournal().Add(line); };
+        library.record = [](const std::string& line) { Bench().GetJournal().Add("library " + line); };
         Application::RegisterHandlers();
         J4_IsConnected();  // the library has its handlers
         Bench().GetJournal().Enable(true);

@@ -148,7 +148,7 @@ TEST_F(InstrumentLibraryTest, DeviceMessagesReachTheApplication)
 
     // Within a reset there is no facade; a message then finds nobody to tell and breaks nothing.
     library.script["J4_SetOption Reset All"] = [this] {
-        library.deviceMessageHandler(1, FakeLibrary::serialNumber);
+        library.deviceMessageHandler(1, ScriptedLibrary::serialNumber);
         return 0;
     };
     J4_RegisterDeviceMessageHandler(Application::OnDeviceMessage);
@@ -160,7 +160,7 @@ TEST_F(InstrumentLibraryTest, OnlyTheTablesInstrumentRebuildsTheTable)
 {
     Connect();
     for (const auto& [message, serial, rebuilt] : std::vector<std::tuple<int32_t, const char*, bool>>{
-             {1, "765432", false}, {2, FakeLibrary::serialNumber, false}, {1, FakeLibrary::serialNumber, true}}) {
+             {1, "765432", false}, {2, ScriptedLibrary::serialNumber, false}, {1, ScriptedLibrary::serialNumber, true}}) {
         library.deviceMessageHandler(message, serial);
         EXPECT_THAT(TakeJournal(), IsEmpty()) << "nothing is built inside the callback";
         EXPECT_EQ(J4_IsTableConnected(), 0);

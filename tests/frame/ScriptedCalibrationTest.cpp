@@ -71,7 +71,7 @@ TEST_F(ScriptedCalibrationTest, ANewInstrumentPassesAtAnyTime)
     // The library's serial number is also what the pairing compares with: a new pairing learns it.
     library.options["SerialNumber"] = "17";
     library.options["IntegrationTime"] = "0.5";
-    library.deviceMessageHandler(1, FakeLibrary::serialNumber);
+    library.deviceMessageHandler(1, ScriptedLibrary::serialNumber);
     EXPECT_EQ(J4_Calibrate(), 0);
     EXPECT_EQ(GetOption("J4TFlash_3002"), "17");
     EXPECT_EQ(GetOption("J4TFlash_3003"), "0.5");

@@ -84,7 +84,7 @@ TEST_F(ScriptedScanTest, AFailureAfterTheStartEmptiesTheStoreAndAwaitsTheArm)
 {
     struct Wrong {
         const char* name;
-        std::function<void(FakeLibrary&)> script;
+        std::function<void(ScriptedLibrary&)> script;
         int32_t status;
         const char* message;
         Lines before;  // between the start and the clean-up
@@ -92,24 +92,24 @@ TEST_F(ScriptedScanTest, AFailureAfterTheStartEmptiesTheStoreAndAwaitsTheArm)
     const Lines asked = {"get IntegrationTime"};
     for (const Wrong& wrong : std::vector<Wrong>{
              {"status",
-              [](FakeLibrary& library) { library.Answer("J4_TriggerCountedScan", 7); },
+              [](ScriptedLibrary& library) { library.Answer("J4_TriggerCountedScan", 7); },
               7,
               "library text",
               {"get IntegrationTime", "table a3", "private 5 30", "J4_TriggerCountedScan 30", "get LastError",
                "get ExtendedErrorInformation"}},
-             {"no time", [](FakeLibrary& library) { library.options["IntegrationTime"] = "0"; }, 9,
+             {"no time", [](ScriptedLibrary& library) { library.options["IntegrationTime"] = "0"; }, 9,
               "Integration time in j4 is 0.\n", asked},
-             {"text", [](FakeLibrary& library) { library.options["IntegrationTime"] = "abc"; }, 9,
+             {"text", [](ScriptedLibrary& library) { library.options["IntegrationTime"] = "abc"; }, 9,
               "lexical_cast(): fail to convert 'abc' from ", asked},
-             {"rest", [](FakeLibrary& library) { library.options["IntegrationTime"] = "0.005 s"; }, 9,
+             {"rest", [](ScriptedLibrary& library) { library.options["IntegrationTime"] = "0.005 s"; }, 9,
               "lexical_cast(): fail to convert '0.005 s' from ", asked},
              {"thrown",
-              [](FakeLibrary& library) { library.Throw("J4_Private 5 30", WhiteBaseException("positions")); },
+              [](ScriptedLibrary& library) { library.Throw("J4_Private 5 30", WhiteBaseException("positions")); },
               103,
               "positions",
               {"get IntegrationTime", "table a3", "private 5 30"}},
              {"handler",
-              [](FakeLibrary& library) { library.CallErrorHandler("J4_TriggerCountedScan", "Scan", 12, "lamp"); },
+              [](ScriptedLibrary& library) { library.CallErrorHandler("J4_TriggerCountedScan", "Scan", 12, "lamp"); },
               12,
               "Scan failed: lamp",
               {"get IntegrationTime", "table a3", "private 5 30", "J4_TriggerCountedScan 30",

@@ -1,56 +1,33 @@
 #include "tests/support/CallJournal.h"
 
 #include <algorithm>
+#include <regex>
 #include <sstream>
 
 namespace J4Test {
-
-namespace {
-
-std::string WithoutPrefix(const std::string& text, const std::string& prefix) { return text.substr(prefix.size()); }
-
-std::string LibraryLine(std::string call)
-{
-    std::string result;
-    if (const size_t equals = call.find(" ="); equals != std::string::npos) {
-        result = call.substr(equals);
-        call.resize(equals);
-    }
-    if (call.starts_with("J4_GetOption ")) {
-        return "get " + WithoutPrefix(call, "J4_GetOption ");
-    }
-    const bool hasStatus = !call.starts_with("J4_GetNumberOfAvailableSamples") && result != " = 0";
-    for (const auto& [from, to] : {std::pair<std::string, std::string>("J4_SetOption ", "set "),
-                                   std::pair<std::string, std::string>("J4_Private ", "private ")}) {
-        if (call.starts_with(from)) {
-            call = to + WithoutPrefix(call, from);
-        }
-    }
-    return hasStatus ? call + result : call;
-}
-
-std::string WireLine(const std::string& frame)
-{
-    const size_t checksumLength = 2;
-    const std::string content = frame.substr(1, frame.size() - 1 - checksumLength);
-    const bool isFlash = content.starts_with("u");
-    const std::string header = content.substr(0, 2);
-    return "table " + (isFlash || content.size() <= 2 ? header : header + " " + content.substr(2));
-}
-
-}  // namespace
 
 const Lines flashRead = {"table k2", "table u8", "table u8"};
 
 Lines ShortLines(const std::string& journal)
 {
+    // The first form that fits counts. A status of 0 and what a query gave are dropped; so are the checksum of a frame
+    // and the long data of the flash commands.
+    static const std::vector<std::pair<std::regex, const char*>> forms = {
+        {std::regex("library J4_GetOption (.*?)( =.*)?"), "get $1"},
+        {std::regex("library J4_SetOption (.*?)( = 0)?"), "set $1"},
+        {std::regex("library J4_Private (.*?)( = 0)?"), "private $1"},
+        {std::regex("library (J4_GetNumberOfAvailableSamples).*"), "$1"},
+        {std::regex("library (.*?)( = 0)?"), "$1"},
+        {std::regex("wire > .(u.).*|wire > .(..?).."), "table $1$2"},
+        {std::regex("wire > .(..)(.+).."), "table $1 $2"}};
     Lines lines;
     std::istringstream stream(journal);
     for (std::string line; std::getline(stream, line);) {
-        if (line.starts_with("library ")) {
-            lines.push_back(LibraryLine(WithoutPrefix(line, "library ")));
-        } else if (line.starts_with("wire > ")) {
-            lines.push_back(WireLine(WithoutPrefix(line, "wire > ")));
+        std::smatch match;
+        const auto form = std::find_if(forms.begin(), forms.end(),
+                                       [&](const auto& it) { return std::regex_match(line, match, it.first); });
+        if (form != forms.end()) {
+            lines.push_back(match.format(form->second));
         }
     }
     return lines;
@@ -77,15 +54,15 @@ Lines Joined(std::initializer_list<Lines> parts)
 
 Lines Preparation(const std::string& mode, const Lines& flashRead)
 {
-    const auto prepared = [](const char* name, const Lines& read) {
-        return Joined(
-            {{std::string("set MeasurementMode ") + name, "set NoPersistentCalibrationLog yes", "private 0 0"},
-             read,
-             {"get 1100", "private 0 1"}});
-    };
-    return Joined({{"get MeasurementMode", "get AvailableMeasurementModes"},
-                   prepared("SingleReflectance", flashRead),
-                   prepared("ScanningReflectance", {}),
+    const Lines removed = {"set NoPersistentCalibrationLog yes", "private 0 0"};
+    const Lines installed = {"get 1100", "private 0 1"};
+    return Joined({{"get MeasurementMode", "get AvailableMeasurementModes", "set MeasurementMode SingleReflectance"},
+                   removed,
+                   flashRead,
+                   installed,
+                   {"set MeasurementMode ScanningReflectance"},
+                   removed,
+                   installed,
                    {"set MeasurementMode " + mode}});
 }
 

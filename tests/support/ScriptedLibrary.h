@@ -1,5 +1,5 @@
-// A stand-in for the instrument maker's library whose every answer a test sets, with the loader that finds
-// it: it can be missing, lack a function, give any status or text, and fail in any way, at any call.
+// A library of C functions whose every answer a test sets: the instrument's, with the loader that finds it. It can
+// be missing, lack a function, give any status or text, and fail in any way, at any call.
 #pragma once
 
 #include <array>
@@ -14,21 +14,22 @@
 
 namespace J4Test {
 
-struct FakeLibrary {
+struct ScriptedLibrary {
     static constexpr const char* serialNumber = "7654321";
 
-    /// The names that a library has to have, in the order in which they are looked up.
-    static const std::vector<std::string>& FunctionNames();
+    static ScriptedLibrary& Instance();
 
-    static FakeLibrary& Instance();
+    /// The functions by name.
+    static const std::map<std::string, void*>& Functions();
 
     /// One instrument, "Sorvane0", connected and seated, that can do both reflectance modes; everything works.
     void PowerOn();
 
     // How loading goes.
-    std::string loadFailure;      ///< text of the failure; empty: it loads
-    std::string missingFunction;  ///< this name is not found
-    int loads = 0;                ///< attempts
+    std::string loadFailure;            ///< text of the failure; empty: it loads
+    std::string missingFunction;        ///< this name is not found
+    int loads = 0;                      ///< attempts
+    std::vector<std::string> resolved;  ///< the names that were asked for
 
     /// What a call does before anything else, by the call's text ("J4_SetOption Reset All") or else by its
     /// function's name: its value is the call's status; it may throw. No script: 0.
@@ -58,7 +59,7 @@ struct FakeLibrary {
     J4_ErrorHandler errorHandler = nullptr;
     J4_DeviceMessageHandler deviceMessageHandler = nullptr;
 
-    /// Is given one line for each call, in the words of the bench's journal.
+    /// Is given each call's text, before its script.
     std::function<void(const std::string&)> record;
 };
 
