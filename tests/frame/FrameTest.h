@@ -3,12 +3,9 @@
 // sides write to one journal.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <functional>
-#include <sstream>
+#include <map>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -21,7 +18,7 @@
 
 namespace J4Test {
 
-struct FrameTest : testing::Test {
+struct FrameTest : ApplicationTest {
     ScriptedLibrary& library = ScriptedLibrary::Instance();
 
     void SetUp() override
@@ -35,7 +32,7 @@ struct FrameTest : testing::Test {
                 carriage->NoteInstrumentCurrent();
             }
         };
-        library.record = [](const std::string& line) { Bench().GetJournal().Add("library " + line); };
+        library.record = [](const std::string& call) { Bench().GetJournal().Add("library " + call); };
         Application::RegisterHandlers();
         J4_IsConnected();  // the library has its handlers
         Bench().GetJournal().Enable(true);
@@ -56,15 +53,6 @@ struct FrameTest : testing::Test {
     {
         ASSERT_EQ(J4_IsTableConnected(), 0) << GetOption("LastError");
         TakeJournal();
-    }
-
-    /// The one failure that the application heard of, which is also what the call returned.
-    static void ExpectFailure(J4_Result result, const Failure& expected)
-    {
-        EXPECT_EQ(result, expected.status);
-        EXPECT_EQ(Application::failures, std::vector<Failure>{expected});
-        EXPECT_EQ(GetOption("LastError"), expected.message);
-        Application::failures.clear();
     }
 };
 

@@ -2,6 +2,9 @@
 // were told.
 #pragma once
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <ostream>
 #include <string>
 #include <vector>
@@ -64,5 +67,26 @@ inline std::ostream& operator<<(std::ostream& stream, const Failure& failure)
 {
     return stream << failure.function << " " << failure.status << " " << failure.message;
 }
+
+/// What tests of the exported functions expect of them.
+struct ApplicationTest : testing::Test {
+    /// The one failure that the application heard of, which is also what the call returned.
+    static void ExpectFailure(J4_Result result, const Failure& expected)
+    {
+        EXPECT_EQ(result, expected.status);
+        EXPECT_EQ(Application::failures, std::vector<Failure>{expected});
+        EXPECT_EQ(GetOption("LastError"), expected.message);
+        Application::failures.clear();
+    }
+
+    static void ExpectPosition(float x, float y, float tolerance = 0.0f)
+    {
+        float foundX = -1.0f;
+        float foundY = -1.0f;
+        EXPECT_EQ(J4_GetPosition(&foundX, &foundY), 0) << GetOption("LastError");
+        EXPECT_NEAR(foundX, x, tolerance);
+        EXPECT_NEAR(foundY, y, tolerance);
+    }
+};
 
 }  // namespace J4Test
