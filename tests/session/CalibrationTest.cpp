@@ -85,37 +85,29 @@ TEST_F(CalibrationTest, BothModesAreCalibratedAndCheckedInOrder)
     EXPECT_THAT(Application::failures, IsEmpty());
 }
 
-TEST_F(CalibrationTest, ChecksCanBeSwitchedOff)
+TEST_F(CalibrationTest, OtherModesInstrumentsAndSettingsAreCalibratedPlainly)
 {
-    Set("5040", "0");
-    Set("5042", "0");
+    for (const auto& [key, value, journal] : std::vector<std::tuple<const char*, const char*, Lines>>{
+             {"MeasurementMode", "SingleEmission",
+              Joined({{"get SerialNumber", "get MeasurementMode"},
+                      Preparation("SingleEmission"),
+                      {"get MeasurementMode", "J4_Calibrate", "set MeasurementMode SingleEmission"}})},
+             {"DeviceType", "Sorvane0", {"get SerialNumber", "J4_Calibrate"}}}) {
+        Set(key, value);
+        StartJournal();
+        EXPECT_EQ(J4_Calibrate(), 0);
+        EXPECT_THAT(TakeJournal(), ElementsAreArray(journal)) << value;
+    }
+    SetUp();
+    for (const char* switchedOff : {"5040", "5042"}) {
+        Set(switchedOff, "0");
+    }
     Set("Simulator.DirtyTile", "yes");
     Set("Simulator.InstrumentLoose", "yes");
     StartJournal();
     EXPECT_EQ(J4_Calibrate(), 0);
-    const Lines journal = TakeJournal();
-    EXPECT_THAT(LinesThatBegin(journal, {"table"}), IsEmpty()) << "no move, no write to the flash";
-    EXPECT_THAT(LinesThatBegin(journal, {"J4_Calibrate"}), SizeIs(2));
-}
-
-TEST_F(CalibrationTest, AnotherModeGetsOnePlainCalibration)
-{
-    Set("MeasurementMode", "SingleEmission");
-    StartJournal();
-    EXPECT_EQ(J4_Calibrate(), 0);
-    EXPECT_THAT(
-        TakeJournal(),
-        ElementsAreArray(Joined({{"get SerialNumber", "get MeasurementMode"},
-                                 Preparation("SingleEmission"),
-                                 {"get MeasurementMode", "J4_Calibrate", "set MeasurementMode SingleEmission"}})));
-}
-
-TEST_F(CalibrationTest, AnotherInstrumentIsCalibratedAlone)
-{
-    Set("DeviceType", "Sorvane0");
-    StartJournal();
-    EXPECT_EQ(J4_Calibrate(), 0);
-    EXPECT_THAT(TakeJournal(), ElementsAre("get SerialNumber", "J4_Calibrate"));
+    EXPECT_THAT(LinesThatBegin(TakeJournal(), {"table", "J4_Calibrate"}), ElementsAre("J4_Calibrate", "J4_Calibrate"))
+        << "no move, no write to the flash";
 }
 
 TEST_F(CalibrationTest, ALooseInstrumentIsFound)

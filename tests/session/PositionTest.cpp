@@ -107,22 +107,6 @@ TEST_F(PositionTest, IllegalTargetsAreRefusedBeforeAByteIsSent)
     EXPECT_THAT(Moves(), ElementsAre("table m0 0bb8fffffc0e012c")) << "a negative coordinate has eight digits";
 }
 
-struct Fault {
-    const char* key;
-    const char* value;
-    const char* healed;
-    int32_t status;
-    const char* text;
-};
-
-const Fault faults[] = {
-    {"Simulator.TableUnplugged", "yes", "no", J4_ResultDeviceNotConnected,
-     "Error in UsbIo function: \"WriteSync\" Error: Error code 0xE000100A: Device is removed."},
-    {"Simulator.TableSilent", "yes", "no", J4_ResultDeviceFault, "Read timeout."},
-    {"Simulator.TableBusy", "yes", "no", J4_ResultDeviceFault, "Device busy."},
-    {"Simulator.CorruptReplies", "1", "0", J4_ResultDeviceFault, "Checksum not valid."},
-};
-
 TEST_F(PositionTest, ATableThatFailsIsUsableAgain)
 {
     for (const Fault& fault : faults) {
@@ -160,6 +144,7 @@ TEST_F(PositionTest, ATableThatFailsAtTheStartIsUsableAgain)
         EXPECT_EQ(J4_IsTableConnected(), 0) << fault.key << ": " << GetOption("LastError");
         EXPECT_EQ(GetOption("J4TConnection"), "yes");
     }
+    Application::failures.clear();
     Set("Simulator.TableUnplugged", "yes");
     ExpectFailure(J4_IsTableConnected(), {"J4_IsTableConnected", J4_ResultDeviceNotConnected, "no error"});
     EXPECT_EQ(GetOption("J4TConnection"), "no");

@@ -2,9 +2,6 @@
 // second one, 240118, sits in the table, and an application that has just been started.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cmath>
 #include <functional>
@@ -22,7 +19,23 @@ namespace J4Test {
 
 using Spectrum = std::array<float, J4_SPECTRUM_LENGTH>;
 
-struct SessionTest : testing::Test {
+/// Faults of the table that end every call which talks to it.
+struct Fault {
+    const char* key;
+    const char* value;
+    const char* healed;
+    int32_t status;
+    const char* text;
+    const char* valueInScan = nullptr;  ///< where it differs
+};
+inline const Fault faults[] = {
+    {"Simulator.TableUnplugged", "yes", "no", J4_ResultDeviceNotConnected,
+     "Error in UsbIo function: \"WriteSync\" Error: Error code 0xE000100A: Device is removed."},
+    {"Simulator.TableSilent", "yes", "no", J4_ResultDeviceFault, "Read timeout."},
+    {"Simulator.TableBusy", "yes", "no", J4_ResultDeviceFault, "Device busy."},
+    {"Simulator.CorruptReplies", "1", "0", J4_ResultDeviceFault, "Checksum not valid.", "1000"}};
+
+struct SessionTest : ApplicationTest {
     static constexpr const char* seated = "240118";
 
     void SetUp() override
@@ -35,15 +48,6 @@ struct SessionTest : testing::Test {
     static void Set(const std::string& key, const std::string& value)
     {
         EXPECT_EQ(SetOption(key, value), 0) << key << " " << value << ": " << GetOption("LastError");
-    }
-
-    /// The last failure that the application heard of, which is also what the call returned.
-    static void ExpectFailure(J4_Result result, const Failure& expected)
-    {
-        EXPECT_EQ(result, expected.status);
-        ASSERT_FALSE(Application::failures.empty()) << expected;
-        EXPECT_EQ(Application::failures.back(), expected);
-        EXPECT_EQ(GetOption("LastError"), expected.message);
     }
 
     /// The table is there, homed, and both reflectance modes are calibrated.
@@ -85,15 +89,6 @@ struct SessionTest : testing::Test {
     {
         std::istringstream stream(GetOption(key));
         return {std::istream_iterator<float>(stream), {}};
-    }
-
-    static void ExpectPosition(float x, float y, float tolerance = 0.0f)
-    {
-        float foundX = -1.0f;
-        float foundY = -1.0f;
-        EXPECT_EQ(J4_GetPosition(&foundX, &foundY), 0) << GetOption("LastError");
-        EXPECT_NEAR(foundX, x, tolerance);
-        EXPECT_NEAR(foundY, y, tolerance);
     }
 };
 
