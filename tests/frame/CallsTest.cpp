@@ -294,7 +294,9 @@ TEST_F(CallsTest, TheLibrarysErrorHandlerThrowsThroughTheLibrary)
         TakeJournal();
         const J4_Result result = J4_TriggerMeasurement();
         EXPECT_THAT(TakeJournal(), ElementsAre("J4_TriggerMeasurement", "get ExtendedErrorInformation"));
-        EXPECT_THAT(GetOption("ExtendedErrorInformation"), AllOf(HasSubstr("third\nfourth"), Not(HasSubstr("second"))));
+        EXPECT_THAT(GetOption("ExtendedErrorInformation"),
+                    AllOf(HasSubstr("third\nfourth"), HasSubstr("J4T::ContextJ4T::libraryErrorHandler(): "),
+                          Not(HasSubstr("second"))));
         ExpectFailure(result, {"J4_TriggerMeasurement", 17, "J4_TriggerMeasurement failed: lamp is broken"});
     }
 }
