@@ -4,6 +4,7 @@
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
+#include "Utilities/Tools/StaticObject.h"
 
 namespace Kestrelon::DeviceDriver::J4T {
 
@@ -28,8 +29,7 @@ const std::array<const char*, j4Bridge::SlotCount> j4Bridge::functionNames = {
 
 SmartPointer<j4Bridge>& j4Bridge::StaticInstance()
 {
-    static SmartPointer<j4Bridge> instance;
-    return instance;
+    return Utilities::Tools::StaticObject<[] { return SmartPointer<j4Bridge>(); }>::Get();
 }
 
 SmartPointer<j4Bridge> j4Bridge::Instance()

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <string>
+#include <variant>
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
@@ -14,27 +17,23 @@ namespace {
 
 struct Default {
     uint16_t id;
-    Property value;
+    std::variant<int32_t, float> value;
 };
 
-const std::array<Default, 12>& Defaults()
-{
-    static const std::array<Default, 12> defaults = {{
-        {PropertyId::MoveSpeed, Property(300)},
-        {PropertyId::ScanSpeed, Property(160)},
-        {PropertyId::ScanDelay, Property(200)},
-        {PropertyId::IsVisorCoordinate, Property(0)},
-        {PropertyId::UserUnit, Property(0)},
-        {PropertyId::PlacementCheck, Property(1)},
-        {PropertyId::PlacementFactor, Property(1.15f)},
-        {PropertyId::DirtCheck, Property(1)},
-        {PropertyId::DirtCheckOffset, Property(-5)},
-        {PropertyId::DirtCheckLimit, Property(0.2f)},
-        {PropertyId::CheckRange, Property(1)},
-        {PropertyId::RecognitionAlgorithm, Property(2)},
-    }};
-    return defaults;
-}
+constexpr std::array<Default, 12> defaults = {{
+    {PropertyId::MoveSpeed, 300},
+    {PropertyId::ScanSpeed, 160},
+    {PropertyId::ScanDelay, 200},
+    {PropertyId::IsVisorCoordinate, 0},
+    {PropertyId::UserUnit, 0},
+    {PropertyId::PlacementCheck, 1},
+    {PropertyId::PlacementFactor, 1.15f},
+    {PropertyId::DirtCheck, 1},
+    {PropertyId::DirtCheckOffset, -5},
+    {PropertyId::DirtCheckLimit, 0.2f},
+    {PropertyId::CheckRange, 1},
+    {PropertyId::RecognitionAlgorithm, 2},
+}};
 
 }  // namespace
 
@@ -47,11 +46,11 @@ J4T_TRACE_FRAME
 Property j4TableProperties::GetDefaultProperty(uint16_t id) const
 try {
     const auto found =
-        std::find_if(Defaults().begin(), Defaults().end(), [id](const Default& entry) { return entry.id == id; });
-    if (found == Defaults().end()) {
+        std::find_if(defaults.begin(), defaults.end(), [id](const Default& entry) { return entry.id == id; });
+    if (found == defaults.end()) {
         throw ProperyDataException("Invalid property id " + std::to_string(id));
     }
-    return found->value;
+    return std::visit([](auto value) { return Property(value); }, found->value);
 }
 J4T_TRACE_FRAME
 
@@ -63,7 +62,7 @@ J4T_TRACE_FRAME
 
 void j4TableProperties::InitializeProperties()
 try {
-    for (const Default& entry : Defaults()) {
+    for (const Default& entry : defaults) {
         SetDefaultProperty(entry.id);
     }
 }

@@ -12,6 +12,7 @@
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "Utilities/Tools/LexicalCast.h"
+#include "Utilities/Tools/StaticObject.h"
 #include "Version.h"
 #include "src/OptionKeys.h"
 #include "src/j4Bridge.h"
@@ -23,6 +24,7 @@ using Utilities::Exceptions::ResourceException;
 using Utilities::Exceptions::ResourceNotAvailableException;
 using Utilities::Tools::lexical_cast;
 using Utilities::Tools::SmartPointer;
+using Utilities::Tools::StaticObject;
 
 namespace {
 
@@ -63,12 +65,17 @@ static_assert(sizeof(void*) != 8 ||
 /// A value 0 to 2 that the application can choose as its unit.
 bool IsUserUnit(int32_t value) { return value >= PositionUnitMillimetre && value <= PositionUnitInch; }
 
+/// Value of the option of this name; survives a reset.
+std::string& SerialPortLogFile()
+{
+    return StaticObject<[] { return std::string(); }>::Get();
+}
+
 }  // namespace
 
 std::list<j4TableSDK*>* j4TableSDK::liveObjects = nullptr;
 unsigned j4TableSDK::liveObjectUsers = 0;
 J4_DeviceMessageHandler j4TableSDK::deviceMessageHandler = nullptr;
-std::string j4TableSDK::serialPortLogFile;
 
 j4TableSDK::j4TableSDK()
 try {
@@ -240,7 +247,7 @@ J4T_TRACE_FRAME
 void j4TableSDK::PrivateTableRequest(int32_t operation, J4PrivateTableRequest& request)
 {
     static std::array<char, 512> errorText;
-    static std::string answer;
+    std::string& answer = StaticObject<[] { return std::string(); }>::Get();
     const auto fail = [&](const char* text) {
         request.failed = 1;
         std::strncpy(errorText.data(), text, errorText.size() - 1);
@@ -440,7 +447,7 @@ try {
         return YesNo(j4Table::useableWithoutJ4);
     }
     if (key == "J4TSerialPortLogFile") {
-        return serialPortLogFile;
+        return SerialPortLogFile();
     }
     if (key == "J4TJ4SDKPath") {
         return Library()->GetPath();
@@ -478,7 +485,7 @@ try {
     } else if (key == "J4TWriteToSerialLogFile") {
         Table()->GetComManager()->WriteToSerialLogFile(value);
     } else if (key == "J4TSerialPortLogFile") {
-        serialPortLogFile = IsYes(value) ? "FTDI" : IsNo(value) ? "" : value;
+        SerialPortLogFile() = IsYes(value) ? "FTDI" : IsNo(value) ? "" : value;
     } else if (key == "J4TDeviceType") {
         SetDeviceType(value);
     } else if (IsJ4TableBackdoorKey(key)) {

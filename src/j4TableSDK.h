@@ -96,7 +96,6 @@ private:
     static std::list<j4TableSDK*>* liveObjects;
     static unsigned liveObjectUsers;
     static J4_DeviceMessageHandler deviceMessageHandler;
-    static std::string serialPortLogFile;
 };
 
 /// Receives the device messages of the instrument's library, for all facades and the application.

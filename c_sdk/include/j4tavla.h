@@ -18,6 +18,10 @@
  *    "ExtendedErrorInformation" until the next call of any other kind.
  *  - Nothing is written through an output pointer by a call of this library that failed before it
  *    reached the instrument. What the instrument's own library wrote before it reported a failure stays.
+ *  - When this library is unloaded, or the process ends, it releases the table, but does not call the
+ *    instrument's library, which may be gone by then: the two handlers that it registered there stay. An
+ *    application that has loaded the instrument's library itself, so that it remains, registers handlers of
+ *    its own there (null ones will do) before it unloads this library.
  *
  * Option keys of the table, for ::J4_SetOption and ::J4_GetOption (keys are case sensitive; a key that
  * is not in this list goes on to the instrument's library unchanged, in both directions):
@@ -59,7 +63,7 @@
  * | "ExtendedErrorInformation"         | text   | r      | the same with the type of the error and the trace through the library |
  * | "Reset"                            | text   | w      | "All" or "J4TAll": release table and instrument and load the instrument's library anew. The error handler has to be registered again |
  * | "Please throw an exception in the j4tavla SDK" | - | r   | fails on purpose with status 9, to test an error path |
- * | "5000" to "5999"                   | any    | rw     | raw access to the table's numbered properties; lists are separated by blanks |
+ * | "5000" to "5999"                   | any    | rw     | raw access to the table's numbered properties; lists are separated by blanks. Digits that make 65536 or more are no key: status 9 |
  *
  * Boolean keys read "yes" or "no"; when written, "yes" and "1" mean yes and any other text means no, but for
  * "J4TEnableWhitebaseCorrection", as told there.
@@ -119,9 +123,15 @@ enum J4_ResultCode {
 
 /**
  * Receives every failure, on the caller's thread, before the failed function returns.
+ *
+ * It may call ::J4_GetOption for "LastError" and "ExtendedErrorInformation", which leaves the failure as it is.
+ * Every other function may be called too, but is a call like any other: its outcome replaces the stored failure,
+ * and with it the status that the failed function returns, and if it fails the handler is called again, inside
+ * itself. Only the option "Reset" must not be written with "All" or "J4TAll". All calls of ::J4_GetOption share one
+ * text: where it is ::J4_GetOption that failed, it returns what was read last in the handler.
  * @param functionName  name of the function that failed, for instance "J4_Scan"
- * @param status        the status that the function returns
- * @param message       what failed
+ * @param status        the status that the function returns, unless the handler calls others
+ * @param message       what failed; valid until the handler returns
  */
 typedef void (*J4_ErrorHandler)(const char* functionName, int32_t status, const char* message);
 

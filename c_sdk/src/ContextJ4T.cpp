@@ -4,6 +4,7 @@
 
 #include "Utilities/Exceptions/SDKError.h"
 #include "Utilities/Exceptions/TraceFrame.h"
+#include "Utilities/Tools/StaticObject.h"
 #include "Utilities/Tools/StringTools.h"
 #include "src/j4Bridge.h"
 
@@ -21,8 +22,7 @@ J4T_TRACE_FRAME
 
 SmartPointer<ContextJ4T>& ContextJ4T::StaticInstance()
 {
-    static SmartPointer<ContextJ4T> instance;
-    return instance;
+    return Utilities::Tools::StaticObject<[] { return SmartPointer<ContextJ4T>(); }>::Get();
 }
 
 const SmartPointer<ContextJ4T>& ContextJ4T::Instance()

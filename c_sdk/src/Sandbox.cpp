@@ -1,6 +1,12 @@
 #include "c_sdk/src/Sandbox.h"
 
+#include <exception>
+#include <string>
+#include <typeinfo>
+
+#include "Utilities/Exceptions/Exceptions.h"
 #include "Utilities/Exceptions/SDKError.h"
+#include "Utilities/Tools/StaticObject.h"
 
 namespace Kestrelon::DeviceDriver::J4T {
 
@@ -18,7 +24,7 @@ void Report(const char* name, int32_t code, const RuntimeException& caught) { Re
 void Sandbox::Enter(const char* name, const ExportParameters& parameters)
 {
     // Assigning from one kept object reuses the storage of the last error, so that a good call allocates nothing.
-    static const SDKError noError;
+    const SDKError& noError = Utilities::Tools::StaticObject<[] { return SDKError(); }>::Get();
     ContextJ4T::Instance()->sdk->lastError = noError;
     ContextJ4T::Instance()->name = name;
     ContextJ4T::Instance()->parameters = parameters;

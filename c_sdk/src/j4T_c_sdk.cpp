@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Utilities/Exceptions/SDKError.h"
+#include "Utilities/Tools/StaticObject.h"
 #include "c_sdk/include/j4tavla.h"
 #include "c_sdk/src/Sandbox.h"
 #include "src/Position.h"
@@ -18,6 +19,7 @@ using Kestrelon::DeviceDriver::J4T::PositionUnitMillimetre;
 using Kestrelon::DeviceDriver::J4T::Sandbox;
 using Kestrelon::DeviceDriver::J4T::SDKError;
 using Kestrelon::Utilities::Tools::SmartPointer;
+using Kestrelon::Utilities::Tools::StaticObject;
 
 namespace {
 
@@ -105,7 +107,7 @@ J4_Result J4_SetOption(const char* key, const char* value)
 
 const char* J4_GetOption(const char* key)
 {
-    static std::string answer;
+    std::string& answer = StaticObject<[] { return std::string(); }>::Get();
     answer.clear();
     SDKError errorBefore;
     try {
@@ -124,7 +126,7 @@ const char* J4_GetOption(const char* key)
             }
             answer = Sdk()->J4_GetOption(name);
         },
-        [](const J4LibraryException& exception) { answer = exception.what(); });
+        [&](const J4LibraryException& exception) { answer = exception.what(); });
     return answer.c_str();
 }
 

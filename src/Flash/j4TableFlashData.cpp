@@ -6,6 +6,7 @@
 #include "Generic/Utilities/EndianConversion.h"
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
+#include "Utilities/Tools/StaticObject.h"
 #include "src/SpectrumLength.h"
 
 namespace Kestrelon::DeviceDriver::J4T {
@@ -96,8 +97,7 @@ J4T_TRACE_FRAME
 
 const Properties& j4TableFlashData::GetDefaultProperties()
 try {
-    static const Properties defaults = MakeDefaults();
-    return defaults;
+    return Utilities::Tools::StaticObject<MakeDefaults>::Get();
 }
 J4T_TRACE_FRAME
 

@@ -100,6 +100,27 @@ TEST_F(CallsTest, AFailureStaysReadableUntilTheNextCall)
     EXPECT_EQ(GetOption("ExtendedErrorInformation"), "no error\n");
 }
 
+TEST_F(CallsTest, WhatAHandlerCallsDecidesWhatTheFailedCallReturns)
+{
+    static std::string read;
+    library.Throw("J4_IsConnected", DeviceErrorException(text));
+    J4_RegisterErrorHandler([](const char*, int32_t, const char*) { read = GetOption("LastError"); });
+    EXPECT_EQ(J4_IsConnected(), 1);
+    EXPECT_EQ(read, text);
+    EXPECT_EQ(GetOption("LastError"), text);
+    J4_RegisterErrorHandler([](const char*, int32_t, const char*) { J4_KeyPressed(); });
+    EXPECT_EQ(J4_IsConnected(), 0) << "the status of the call inside";
+    EXPECT_EQ(GetOption("LastError"), "no error");
+    J4_RegisterErrorHandler([](const char*, int32_t status, const char* message) {
+        if (status == 1) {
+            J4_GetSpectrum(nullptr, 0);
+        }
+        read = message;
+    });
+    EXPECT_EQ(J4_IsConnected(), 10);
+    EXPECT_EQ(read, text) << "the outer message is still there";
+}
+
 TEST_F(CallsTest, ArgumentsAreTestedBeforeAnythingIsCalled)
 {
     float value = 7.0f;

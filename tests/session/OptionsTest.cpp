@@ -111,6 +111,15 @@ std::vector<Option> Options()
         {"MeasurementMode", "SingleReflectance", {}, {{"Sideways", "MeasurementMode: 'Sideways' is not ", 6}}}};
 }
 
+TEST_F(OptionsTest, DigitsBeyondEveryPropertyNumberAreNoKey)
+{
+    StartJournal();
+    EXPECT_EQ(GetOption("65536"), "");
+    EXPECT_THAT(GetOption("LastError"), StartsWith("lexical_cast(): fail to convert '65536' from "));
+    EXPECT_EQ(SetOption("65536", "1"), J4_ResultException);
+    EXPECT_THAT(TakeJournal(), IsEmpty());
+}
+
 TEST_F(OptionsTest, EachKeyReadsWritesAndRefuses)
 {
     ASSERT_EQ(J4_IsTableConnected(), 0);

@@ -12,7 +12,7 @@ Lines ShortLines(const std::string& journal)
 {
     // The first form that fits counts. A status of 0 and what a query gave are dropped; so are the checksum of a frame
     // and the long data of the flash commands.
-    static const std::vector<std::pair<std::regex, const char*>> forms = {
+    static const auto& forms = *new std::vector<std::pair<std::regex, const char*>>{
         {std::regex("library J4_GetOption (.*?)( =.*)?"), "get $1"},
         {std::regex("library J4_SetOption (.*?)( = 0)?"), "set $1"},
         {std::regex("library J4_Private (.*?)( = 0)?"), "private $1"},

@@ -78,7 +78,8 @@ void* Address(Result (*function)(Arguments...))
 
 const std::map<std::string, void*>& ScriptedLibrary::Functions()
 {
-    static const std::map<std::string, void*> functions = {
+    // Never destroyed, like the library itself.
+    static const auto& functions = *new std::map<std::string, void*>{
         {"J4_IsConnected", Address(+[] {
              const int32_t status = Called("J4_IsConnected");
              const auto device = Script().devices.find(Script().options["DeviceType"]);
