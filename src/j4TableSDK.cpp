@@ -13,6 +13,8 @@
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "Utilities/Tools/LexicalCast.h"
 #include "Utilities/Tools/StaticObject.h"
+#include "Utilities/Tools/StringTools.h"
+#include "Utilities/Tools/WrappingArithmetic.h"
 #include "Version.h"
 #include "src/OptionKeys.h"
 #include "src/j4Bridge.h"
@@ -25,6 +27,8 @@ using Utilities::Exceptions::ResourceNotAvailableException;
 using Utilities::Tools::lexical_cast;
 using Utilities::Tools::SmartPointer;
 using Utilities::Tools::StaticObject;
+using Utilities::Tools::Text;
+using Utilities::Tools::TruncationFitsInt32;
 
 namespace {
 
@@ -368,6 +372,10 @@ try {
     }
     copy.SetUnit(static_cast<PositionUnit>(unit), 0.0);
     copy.ConvertTo(PositionUnitTenthMillimetre, 0.0);
+    // Whatever is cut to 32 bits later would be another place.
+    if (!TruncationFitsInt32(copy.x) || !TruncationFitsInt32(copy.y)) {
+        throw IllegalPositionException(Text("Invalid position (", copy.x, "/", copy.y, ")."));
+    }
     return copy;
 }
 J4T_TRACE_FRAME

@@ -29,4 +29,7 @@ constexpr int32_t TruncateToInt32(double value)
     return value > -limit && value < limit ? static_cast<int32_t>(static_cast<int64_t>(value)) : 0;
 }
 
+/// Whether the integer that a value truncates to exists and has 32 bits.
+constexpr bool TruncationFitsInt32(double value) { return value > -2147483649.0 && value < 2147483648.0; }
+
 }  // namespace Kestrelon::Utilities::Tools

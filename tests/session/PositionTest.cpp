@@ -92,7 +92,10 @@ TEST_F(PositionTest, IllegalTargetsAreRefusedBeforeAByteIsSent)
                                  {300.0f, -101.0f, "Invalid y range (-1010 != [-1000,8000])."},
                                  {20.0f, 20.0f, "Invalid position (200/200)."},
                                  {700.0f, 700.0f, "Invalid position (7000/7000)."},
-                                 {300.0f, 10.0f, "Invalid position (3000/100) tower side region."}}) {
+                                 {300.0f, 10.0f, "Invalid position (3000/100) tower side region."},
+                                 {std::nanf(""), 300.0f, "Invalid position (nan/3000)."},
+                                 {300.0f, HUGE_VALF, "Invalid position (3000/inf)."},
+                                 {214748368.0f, 300.0f, "Invalid position (2.14748e+09/3000)."}}) {
         TakeJournal();
         const J4_Result result = J4_SetPosition(target.x, target.y);
         EXPECT_THAT(TakeJournal(), IsEmpty()) << target.text;
@@ -101,6 +104,8 @@ TEST_F(PositionTest, IllegalTargetsAreRefusedBeforeAByteIsSent)
     }
     ExpectPosition(100.0f, 80.0f);
     Set("5050", "0");
+    EXPECT_EQ(J4_SetPosition(std::nanf(""), 300.0f), J4_ResultIllegalPosition);
+    EXPECT_EQ(J4_Scan(300.0f, 300.0f, 300.0f, -HUGE_VALF), J4_ResultIllegalPosition);
     TakeJournal();
     EXPECT_EQ(J4_SetPosition(300.0f, -101.0f), J4_ResultIllegalPosition) << "now the table itself refuses it";
     EXPECT_EQ(Application::failures.back().message, "Position out of range.");
