@@ -1,7 +1,7 @@
 #!/bin/sh
-# Tests what is shipped: that no library holds a build path, that the Windows DLL needs the system alone, that
-# each library shows exactly the 22 functions, on Windows with the ordinals 4 to 25, and
-# the instrument's stand-in exactly its sixteen.
+# Tests what is shipped: that no library holds a build path, that the Windows DLL needs the system alone and is marked
+# for safe loading, that each library shows exactly the 22 functions, on Windows with the ordinals 4 to 25, and the
+# instrument's stand-in exactly its sixteen.
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -44,8 +44,17 @@ for library in $(find out -name '*.so' -o -name '*.dll'); do
         exit 1
     fi
 done
-dlls=$(x86_64-w64-mingw32-objdump -p out/windows/j4tavla64.dll | sed -n 's/.*DLL Name: //p' | sort | tr '\n' ' ')
+x86_64-w64-mingw32-objdump -p out/windows/j4tavla64.dll >"$work/headers"
+dlls=$(sed -n 's/.*DLL Name: //p' "$work/headers" | sort | tr '\n' ' ')
 [ "$dlls" = "KERNEL32.dll msvcrt.dll " ] || { echo "j4tavla64.dll needs: $dlls" >&2; exit 1; }
+# Loaded anywhere, executing no data; and what tools that watch the import table can see of the traffic with the driver.
+for fact in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT CreateFileA CloseHandle DeviceIoControl ReadFile WriteFile \
+    GetOverlappedResult CancelIo CreateEventA WaitForMultipleObjects GetTickCount Sleep LoadLibraryA LoadLibraryExA \
+    GetProcAddress FreeLibrary GetModuleFileNameA; do
+    grep -qw "$fact" "$work/headers" || { echo "j4tavla64.dll lacks $fact" >&2; exit 1; }
+done
+grep -Eq '^Entry 5 .* 0*[1-9a-f][0-9a-f]* Base Relocation' "$work/headers" ||
+    { echo "j4tavla64.dll has no relocations" >&2; exit 1; }
 echo "j4tavla64.dll needs KERNEL32.dll and msvcrt.dll alone; no build path in any library"
 
 awk '/SlotCount> j4Bridge::functionNames/ { inList = 1 } inList && /"J4_/ { gsub(/[",]/, ""); print $1 } /^};/ { inList = 0 }' \

@@ -1,0 +1,167 @@
+// What only the kernel driver has, under whole calls and under the channel: its requests in their order, the steps of
+// the opening, devices that come and go in its lists, and byte counts that are too high.
+#include "tests/usb/UsbChannelTest.h"
+#include "tests/usb/windows/DriverStand.h"
+
+namespace J4Test {
+namespace {
+
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::StartsWith;
+
+struct DriverSessionTest : OverDriver<UsbSessionTest> {
+    static void ExpectNoConnection(const std::string& message)
+    {
+        ExpectFailure(J4_IsTableConnected(), {"J4_IsTableConnected", J4_ResultDeviceNotConnected, message});
+        EXPECT_THAT(Stand().Held(), testing::IsEmpty()) << message;
+    }
+};
+
+struct UsbWinTest : OverDriver<UsbChannelTest> {};
+
+const Lines opening = {
+    "1 open",
+    "1 8094206C out 12",
+    "1 80942028",
+    // configuration 0 with one interface, number 0, setting 0, transfers of up to 131072 bytes
+    "1 80942024 000001000000000000000200" + std::string(2 * 248, '0'),
+    "1 8094203C out 8",
+    "1 80942040 0001000000000000",
+    "2 open",
+    "2 8094206C out 12",
+    "2 80942078 02",
+    "3 open",
+    "3 8094206C out 12",
+    "3 80942078 81",
+    "2 80942080",
+    "3 80942080",
+};
+const Lines clearing(10, "in 131072");
+const Lines bridgeSetUp = {
+    "1 80942035 000000000200000000000000000000000000", "1 80942035 000000000200000000000000000001000000",
+    "1 80942035 000000000200000000000000000002000000", "1 80942035 000000000200000000000000000334000000",
+    "1 80942035 000000000200000000000000000408000000",
+};
+const Lines presence = {"1 80942006 0000000001000000 out 18", "1 80942006 0000000003030000 out 516"};
+const Lines closing = {"1 80942054", "3 80942084", "2 80942084", "3 close", "2 close", "1 close"};
+
+TEST_F(DriverSessionTest, OpensSetsUpAndClosesInOrder)
+{
+    EXPECT_EQ(J4_IsTableConnected(), 0) << GetOption("LastError");
+    const Lines start = Joined({opening, clearing, bridgeSetUp, {"out ;a034"}});
+    Lines lines = table->TakeRecord();
+    ASSERT_GT(lines.size(), start.size() + presence.size());
+    const auto traffic = lines.begin() + static_cast<ptrdiff_t>(start.size());
+    const auto end = lines.end() - static_cast<ptrdiff_t>(presence.size());
+    EXPECT_THAT(Lines(lines.begin(), traffic), ElementsAreArray(start));
+    EXPECT_THAT(Lines(traffic, end), Each(testing::AnyOf("in 131072", StartsWith("out ;"))));
+    EXPECT_THAT(Lines(end, lines.end()), ElementsAreArray(presence)) << "is the table there?";
+    Set("Reset", "All");
+    EXPECT_THAT(table->TakeRecord(), ElementsAreArray(Joined({leaving, closing})));
+}
+
+TEST_F(DriverSessionTest, AFailedStepOfTheOpeningIsNamed)
+{
+    constexpr uint32_t status = 0xE000101F;
+    const auto label = [](const char* name) {
+        return UsbWords::Failure(name, "Error code 0xE000101F: Invalid process.");
+    };
+    for (const auto& [code, skip, message] : std::vector<std::tuple<uint32_t, uint32_t, std::string>>{
+             {UsbIo::ControlGetDriverInfo, 0, notFound},
+             {UsbIo::ControlUnconfigureDevice, 0, label("UnconfigureDevice")},
+             {UsbIo::ControlSetConfiguration, 0, label("SetConfiguration")},
+             {UsbIo::ControlGetDeviceParameters, 0, label("GetDeviceParameters")},
+             {UsbIo::ControlSetDeviceParameters, 0, label("GetDeviceParameters")},
+             {UsbIo::ControlGetDriverInfo, 1, label("Bind(out)")},
+             {UsbIo::ControlBind, 0, label("Bind(out)")},
+             {UsbIo::ControlBind, 1, label("Bind(in)")},
+             {UsbIo::ControlResetPipe, 0, label("Reset(out)")},
+             {UsbIo::ControlResetPipe, 1, label("Reset(in)")},
+             {UsbIo::ControlClassOrVendorOutRequest, 4, label("ClassOrVendorOutRequest")}}) {
+        TheRelay().Inject(code, {status}, skip);
+        ExpectNoConnection(message);
+    }
+    table->TakeRecord();
+    TheRelay().Inject(DriverRead, {.isSilent = true}, 3);
+    ExpectNoConnection(UsbWords::Failure("ReadSync", Stand().Words().timedOut));
+    EXPECT_THAT(table->TakeRecord(), ElementsAreArray(Joined({opening, Lines(3, "in 131072"), {"cancel"}, closing})));
+    EXPECT_EQ(J4_IsTableConnected(), 0);
+}
+
+TEST_F(DriverSessionTest, ATableThatCannotBeOpenedIsNone)
+{
+    DriverStand& stand = DriverStand::Instance();
+    stand.Unlink(0);
+    stand.Announce(0);
+    ExpectNoConnection(notFound);
+    stand.Link(0);
+    // The table goes between the opening of its device and that of its pipes.
+    TheRelay().Inject(UsbIo::ControlSetConfiguration, [&stand] { stand.Unlink(0); });
+    ExpectNoConnection(
+        UsbWords::Failure("Bind(out)", "Error code 0xE0001100: Device not found or acquired for exclusive use."));
+    const size_t longer = 170;
+    stand.Link(0, longer);
+    // Another one comes: this one is meant.
+    std::shared_ptr<TableDevice> other;
+    TheRelay().Inject(UsbIo::ControlSetConfiguration, [&other] { other = Stand().Plug(1); });
+    EXPECT_EQ(J4_IsTableConnected(), 0) << GetOption("LastError");
+    EXPECT_THAT(other->TakeRecord(), testing::IsEmpty());
+}
+
+TEST_F(DriverSessionTest, CountsThatAreTooHighAreNoOverrun)
+{
+    float x = 0.0f;
+    EXPECT_EQ(J4_GetPosition(&x, &x), 0);
+    TheRelay().Inject(DriverRead, {.data = Bytes(131072, 1), .extra = 64});
+    EXPECT_EQ(J4_GetPosition(&x, &x), J4_ResultDeviceFault) << GetOption("LastError");
+    Set("J4TDeviceType", "J4TSorvaneTable1");
+    EXPECT_EQ(J4_GetPosition(&x, &x), 0) << "a table that is opened anew starts clean";
+    TheRelay().Inject(UsbIo::ControlGetDescriptor, {.data = StringDescriptor("777777"), .extra = 502}, 1);
+    EXPECT_EQ(GetOption("J4TSerialNumber"), "777777");
+}
+
+TEST_F(UsbWinTest, SerialNumbersAreCutToTheirRoom)
+{
+    usb->Open(0);
+    const auto sevens = [](size_t size) {
+        Bytes text = StringDescriptor(std::string(258, '7'));
+        text.resize(size);
+        return text;
+    };
+    for (const auto& [skip, descriptor, expected] :
+         std::vector<std::tuple<uint32_t, Bytes, std::string>>{{1, sevens(255), std::string(127, '7')},
+                                                               {1, sevens(516), std::string(127, '7')},
+                                                               {0, Bytes(18, 0), ""},  // the device names no text
+                                                               {0, {}, ""}}) {
+        TheRelay().Inject(UsbIo::ControlGetDescriptor, {.data = descriptor}, skip);
+        EXPECT_EQ(SerialNumber(), expected) << descriptor.size();
+    }
+    usb->Close();
+}
+
+TEST_F(UsbWinTest, PipeNumbersAreIgnoredAndAGoneDeviceCloses)
+{
+    Open();
+    EXPECT_EQ(Thrown([&] { usb->Open(0); }), notFound) << "it is open";
+    table->TakeRecord();
+    Bytes buffer(64);
+    unsigned long length = 64;
+    usb->Read(7, buffer.data(), &length);
+    EXPECT_EQ(length, 2u) << "the bridge has nothing but its status";
+    usb->Write(-1, "\r", 1);
+    for (const short pipe : {3, -1, 2, 1, 0}) {
+        usb->Abort(pipe);
+    }
+    EXPECT_THAT(table->TakeRecord(), ElementsAre("in 64", "out ", "2 80942084", "3 80942084", "1 80942054"));
+    table->Remove();
+    EXPECT_EQ(Thrown([&] { usb->Read(Usb::PipeIn, buffer.data(), &length); }), Text("ReadSync", Stand().Words().gone));
+    EXPECT_EQ(length, 0u);
+    usb->Close();
+    usb->Close();
+}
+
+}  // namespace
+}  // namespace J4Test

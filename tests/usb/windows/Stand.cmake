@@ -1,0 +1,45 @@
+# The USB kernel driver's stand-in under Wine. The test program has what a user's program has beside it: the library, as
+# it is shipped, and the instrument's library.
+
+set(usb_folder ${CMAKE_BINARY_DIR}/usb)
+set(driver_file ${usb_folder}/j4benchusb.sys)
+add_custom_command(OUTPUT ${driver_file}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${usb_folder}
+    COMMAND ${CMAKE_C_COMPILER} -std=c11 -O2 -Wall -Wextra -Werror -ffreestanding -fno-stack-protector
+        -I${PROJECT_SOURCE_DIR} -isystem /usr/share/mingw-w64/include/ddk
+        -nostdlib -nostartfiles -Wl,--subsystem,native -Wl,--entry,DriverEntry -Wl,--dynamicbase
+        ${CMAKE_CURRENT_SOURCE_DIR}/windows/driver/J4BenchUsb.c -lntoskrnl -lhal -o ${driver_file}
+    DEPENDS windows/driver/J4BenchUsb.c windows/driver/DriverWire.h
+    COMMENT "Building the stand-in of the USB kernel driver"
+    VERBATIM)
+
+j4_add_test_program(usb_tests
+    ${usb_sources}
+    windows/DriverSessionTest.cpp
+    windows/DriverStand.cpp
+    windows/ModuleTest.cpp
+    windows/ProcessTest.cpp
+    windows/Relay.cpp
+    windows/UsbIoTest.cpp)
+target_link_libraries(usb_tests PRIVATE version)
+
+add_executable(example_with_relay
+    ${PROJECT_SOURCE_DIR}/examples/scan_chart.c
+    ${PROJECT_SOURCE_DIR}/examples/chart_file.c
+    ${PROJECT_SOURCE_DIR}/examples/colour.c
+    TableDevice.cpp
+    windows/ExampleWithRelay.cpp
+    windows/Relay.cpp)
+target_compile_definitions(example_with_relay PRIVATE $<$<COMPILE_LANGUAGE:C>:main=ScanChartMain>)
+target_link_libraries(example_with_relay PRIVATE j4t_flags j4tavla64_real j4bench)
+add_executable(foreign windows/foreign.c)
+target_link_libraries(foreign PRIVATE j4t_flags)
+set_target_properties(usb_tests example_with_relay foreign PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${usb_folder})
+
+set(usb_targets j4tavla64_real sorvane64 j4bench)
+list(TRANSFORM usb_targets REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE usb_files)
+add_custom_target(usb_neighbours
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different ${usb_files} ${usb_folder}
+    DEPENDS ${driver_file} ${usb_targets} example_with_relay foreign
+    VERBATIM)
+add_dependencies(usb_tests usb_neighbours)
