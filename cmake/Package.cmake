@@ -94,6 +94,8 @@ endif()
 # The notices of what is compiled into the tool.
 install(FILES /usr/share/doc/libcli11-dev/copyright DESTINATION ${document_folder}/licenses COMPONENT sdk
     RENAME CLI11.txt)
+install(FILES /usr/share/doc/nlohmann-json3-dev/copyright DESTINATION ${document_folder}/licenses COMPONENT sdk
+    RENAME nlohmann-json.txt)
 install(FILES tools/report/vendor/LICENSE DESTINATION ${document_folder}/licenses COMPONENT sdk RENAME uPlot.txt)
 
 install(FILES README.md DESTINATION ${document_folder} COMPONENT sdk)

@@ -47,6 +47,7 @@ usr/share/doc/j4tavla64/docs/options.md
 usr/share/doc/j4tavla64/docs/protocol.md
 usr/share/doc/j4tavla64/docs/simulator.md
 usr/share/doc/j4tavla64/licenses/CLI11.txt
+usr/share/doc/j4tavla64/licenses/nlohmann-json.txt
 usr/share/doc/j4tavla64/licenses/uPlot.txt
 usr/share/man/man1/j4tavla.1.gz
 END
@@ -102,6 +103,7 @@ include/j4tavla.h
 lib/j4tavla64.lib
 lib/libj4tavla64.dll.a
 licenses/CLI11.txt
+licenses/nlohmann-json.txt
 licenses/uPlot.txt
 virtual/j4bench.dll
 virtual/j4tavla64.dll

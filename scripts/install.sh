@@ -3,7 +3,7 @@
 # usage: install.sh build|check
 set -eu
 
-build="g++ cmake ninja-build colord-data g++-mingw-w64-x86-64-posix llvm-14 pkg-config libusb-1.0-0-dev help2man libcli11-dev"
+build="g++ cmake ninja-build colord-data g++-mingw-w64-x86-64-posix llvm-14 pkg-config libusb-1.0-0-dev help2man libcli11-dev nlohmann-json3-dev"
 check="$build file dpkg-dev googletest liblcms2-dev libcolord-dev libbenchmark-dev wine wine64 umockdev libumockdev-dev doxygen python3 mono-mcs chromium"
 
 case "${1-}" in

@@ -2,27 +2,25 @@
 
 #include <algorithm>
 #include <cmath>
+#include <nlohmann/json.hpp>
 
-#include "tools/JsonObject.h"
+#include "tools/Json.h"
 #include "tools/Platform.h"
 
 namespace J4Tool {
 
 namespace {
 
-JsonObject StateObject(const char* event, const ScanState& state)
+/// Writes one line: the event, how far the scan is, and what else the event tells.
+void WriteLine(std::FILE* output, const char* event, const ScanState& state, const Json& more = Json::object())
 {
-    return JsonObject()
-        .Add("event", event)
-        .Add("rowsDone", state.rowsDone)
-        .Add("rows", state.rows)
-        .Add("patchesDone", state.patchesDone)
-        .Add("patches", state.patches);
-}
-
-void WriteLine(std::FILE* output, const JsonObject& object)
-{
-    std::fprintf(output, "%s\n", object.Text().c_str());
+    Json line = {{"event", event},
+                 {"rowsDone", state.rowsDone},
+                 {"rows", state.rows},
+                 {"patchesDone", state.patchesDone},
+                 {"patches", state.patches}};
+    line.update(more);
+    std::fprintf(output, "%s\n", JsonText(line).c_str());
     std::fflush(output);
 }
 
@@ -57,7 +55,7 @@ void Progress::Started(const ScanState& state)
     begin = std::chrono::steady_clock::now();
     rowsAtStart = state.rowsDone;
     if (asJson) {
-        WriteLine(output, StateObject("start", state));
+        WriteLine(output, "start", state);
     } else {
         Draw(state);
     }
@@ -66,9 +64,8 @@ void Progress::Started(const ScanState& state)
 void Progress::RowDone(const ScanState& state, size_t row)
 {
     if (asJson) {
-        WriteLine(output, StateObject("row", state)
-                              .Add("row", row + 1)
-                              .Add("secondsLeft", std::round(SecondsLeft(state) * 10.0) / 10.0));
+        WriteLine(output, "row", state,
+                  {{"row", row + 1}, {"secondsLeft", std::round(SecondsLeft(state) * 10.0) / 10.0}});
     } else {
         Draw(state);
     }
@@ -77,10 +74,8 @@ void Progress::RowDone(const ScanState& state, size_t row)
 void Progress::RowFailed(const ScanState& state, size_t row, int attempt, const std::string& reason, bool again)
 {
     if (asJson) {
-        WriteLine(output, StateObject(again ? "retry" : "rowFailed", state)
-                              .Add("row", row + 1)
-                              .Add("attempt", attempt)
-                              .Add("reason", reason));
+        WriteLine(output, again ? "retry" : "rowFailed", state,
+                  {{"row", row + 1}, {"attempt", attempt}, {"reason", reason}});
     } else {
         EndLine();
         std::fprintf(output, "Row %zu, attempt %d: %s%s\n", row + 1, attempt, reason.c_str(),
@@ -92,7 +87,7 @@ void Progress::RowFailed(const ScanState& state, size_t row, int attempt, const 
 void Progress::Ended(const ScanState& state, const std::string& result, const std::string& fileName)
 {
     if (asJson) {
-        WriteLine(output, StateObject("end", state).Add("result", result).Add("file", fileName));
+        WriteLine(output, "end", state, {{"result", result}, {"file", fileName}});
     } else {
         EndLine();
         std::fprintf(output, "%zu of %zu patches are measured%s%s\n", state.patchesDone, state.patches,

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "tools/ExitCode.h"
-#include "tools/JsonObject.h"
+#include "tools/Json.h"
 #include "tools/StatusTable.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
@@ -76,12 +77,12 @@ void AddSharedOptions(CLI::App& app, ToolContext& context)
 void Report(const ToolError& error, bool json)
 {
     if (json) {
-        JsonObject object;
-        object.Add("error", error.what()).Add("exitCode", static_cast<int>(error.code));
+        Json line = {{"error", error.what()}, {"exitCode", static_cast<int>(error.code)}};
         if (error.status != 0) {
-            object.Add("status", error.status).Add("statusName", FindStatus(error.status).name);
+            line.update({{"status", error.status}, {"statusName", FindStatus(error.status).name}});
         }
-        std::fprintf(stderr, "%s\n", object.Add("advice", error.advice).Text().c_str());
+        line["advice"] = error.advice;
+        std::fprintf(stderr, "%s\n", JsonText(line).c_str());
         return;
     }
     std::fprintf(stderr, "j4tavla: %s\n", error.what());

@@ -105,7 +105,7 @@ TEST_F(ToolProgram, TellsAboutTableAndPlaces)
         {"--virtual home", "x 100.0 mm, y 80.0 mm"},
         {"--virtual move 254 254 --unit mm", "x 254.0 mm, y 254.0 mm"},
         {"--virtual move 10 10 --unit inch", "x 10.000 inch, y 10.000 inch"},
-        {"--virtual position --json", "{\"x\":200,\"y\":200,\"unit\":\"mm\"}"},
+        {"--virtual position --json", "{\"x\":200.0,\"y\":200.0,\"unit\":\"mm\"}"},
         {"--virtual calibrate", "Instrument 240118 is calibrated."},
         {"--virtual get J4TScanSpeed", "160\n"},
         {"--virtual set J4TScanSpeed 120 --json", "{\"key\":\"J4TScanSpeed\",\"value\":\"120\"}"},

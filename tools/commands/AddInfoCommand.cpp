@@ -1,10 +1,11 @@
 #include <cstdio>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "chart/cgats/CgatsFields.h"
 #include "tools/DateText.h"
-#include "tools/JsonObject.h"
+#include "tools/Json.h"
 #include "tools/commands/Commands.h"
 
 namespace J4Tool {
@@ -65,8 +66,7 @@ void Run(ToolContext& context)
     Session& session = context.Open();
     session.Connect();
     const Units units = context.GetUnits();
-    JsonObject object;
-    object.Add("libraryPath", context.LibraryPath());
+    Json object = {{"libraryPath", context.LibraryPath()}};
     std::string text = "Library file                  " + context.LibraryPath() + "\n";
     for (const InfoLine& line : Lines) {
         const std::string value = session.GetOption(line.key);
@@ -74,24 +74,24 @@ void Run(ToolContext& context)
         switch (line.form) {
         case InfoLine::Form::Date:
             shown = DateText(value);
-            object.Add(line.name, shown);
+            object[line.name] = shown;
             break;
         case InfoLine::Form::List:
-            object.Add(line.name, Words(value));
+            object[line.name] = Words(value);
             break;
         case InfoLine::Form::Millimetres:
         case InfoLine::Form::Millimetre10ths:
             shown = units.Text(Millimetres(line, value));
-            object.Add(line.name, units.FromMillimetres(Millimetres(line, value)));
+            object[line.name] = units.FromMillimetres(Millimetres(line, value));
             break;
         default:
-            object.AddValue(line.name, value);
+            object[line.name] = JsonValue(value);
         }
         const std::string label = line.label;
         text += label + std::string(label.size() < 30 ? 30 - label.size() : 1, ' ') + shown + "\n";
     }
-    object.Add("unit", units.Name());
-    std::fputs(context.json ? (object.Text() + "\n").c_str() : text.c_str(), stdout);
+    object["unit"] = units.Name();
+    std::fputs(context.json ? (JsonText(object) + "\n").c_str() : text.c_str(), stdout);
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
 #include <cstdio>
 #include <memory>
+#include <nlohmann/json.hpp>
 
-#include "tools/JsonObject.h"
+#include "tools/Json.h"
 #include "tools/commands/Commands.h"
 
 namespace J4Tool {
@@ -13,7 +14,7 @@ void PrintPosition(ToolContext& context, Point place)
     const Units units = context.GetUnits();
     const Point shown = units.FromMillimetres(place);
     if (context.json) {
-        std::puts(JsonObject().Add("x", shown.x).Add("y", shown.y).Add("unit", units.Name()).Text().c_str());
+        std::puts(JsonText({{"x", shown.x}, {"y", shown.y}, {"unit", units.Name()}}).c_str());
     } else {
         std::printf("x %s, y %s\n", units.Text(place.x).c_str(), units.Text(place.y).c_str());
     }
@@ -68,8 +69,7 @@ void AddMotionCommands(CLI::App& app, ToolContext& context)
         const std::string serial = session.GetOption("J4TJ4SerialNumber");
         const std::string difference = session.TryOption("5045");
         if (context.json) {
-            std::puts(
-                JsonObject().Add("instrumentSerial", serial).AddValue("tileDifference", difference).Text().c_str());
+            std::puts(JsonText({{"instrumentSerial", serial}, {"tileDifference", JsonValue(difference)}}).c_str());
         } else {
             std::printf("Instrument %s is calibrated. Colour difference on the tile: %s\n", serial.c_str(),
                         difference.empty() ? "not checked" : difference.c_str());

@@ -1,7 +1,8 @@
 #include <cstdio>
 #include <memory>
+#include <nlohmann/json.hpp>
 
-#include "tools/JsonObject.h"
+#include "tools/Json.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
 
@@ -16,7 +17,7 @@ struct Arguments {
 
 void PrintValue(ToolContext& context, const std::string& key, const std::string& value)
 {
-    std::puts(context.json ? JsonObject().Add("key", key).Add("value", value).Text().c_str() : value.c_str());
+    std::puts(context.json ? JsonText({{"key", key}, {"value", value}}).c_str() : value.c_str());
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
 #include <cstdio>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "chart/colour/Colorimetry.h"
-#include "tools/JsonObject.h"
+#include "tools/Json.h"
 #include "tools/commands/Commands.h"
 
 namespace J4Tool {
@@ -20,14 +21,12 @@ void Run(ToolContext& context, Point place)
     const Colorimetry::Triple xyz = Colorimetry::TristimulusValues(spectrum);
     const Colorimetry::Triple lab = Colorimetry::LabOfTristimulus(xyz);
     if (context.json) {
-        std::puts(JsonObject()
-                      .Add("x", place.x)
-                      .Add("y", place.y)
-                      .Add("unit", context.GetUnits().Name())
-                      .AddNumbers("xyz", xyz)
-                      .AddNumbers("lab", lab)
-                      .AddNumbers("spectrum", spectrum)
-                      .Text()
+        std::puts(JsonText({{"x", place.x},
+                            {"y", place.y},
+                            {"unit", context.GetUnits().Name()},
+                            {"xyz", xyz},
+                            {"lab", lab},
+                            {"spectrum", JsonNumbers(spectrum)}})
                       .c_str());
         return;
     }

@@ -1,10 +1,11 @@
 #include <cstdio>
 #include <ctime>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "chart/colour/Spectrum.h"
 #include "tools/DateText.h"
-#include "tools/JsonObject.h"
+#include "tools/Json.h"
 #include "tools/Question.h"
 #include "tools/ToolError.h"
 #include "tools/WhiteBaseFile.h"
@@ -23,7 +24,7 @@ struct Arguments {
 void Show(ToolContext& context, const Session::Spectrum& whiteBase, const std::string& date)
 {
     if (context.json) {
-        std::puts(JsonObject().Add("whiteBaseDate", date).AddNumbers("whiteBase", whiteBase).Text().c_str());
+        std::puts(JsonText({{"whiteBaseDate", date}, {"whiteBase", JsonNumbers(whiteBase)}}).c_str());
         return;
     }
     std::printf("White base written %s\n", date.c_str());

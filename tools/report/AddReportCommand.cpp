@@ -1,11 +1,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "chart/cgats/CgatsFile.h"
 #include "tools/AtomicFile.h"
-#include "tools/JsonObject.h"
+#include "tools/Json.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
 #include "tools/report/ReportPage.h"
@@ -35,16 +36,14 @@ ReportData::Source ReadSource(const std::string& fileName)
 void PrintSummary(const ReportData& data, const Arguments& arguments, bool json)
 {
     if (json) {
-        JsonObject line;
-        line.Add("report", arguments.output).Add("patches", data.Patches().size());
+        Json line = {{"report", arguments.output}, {"patches", data.Patches().size()}};
         for (const ReportData::Formula& formula : data.Formulas()) {
-            line.Add(formula.name, JsonObject()
-                                       .Add("patches", formula.summary.Count())
-                                       .Add("mean", formula.summary.Mean())
-                                       .Add("percentile95", formula.summary.Percentile95())
-                                       .Add("maximum", formula.summary.Maximum()));
+            line[formula.name] = {{"patches", formula.summary.Count()},
+                                  {"mean", formula.summary.Mean()},
+                                  {"percentile95", formula.summary.Percentile95()},
+                                  {"maximum", formula.summary.Maximum()}};
         }
-        std::puts(line.Text().c_str());
+        std::puts(JsonText(line).c_str());
         return;
     }
     for (const ReportData::Formula& formula : data.Formulas()) {

@@ -4,12 +4,13 @@
 #include <array>
 #include <cmath>
 #include <initializer_list>
+#include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "Version.h"
-#include "tools/JsonObject.h"
+#include "tools/Json.h"
 #include "tools/report/ReportFiles.h"
 
 namespace J4Tool {
@@ -55,10 +56,9 @@ std::vector<double> Rounded(const Numbers& numbers, int decimals)
 }
 
 template <class List, class Make>
-std::vector<JsonObject> Objects(const List& list, Make make)
+Json Objects(const List& list, Make make)
 {
-    std::vector<JsonObject> objects;
-    objects.reserve(std::size(list));
+    Json objects = Json::array();
     for (const auto& item : list) {
         objects.push_back(make(item));
     }
@@ -67,85 +67,75 @@ std::vector<JsonObject> Objects(const List& list, Make make)
 
 // The script takes a member that is not there as something that is not known.
 
-JsonObject SideObject(const ReportData::Side& side)
+Json SideObject(const ReportData::Side& side)
 {
-    JsonObject object;
-    object.AddNumbers("lab", Rounded(side.lab, 3))
-        .Add("colour", side.colour.code)
-        .Add("inGamut", side.colour.inGamut ? 1 : 0);
+    Json object = {{"lab", Rounded(side.lab, 3)}, {"colour", side.colour.code}, {"inGamut", side.colour.inGamut}};
     if (side.spectrum) {
-        object.AddNumbers("spectrum", Rounded(*side.spectrum, 4));
+        object["spectrum"] = Rounded(*side.spectrum, 4);
     }
     return object;
 }
 
-JsonObject PatchObject(const ReportData::Patch& patch)
+Json PatchObject(const ReportData::Patch& patch)
 {
     const ColourTable::Place& place = patch.place;
-    JsonObject object;
-    object.Add("name", patch.name)
-        .AddNumbers("place", Rounded(std::array{place.x, place.y, place.width, place.height}, 3))
-        .Add("measured", SideObject(patch.measured));
+    Json object = {{"name", patch.name},
+                   {"place", Rounded(std::array{place.x, place.y, place.width, place.height}, 3)},
+                   {"measured", SideObject(patch.measured)}};
     if (patch.reference) {
-        object.Add("reference", SideObject(*patch.reference)).AddNumbers("differences", Rounded(patch.differences, 4));
+        object["reference"] = SideObject(*patch.reference);
+        object["differences"] = Rounded(patch.differences, 4);
     }
     return object;
 }
 
-JsonObject FormulaObject(const ReportData::Formula& formula)
+Json FormulaObject(const ReportData::Formula& formula)
 {
     const DifferenceSummary& summary = formula.summary;
-    return JsonObject()
-        .Add("name", formula.name)
-        .Add("count", summary.Count())
-        .Add("mean", Rounded(summary.Mean(), 4))
-        .Add("percentile95", Rounded(summary.Percentile95(), 4))
-        .Add("maximum", Rounded(summary.Maximum(), 4))
-        .Add("binWidth", Rounded(summary.BinWidth(), 6))
-        .AddNumbers("bins", Rounded(summary.Bins(), 0))
-        .AddNumbers("worst", Rounded(summary.Worst(), 0));
+    return {{"name", formula.name},
+            {"count", summary.Count()},
+            {"mean", Rounded(summary.Mean(), 4)},
+            {"percentile95", Rounded(summary.Percentile95(), 4)},
+            {"maximum", Rounded(summary.Maximum(), 4)},
+            {"binWidth", Rounded(summary.BinWidth(), 6)},
+            {"bins", summary.Bins()},
+            {"worst", summary.Worst()}};
 }
 
-JsonObject RowObject(const RowTravel& row)
+Json RowObject(const RowTravel& row)
 {
-    return JsonObject()
-        .Add("name", row.Name())
-        .Add("distance", Rounded(row.Distance(), 3))
-        .Add("rampEnd", Rounded(row.RampEnd(), 6))
-        .Add("duration", Rounded(row.Duration(), 6))
-        .Add("step", Rounded(row.Step(), 9))
-        .Add("marks", row.HasSamples() ? 1 : 0)
-        .AddNumbers("positions", Rounded(row.Positions(), 2))
-        .Add("fields", Objects(row.Fields(),
-                               [](const RowTravel::Field& field) {
-                                   return JsonObject()
-                                       .Add("patch", field.patch)
-                                       .Add("from", Rounded(field.from, 2))
-                                       .Add("to", Rounded(field.to, 2));
-                               }))
-        .Add("notes", row.Notes());
+    return {
+        {"name", row.Name()},
+        {"distance", Rounded(row.Distance(), 3)},
+        {"rampEnd", Rounded(row.RampEnd(), 6)},
+        {"duration", Rounded(row.Duration(), 6)},
+        {"step", Rounded(row.Step(), 9)},
+        {"marks", row.HasSamples()},
+        {"positions", Rounded(row.Positions(), 2)},
+        {"fields",
+         Objects(row.Fields(),
+                 [](const RowTravel::Field& field) -> Json {
+                     return {{"patch", field.patch}, {"from", Rounded(field.from, 2)}, {"to", Rounded(field.to, 2)}};
+                 })},
+        {"notes", row.Notes()}};
 }
 
 /// The data of the page. It may stand in a script element: no "<" is left in it, which JSON has in texts only.
 std::string DataText(const ReportData& data)
 {
-    const std::string text =
-        JsonObject()
-            .Add("program", programName)
-            .Add("measured", data.MeasuredName())
-            .Add("reference", data.ReferenceName())
-            .Add("placed", data.IsPlaced() ? 1 : 0)
-            .Add("notices", data.Notices())
-            .Add("conditions",
-                 Objects(data.Conditions(),
-                         [](const auto& condition) {
-                             return JsonObject().Add("name", condition.first).Add("value", condition.second);
-                         }))
-            .Add("formulas", Objects(data.Formulas(), FormulaObject))
-            .Add("patches", Objects(data.Patches(), PatchObject))
-            .Add("rows", Objects(data.Rows(), RowObject))
-            .Text();
-    return Replaced(text, {{'<', "\\u003c"}});
+    const Json object = {{"program", programName},
+                         {"measured", data.MeasuredName()},
+                         {"reference", data.ReferenceName()},
+                         {"placed", data.IsPlaced()},
+                         {"notices", data.Notices()},
+                         {"conditions", Objects(data.Conditions(),
+                                                [](const auto& condition) -> Json {
+                                                    return {{"name", condition.first}, {"value", condition.second}};
+                                                })},
+                         {"formulas", Objects(data.Formulas(), FormulaObject)},
+                         {"patches", Objects(data.Patches(), PatchObject)},
+                         {"rows", Objects(data.Rows(), RowObject)}};
+    return Replaced(JsonText(object), {{'<', "\\u003c"}});
 }
 
 }  // namespace
