@@ -67,6 +67,7 @@
                 byId('worst-table').querySelector('tbody button').textContent);
             radios[2].click();
             see('off', byId('chart').className);
+            radios[0].click();
         }
         if (shown('travel-section')) {
             see('rows to choose', byId('row').options.length);
@@ -84,6 +85,7 @@
             see('travel table', rows('travel-table') > 0 ? 'filled' : 'empty');
             const list = document.createElement('pre');
             list.id = 'probe';
+            list.hidden = true;
             list.textContent = '\n' + lines.join('\n') + '\n';
             document.body.append(list);
         }, 100);
