@@ -2,8 +2,8 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
+#include <system_error>
 
 #include "tools/Platform.h"
 #include "tools/ToolError.h"
@@ -12,43 +12,80 @@ namespace J4Tool {
 
 namespace {
 
-std::string TemporaryName(const std::string& fileName) { return fileName + ".tmp"; }
+std::error_code LastError() { return {errno, std::generic_category()}; }
 
-[[noreturn]] void Fail(const std::string& fileName)
+[[noreturn]] void Fail(const std::string& fileName, const std::error_code& reason)
 {
-    const std::string reason = std::strerror(errno);
-    std::error_code ignored;
-    std::filesystem::remove(TemporaryName(fileName), ignored);
-    throw ToolError(ExitCode::File, "writing '" + fileName + "' failed: " + reason,
+    throw ToolError(ExitCode::File, "writing '" + fileName + "' failed: " + reason.message(),
                     "Check that the folder exists, may be written to, and has room.");
 }
+
+/// A file beside another one, under a name that no file had; goes at the end unless it has taken the other's place.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const std::string& fileName) : target(fileName)
+    {
+        for (int number = 1; file == nullptr; ++number) {
+            name = fileName + "." + std::to_string(number) + ".tmp";
+            file = Platform::CreateNew(name);
+            if (file == nullptr && errno != EEXIST) {
+                Fail(fileName, LastError());
+            }
+        }
+    }
+
+    ~TemporaryFile()
+    {
+        Close();
+        if (!name.empty()) {
+            std::error_code ignored;
+            std::filesystem::remove(name, ignored);
+        }
+    }
+
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    void Write(const std::string& content)
+    {
+        if (std::fwrite(content.data(), 1, content.size(), file) != content.size() || !Platform::WriteThrough(file)) {
+            Fail(target, LastError());
+        }
+    }
+
+    void TakePlace()
+    {
+        if (!Close()) {
+            Fail(target, LastError());
+        }
+        if (const std::error_code error = Platform::MoveOver(name, target)) {
+            Fail(target, error);
+        }
+        name.clear();
+    }
+
+private:
+    bool Close()
+    {
+        std::FILE* const open = file;
+        file = nullptr;
+        return open == nullptr || std::fclose(open) == 0;
+    }
+
+    const std::string target;
+    std::string name;
+    std::FILE* file = nullptr;
+};
 
 }  // namespace
 
 void WriteAtomically(const std::string& fileName, const std::string& content)
 {
-    const std::string temporary = TemporaryName(fileName);
-    std::FILE* file = std::fopen(temporary.c_str(), "wb");
-    bool good = file != nullptr;
-    if (good) {
-        good = std::fwrite(content.data(), 1, content.size(), file) == content.size() && Platform::WriteThrough(file);
-        good = std::fclose(file) == 0 && good;
-        good = good && Platform::MoveOver(temporary, fileName);
-    }
-    if (!good) {
-        Fail(fileName);
-    }
+    TemporaryFile file(fileName);
+    file.Write(content);
+    file.TakePlace();
 }
 
-void RequireWritable(const std::string& fileName)
-{
-    std::FILE* file = std::fopen(TemporaryName(fileName).c_str(), "wb");
-    if (file == nullptr) {
-        Fail(fileName);
-    }
-    std::fclose(file);
-    std::error_code ignored;
-    std::filesystem::remove(TemporaryName(fileName), ignored);
-}
+void RequireWritable(const std::string& fileName) { const TemporaryFile file(fileName); }
 
 }  // namespace J4Tool

@@ -14,6 +14,8 @@ namespace {
 
 constexpr const char* LibraryName = "j4tavla64";
 constexpr const char* BenchName = "j4bench";  // lies beside the virtual variant only
+constexpr const char* InstrumentName = "sorvane64";
+constexpr int32_t AnyLocation = 0;
 
 bool Exists(const path& file)
 {
@@ -40,8 +42,7 @@ LibraryLoader Load(bool isVirtual, const path& wanted)
         if (found->has_parent_path()) {
             Platform::AddLibraryFolder(std::filesystem::absolute(*found).parent_path());
         }
-        constexpr int32_t anyLocation = 0;
-        return LibraryLoader(found->string(), anyLocation);
+        return LibraryLoader(found->string(), AnyLocation);
     } catch (const std::exception& error) {
         throw ToolError(ExitCode::Library, error.what(),
                         "Install the library, name the file with --library PATH, or work on the virtual table with "
@@ -79,10 +80,16 @@ void Library::Resolve(Function& function, const char* name)
 
 Library::Library(bool isVirtual, const path& wanted) : loader(Load(isVirtual, wanted))
 {
+    const bool foundVirtual = IsVirtualVariant(Path());
     // Who asks for a table must not get a simulation because the system found that first.
-    if (!isVirtual && wanted.empty() && IsVirtualVariant(Path())) {
+    if (!isVirtual && wanted.empty() && foundVirtual) {
         throw ToolError(ExitCode::Library, "only the virtual variant of the library was found: " + Path(),
                         "Install the library for real tables, or say --virtual.");
+    }
+    // The virtual table needs the instrument of its own bench, not one that the system finds first.
+    const path instrument = path(Path()).replace_filename(Platform::LibraryFileName(InstrumentName));
+    if (foundVirtual && Exists(instrument)) {
+        virtualInstrument.emplace(instrument.string(), AnyLocation);
     }
     Resolve(functions.Calibrate, "J4_Calibrate");
     Resolve(functions.TriggerMeasurement, "J4_TriggerMeasurement");

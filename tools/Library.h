@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,7 @@ private:
     template <class Function>
     void Resolve(Function& function, const char* name);
 
+    std::optional<Kestrelon::Utilities::Tools::LibraryLoader> virtualInstrument;  // goes after the library
     Kestrelon::Utilities::Tools::LibraryLoader loader;
     TableFunctions functions;
 };

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace J4Tool::Platform {
 
@@ -23,10 +24,14 @@ bool IsTerminal(std::FILE* stream);
 /// Characters in a line of the terminal; 80 where nobody knows.
 int TerminalWidth();
 
-/// Returns when everything written to the stream is on the disk. @return false when that failed
+/// Opens a file for writing that must not exist yet. @return null with errno when that failed
+std::FILE* CreateNew(const std::filesystem::path& file);
+
+/// Returns when everything written to the stream is on the disk. @return false with errno when that failed
 bool WriteThrough(std::FILE* stream);
 
-/// Puts a file in the place of another, which may exist; readers see the one or the other. @return success
-bool MoveOver(const std::filesystem::path& from, const std::filesystem::path& to);
+/// Puts a file in the place of another, which may exist; readers see the one or the other. @return the system's
+/// reason when that failed
+std::error_code MoveOver(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace J4Tool::Platform

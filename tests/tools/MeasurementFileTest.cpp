@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 #include "tests/tools/LayoutText.h"
 #include "tools/AtomicFile.h"
 #include "tools/ToolError.h"
@@ -62,20 +60,6 @@ TEST(MeasurementFile, PartialFilesOfOthersAreRefused)
     WriteAtomically("measurement_file_test.partial", text.substr(0, text.size() / 2));
     EXPECT_THAT(reason(layout, Conditions), testing::HasSubstr("line "));
     std::remove("measurement_file_test.partial");
-}
-
-TEST(AtomicFile, AFailureLeavesTheOldFileAndNothingElse)
-{
-    WriteAtomically("atomic_file_test.txt", "old");
-    WriteAtomically("atomic_file_test.txt", "new");
-    std::ifstream input("atomic_file_test.txt");
-    std::string content;
-    input >> content;
-    EXPECT_EQ(content, "new");
-    EXPECT_FALSE(std::ifstream("atomic_file_test.txt.tmp"));
-    EXPECT_THROW(WriteAtomically("no such folder/file.txt", "text"), ToolError);
-    input.close();
-    std::remove("atomic_file_test.txt");
 }
 
 TEST(WhiteBaseFile, WhiteBasesReadBackAndBrokenOnesAreRefused)

@@ -3,8 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <new>
+
 #include "tests/tools/LayoutText.h"
 #include "tests/tools/ScriptedTable.h"
+#include "tools/ChartScan.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -105,6 +109,20 @@ TEST_F(ScannerTest, AnInterruptionEndsTheRowInHand)
     EXPECT_EQ(CountMeasured(measurements), 10u);
     session.Release();
     EXPECT_THAT(table.options, ElementsAre("J4THoldPosition=no", "J4TEnableElectrostaticFoil=no"));
+}
+
+TEST_F(ScannerTest, WhateverEndsAScanItsRowsAreKeptAndTheTableIsLetGo)
+{
+    const ChartScan::Files files("scanner_test.cgats", MeasurementFile::Form::Cgats);
+    std::FILE* const nowhere = std::tmpfile();
+    Progress progress(nowhere, true);
+    session.Connect();
+    table.events = {{}, {0, [](auto&) { throw std::bad_alloc(); }}};
+    EXPECT_THROW(ChartScan(session, layout, {}, {}, files, progress).Run(), std::bad_alloc);
+    EXPECT_THAT(table.options, ElementsAre("J4THoldPosition=no", "J4TEnableElectrostaticFoil=no"));
+    EXPECT_EQ(CountMeasured(MeasurementFile::Load(files.partial, layout, {})), 5u);
+    std::fclose(nowhere);
+    std::remove(files.partial.c_str());
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace J4Tool::Platform {
 
 std::filesystem::path ProgramFolder()
@@ -27,12 +29,18 @@ int TerminalWidth()
     return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
+std::FILE* CreateNew(const std::filesystem::path& file)
+{
+    const int handle = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    return handle < 0 ? nullptr : fdopen(handle, "wb");
+}
+
 bool WriteThrough(std::FILE* stream) { return std::fflush(stream) == 0 && fsync(fileno(stream)) == 0; }
 
-bool MoveOver(const std::filesystem::path& from, const std::filesystem::path& to)
+std::error_code MoveOver(const std::filesystem::path& from, const std::filesystem::path& to)
 {
     if (rename(from.c_str(), to.c_str()) != 0) {
-        return false;
+        return {errno, std::generic_category()};
     }
     // The new name lasts only when the folder is on the disk too; some file systems can't do that, and lose
     // nothing but time by it.
@@ -42,7 +50,7 @@ bool MoveOver(const std::filesystem::path& from, const std::filesystem::path& to
         fsync(handle);
         close(handle);
     }
-    return true;
+    return {};
 }
 
 }  // namespace J4Tool::Platform

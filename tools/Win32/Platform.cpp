@@ -1,6 +1,8 @@
 #include "tools/Platform.h"
 
+#include <fcntl.h>
 #include <io.h>
+#include <sys/stat.h>
 #include <windows.h>
 
 #include <string>
@@ -33,11 +35,20 @@ int TerminalWidth()
                : 80;
 }
 
+std::FILE* CreateNew(const std::filesystem::path& file)
+{
+    const int handle = _wopen(file.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
+    return handle < 0 ? nullptr : _fdopen(handle, "wb");
+}
+
 bool WriteThrough(std::FILE* stream) { return std::fflush(stream) == 0 && _commit(_fileno(stream)) == 0; }
 
-bool MoveOver(const std::filesystem::path& from, const std::filesystem::path& to)
+std::error_code MoveOver(const std::filesystem::path& from, const std::filesystem::path& to)
 {
-    return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+    if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
+        return {static_cast<int>(GetLastError()), std::system_category()};
+    }
+    return {};
 }
 
 }  // namespace J4Tool::Platform

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
@@ -9,13 +8,12 @@
 #include "chart/cgats/CgatsFields.h"
 #include "tools/AtomicFile.h"
 #include "tools/ChartLayout.h"
+#include "tools/ChartScan.h"
 #include "tools/DateText.h"
 #include "tools/Interrupt.h"
-#include "tools/MeasurementFile.h"
 #include "tools/Platform.h"
 #include "tools/Progress.h"
 #include "tools/Question.h"
-#include "tools/Scanner.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
 
@@ -41,14 +39,14 @@ struct Arguments {
     MeasurementFile::Form form = MeasurementFile::Form::Cgats;
 };
 
-/// One scan command from its arguments to the file.
+/// One scan command from its arguments to the scan.
 class ScanRun {
 public:
     ScanRun(ToolContext& context, const Arguments& arguments)
         : context(context),
           arguments(arguments),
           units(context.GetUnits()),
-          partialFile(arguments.output + ".partial"),
+          files(arguments.output, arguments.form),
           layout(ChartLayout::Load(arguments.layout, Grid(), PlacedByCorners()))
     {}
 
@@ -64,15 +62,16 @@ public:
         if (PlacedByCorners()) {
             layout.PlaceCorners(Corners());
         }
-        measurements.resize(layout.Patches().size());
         const Interrupt interrupt;  // from here on the motors hold the arm, which has to be let go
         session->Calibrate();
         session->SetOption("MeasurementMode", "ScanningReflectance");
-        conditions = Conditions();
+        Progress progress(stdout, context.json || !Platform::IsTerminal(stdout));
+        ChartScan scan(*session, layout, Settings(), Conditions(), files, progress);
+        scan.interrupted = [&interrupt] { return interrupt.Requested(); };
         if (arguments.resume) {
-            measurements = MeasurementFile::Load(partialFile, layout, conditions);
+            scan.TakeUp();
         }
-        Scan(interrupt);
+        scan.Run();
     }
 
 private:
@@ -101,13 +100,13 @@ private:
     void CheckPartialFile() const
     {
         std::error_code error;
-        const bool exists = std::filesystem::exists(partialFile, error);
+        const bool exists = std::filesystem::exists(files.partial, error);
         if (arguments.resume && !exists) {
-            throw ToolError(ExitCode::File, "there is no file '" + partialFile + "' to go on from",
+            throw ToolError(ExitCode::File, "there is no file '" + files.partial + "' to go on from",
                             "Scan without --resume.");
         }
         if (exists && !arguments.resume && !arguments.restart) {
-            throw ToolError(ExitCode::File, "'" + partialFile + "' holds the rows of an earlier scan",
+            throw ToolError(ExitCode::File, "'" + files.partial + "' holds the rows of an earlier scan",
                             "Go on from it with --resume, or throw it away with --restart.");
         }
     }
@@ -179,88 +178,12 @@ private:
         return settings;
     }
 
-    void WritePartial()
-    {
-        if (CountMeasured(measurements) == 0) {
-            return;
-        }
-        WriteAtomically(partialFile,
-                        MeasurementFile::Text(layout, measurements, conditions, MeasurementFile::Form::Cgats));
-    }
-
-    void WriteWhole()
-    {
-        try {
-            WriteAtomically(arguments.output, MeasurementFile::Text(layout, measurements, conditions, arguments.form));
-        } catch (const ToolError&) {
-            WritePartial();
-            throw;
-        }
-        std::error_code ignored;
-        std::filesystem::remove(partialFile, ignored);
-    }
-
-    void EndWithPartial(Progress& progress, const Scanner& scanner, const char* result)
-    {
-        WritePartial();
-        progress.Ended(scanner.State(measurements), result, CountMeasured(measurements) > 0 ? partialFile : "");
-    }
-
-    void Scan(const Interrupt& interrupt)
-    {
-        Progress progress(stdout, context.json || !Platform::IsTerminal(stdout));
-        Scanner scanner(*session, layout, Settings(), progress);
-        scanner.stop = [&interrupt] { return interrupt.Requested(); };
-        // A power cut must not cost more than this; each write costs a moment of the table's time.
-        constexpr std::chrono::seconds keepEvery{10};
-        auto lastKept = std::chrono::steady_clock::now();
-        scanner.keep = [&] {
-            if (std::chrono::steady_clock::now() - lastKept >= keepEvery) {
-                WritePartial();
-                lastKept = std::chrono::steady_clock::now();
-            }
-        };
-        std::vector<size_t> failed;
-        try {
-            failed = scanner.Run(measurements);
-        } catch (const ToolError&) {
-            session->Release();
-            EndWithPartial(progress, scanner, "failed");
-            throw;
-        }
-        session->Release();
-        const ScanState state = scanner.State(measurements);
-        if (state.patchesDone == state.patches) {
-            WriteWhole();
-            progress.Ended(state, "done", arguments.output);
-            return;
-        }
-        EndWithPartial(progress, scanner, interrupt.Requested() ? "interrupted" : "failed");
-        if (interrupt.Requested()) {
-            throw ToolError(ExitCode::Interrupted, "the scan was interrupted", "Go on with --resume.");
-        }
-        throw ToolError(ExitCode::Check,
-                        std::to_string(failed.size()) + " rows failed in every attempt: " + Names(failed),
-                        "Look at the reasons above, at the chart's place and at --margin, then go on with --resume.");
-    }
-
-    static std::string Names(const std::vector<size_t>& rows)
-    {
-        std::string names;
-        for (const size_t row : rows) {
-            names += (names.empty() ? "" : ", ") + std::to_string(row + 1);
-        }
-        return names;
-    }
-
     ToolContext& context;
     const Arguments& arguments;
     Units units;
-    std::string partialFile;
+    ChartScan::Files files;
     ChartLayout layout;
     Session* session = nullptr;
-    MeasurementFile::Conditions conditions;
-    Measurements measurements;
 };
 
 void Run(ToolContext& context, Arguments arguments)

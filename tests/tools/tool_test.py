@@ -1,0 +1,325 @@
+#!/usr/bin/env python3
+"""The tool on the virtual table, from its arguments to files and exit codes, and in the hands of a person: Ctrl-C,
+questions and the progress bar at a terminal.
+
+usage: tool_test.py PROGRAM FOLDER [--sanitized] [TEST...]
+"""
+import json
+import os
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import unittest
+
+PROGRAM, FOLDER = map(os.path.abspath, sys.argv[1:3])
+SANITIZED = "--sanitized" in sys.argv
+BUILD = os.path.dirname(os.path.dirname(PROGRAM))
+ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
+WINDOWS = PROGRAM.endswith(".exe")
+if WINDOWS:
+    RUNNER, LIBRARY_NAME = [os.path.join(ROOT, "scripts", "wine.sh")], "{}.dll"
+    os.environ["WINEPREFIX"] = os.path.join(BUILD, "wine")
+else:
+    import pty
+    import resource
+    RUNNER, LIBRARY_NAME = [], "lib{}.so"
+SAMPLES = "/usr/share/colord/ref/CIE-TCS.sp"
+DONE, USAGE, FILE, LIBRARY, NOT_CONNECTED, CALIBRATION, POSITION, DEVICE, CHECK, NOT_CONFIRMED = 0, *range(2, 11)
+INTERRUPTED = 130
+
+
+def chart(rows, columns, order=None):
+    """Rows of vivid patches of 10 by 8 mm with gaps of 1 mm, named "R1C1" and so on; the order tells where each lies."""
+    bands = range(36)
+    lines = ["CGATS.17", "BEGIN_DATA_FORMAT", "SAMPLE_NAME X Y WIDTH HEIGHT " +
+             " ".join(f"SPECTRAL_NM{380 + 10 * band}" for band in bands), "END_DATA_FORMAT", "BEGIN_DATA"]
+    for row, place in enumerate(order or range(rows)):
+        for column in range(columns):
+            seed = row * 131 + column * 37
+            values = [0.06 + 0.06 * ((seed * (band // 12 + 3) + band // 12 * 5 + seed // 7) % 11) for band in bands]
+            lines.append(f"R{row + 1}C{column + 1} {180 + 11 * column} {160 + 9 * place} 10 8 " +
+                         " ".join(f"{value:.2f}" for value in values))
+    return "\n".join(lines + ["END_DATA", ""])
+
+
+def write(name, content):
+    with open(name, "wb") as file:
+        file.write(content if isinstance(content, bytes) else content.encode())
+
+
+def content_of(name):
+    with open(name, encoding="utf-8") as file:
+        return file.read()
+
+
+def spectra(name):
+    """The spectrum of each patch of a file."""
+    lines = [line.split() for line in content_of(name).splitlines()]
+    fields = lines[lines.index(["BEGIN_DATA_FORMAT"]) + 1]
+    bands = [fields.index(f"SPECTRAL_NM{380 + 10 * band}") for band in range(36)]
+    return {row[fields.index("SAMPLE_NAME")].strip('"'): [float(row[band]) for band in bands]
+            for row in lines[lines.index(["BEGIN_DATA"]) + 1:lines.index(["END_DATA"])]}
+
+
+def tool(arguments, program=PROGRAM, **options):
+    return subprocess.run(RUNNER + [program] + arguments.split(), stdin=subprocess.DEVNULL, capture_output=True,
+                          encoding="utf-8", errors="surrogateescape", check=False, **options)
+
+
+def at_terminal(arguments, answers=()):
+    """Runs the tool at a terminal of its own. @return exit code and all that it showed"""
+    process, terminal = pty.fork()
+    if process == 0:
+        os.execv(PROGRAM, [PROGRAM] + arguments.split())
+    shown = b""
+    answers = list(answers)
+    while True:
+        try:
+            part = os.read(terminal, 4096)
+        except OSError:
+            break
+        if not part:
+            break
+        shown += part
+        if answers and shown.rstrip().endswith(answers[0][0].encode()):
+            os.write(terminal, answers.pop(0)[1].encode())
+    os.close(terminal)
+    return os.waitstatus_to_exitcode(os.waitpid(process, 0)[1]), shown.decode()
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        shutil.rmtree(FOLDER, ignore_errors=True)
+        os.makedirs(FOLDER)
+        os.chdir(FOLDER)
+        write("chart.cgats", chart(4, 10))
+
+    def assert_measured(self, measured, wanted, delta=1e-5):
+        measured, wanted = spectra(measured), spectra(wanted)
+        self.assertEqual(list(measured), list(wanted), "the order of the layout")
+        for name, spectrum in wanted.items():
+            for value, should in zip(measured[name], spectrum):
+                self.assertAlmostEqual(value, should, delta=delta, msg=name)
+
+    def test_tells_about_table_and_places(self):
+        for arguments, said in (
+                ("info --virtual", "Table's serial number         640001"),
+                ("--virtual info --json", '"instrumentModes":["SingleReflectance","ScanningReflectance"'),
+                ("--virtual info --json --unit inch", '"xMax":31.49'),
+                ("--virtual home", "x 100.0 mm, y 80.0 mm"),
+                ("--virtual move 254 254 --unit mm", "x 254.0 mm, y 254.0 mm"),
+                ("--virtual move 10 10 --unit inch", "x 10.000 inch, y 10.000 inch"),
+                ("--virtual position --json", '{"x":200.0,"y":200.0,"unit":"mm"}'),
+                ("--virtual calibrate", "Instrument 240118 is calibrated."),
+                ("--virtual get J4TScanSpeed", "160\n"),
+                ("--virtual set J4TScanSpeed 120 --json", '{"key":"J4TScanSpeed","value":"120"}'),
+                ("--virtual get J4TScanSpeed --option J4TScanSpeed=99", "99\n"),
+                ("spot 180 160 --virtual chart.cgats --json", '"lab":[67.614'),
+                ("--virtual whitebase", "380 nm  0.86000"),
+                ("--help", "130  ended by Ctrl-C"),
+                ("--version", "j4tavla 1.")):
+            with self.subTest(arguments):
+                run = tool(arguments)
+                self.assertEqual(run.returncode, DONE, run.stderr)
+                self.assertIn(said, run.stdout)
+
+    def test_ends_with_a_code_for_each_kind_of_failure(self):
+        head = b"CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID X\nEND_DATA_FORMAT\nBEGIN_DATA\n"
+        write("broken.cgats", head + b"a 1 2\nEND_DATA\n")
+        write("latin1.cgats", head + b"a \xe4\nEND_DATA\n")
+        before = sorted(os.listdir())
+        scan = "--virtual scan chart.cgats -o m.cgats "
+        for arguments, code, complaint in (
+                ("", USAGE, "subcommand is required"),
+                ("fly", USAGE, ""),
+                ("--virtual move 1", USAGE, "Y is required"),
+                ("--virtual info --unit yard", USAGE, "--unit"),
+                ("--virtual info --option nothing", USAGE, "KEY=VALUE"),
+                ("--virtual scan -o m.cgats", USAGE, "LAYOUT is required"),
+                ("--virtual scan broken.cgats -o m.cgats", FILE, "line 6: 3 values instead of 2"),
+                ("--virtual scan missing.cgats -o m.cgats", FILE, "can't be opened"),
+                (scan + "--resume", FILE, "no file 'm.cgats.partial'"),
+                ("--virtual scan chart.cgats -o missing/m.cgats", FILE, "writing 'missing/m.cgats' failed"),
+                ("--virtual whitebase --write broken.cgats --yes", FILE, "line 6: 3 values instead of 2"),
+                ("info --library missing.so", LIBRARY, "was not found"),
+                ("--virtual info --option Simulator.TableUnplugged=yes", NOT_CONNECTED, "J4_ResultDeviceNotConnected"),
+                ("--virtual home --option Simulator.SeatedInstrument=none", NOT_CONNECTED, "status 100"),
+                ("--virtual calibrate --option Simulator.DirtyTile=yes", CALIBRATION, "J4_ResultNotCalibrated"),
+                ("--virtual move 2000 0", POSITION, "status 102 (J4_ResultIllegalPosition)"),
+                ("--virtual home --option Simulator.TableBusy=yes", DEVICE, "status"),
+                ("--virtual get NoSuchOption", DEVICE, "no such option"),
+                ("--virtual set J4TScanSpeed fast", DEVICE, "setting the option J4TScanSpeed to 'fast' failed"),
+                (scan + "--margin 300", POSITION, "--margin"),
+                (scan + "--option J4TScanSpeed=9999", DEVICE, "J4_ResultResourceFault"),
+                (scan + "--corners", NOT_CONFIRMED, "nobody is at the")):
+            with self.subTest(arguments):
+                run = tool(arguments)
+                self.assertEqual(run.returncode, code, run.stderr)
+                self.assertIn(complaint, run.stderr)
+        for arguments, members in (
+                ("--virtual move 2000 0", {"exitCode": 7, "status": 102, "statusName": "J4_ResultIllegalPosition"}),
+                ("--virtual scan latin1.cgats -o m.cgats", {"exitCode": 3})):
+            run = tool(arguments + " --json")
+            self.assertLessEqual(members.items(), json.loads(run.stderr.encode("utf-8", "strict")).items())
+        self.assertEqual(sorted(os.listdir()), before)
+
+    @unittest.skipUnless(os.path.exists(SAMPLES), "no colour samples on this machine")
+    def test_scans_the_colour_samples_on_a_grid(self):
+        with open("samples.cgats", "wb") as file:
+            subprocess.run([os.path.join(ROOT, "scripts", "make_tcs_chart.sh"), SAMPLES], stdout=file, check=True)
+        for place in ("--patch 25,25 --gap 4,4 --start 220,250", "--corners 220,250,336,250,220,308"):
+            run = tool(f"--virtual --chart samples.cgats scan {SAMPLES} -o m.cgats --columns 5 {place}")
+            self.assertEqual(run.returncode, DONE, run.stderr)
+            self.assert_measured("m.cgats", "samples.cgats")
+
+    def test_scans_a_thousand_patches_in_little_memory(self):
+        write("large.cgats", chart(25, 40))
+        run = tool("scan --virtual large.cgats -o m.cgats")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        self.assertIn('{"event":"start","rowsDone":0,"rows":25,"patchesDone":0,"patches":1000}', run.stdout)
+        self.assertIn('"patchesDone":1000,"patches":1000,"result":"done","file":"m.cgats"', run.stdout)
+        self.assert_measured("m.cgats", "large.cgats")
+        if not SANITIZED and not WINDOWS:
+            self.assertLess(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss, 100 * 1024, "KiB")
+
+    def test_rows_that_fail_are_tried_again_and_left_to_a_resume(self):
+        # The layout has two rows in the wrong order: what is read there fits the other row.
+        write("layout.cgats", chart(4, 10, [0, 2, 1, 3]))
+        scan = "scan layout.cgats -o m.cgats --virtual --chart "
+        run = tool(scan + "chart.cgats --retries 1")
+        self.assertEqual(run.returncode, CHECK, run.stderr)
+        self.assertIn('"event":"retry"', run.stdout)
+        self.assertRegex(run.stdout, r'"row":2,"attempt":2,"reason":"row 3 was read instead"')
+        self.assertIn("2 rows failed in every attempt", run.stderr)
+        self.assertFalse(os.path.exists("m.cgats"))
+
+        run = tool(scan + "chart.cgats")
+        self.assertEqual(run.returncode, FILE, "an earlier scan must not be lost without a word")
+        run = tool(scan + "layout.cgats --resume")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        self.assertIn('"event":"start","rowsDone":2,"rows":4,"patchesDone":20', run.stdout)
+        self.assert_measured("m.cgats", "layout.cgats")
+        self.assertFalse(os.path.exists("m.cgats.partial"))
+
+    def test_noisy_splits_of_patches_pass_by_scanning_again(self):
+        run = tool("--virtual chart.cgats scan -o m.cgats --retries 20 --option 5040=0 --option 5042=0 "
+                   "--option Simulator.Noise=0.0025 --option Simulator.NoiseSeed=3")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        self.assertRegex(run.stdout, r'"event":"retry".*patches were found instead of 10')
+        self.assert_measured("m.cgats", "chart.cgats", 0.01)
+
+    def test_files_of_others_stay(self):
+        for name in ("m.cgats", "m.cgats.tmp", "m.cgats.1.tmp"):
+            write(name, "old")
+        before = sorted(os.listdir())
+        scan = "--virtual scan chart.cgats -o m.cgats "
+        self.assertNotEqual(tool(scan + "--option Simulator.PositionNotReached=yes").returncode, DONE)
+        self.assertEqual(content_of("m.cgats"), "old")
+        self.assertEqual(tool(scan).returncode, DONE)
+        self.assert_measured("m.cgats", "chart.cgats")
+        self.assertEqual(content_of("m.cgats.tmp") + content_of("m.cgats.1.tmp"), "oldold")
+        self.assertEqual(sorted(os.listdir()), before)
+
+    def test_white_bases_are_saved_before_they_are_replaced(self):
+        backups = lambda: len([name for name in os.listdir() if name.startswith("whitebase-640001-")])
+        self.assertEqual(tool("--virtual whitebase --save old.cgats").returncode, DONE)
+        old = content_of("old.cgats")
+        self.assertIn("1\t0.86", old)
+        write("next.cgats", old.replace("1\t0.86", "1\t0.90", 1))
+        replace = "--virtual whitebase --write next.cgats"
+        run = tool(replace)
+        self.assertEqual((run.returncode, run.stdout), (NOT_CONFIRMED, ""), run.stderr)
+        self.assertEqual(backups(), 1)
+        self.assertIn("380 nm  0.90000", tool(replace + " --yes").stdout)
+
+    def test_finds_the_library_that_was_asked_for(self):
+        def place(folder, *names, source="bin"):
+            os.makedirs(folder, exist_ok=True)
+            for name in names:
+                shutil.copy(os.path.join(BUILD, source, name), folder)
+
+        table, bench, instrument = map(LIBRARY_NAME.format, ("j4tavla64", "j4bench", "sorvane64"))
+        program = os.path.basename(PROGRAM)
+        for programs, virtual in (("out", "out/virtual"), ("usr/bin", "usr/lib/j4tavla64/virtual"),
+                                  ("zip/bin", "zip/virtual"), ("build", "build")):
+            with self.subTest(programs):
+                place(programs, program)
+                place(virtual, table, bench, instrument)
+                run = tool("info", os.path.abspath(f"{programs}/{program}"))
+                self.assertEqual((run.returncode, run.stdout), (LIBRARY, ""), "a real table must not be simulated")
+                if virtual != programs:
+                    place(programs if programs != "usr/bin" else "usr/lib", table, source="real")
+                    # A library of another instrument, which is not that of the bench.
+                    shutil.copy(os.path.join(BUILD, "bin", bench), f"{programs}/{instrument}")
+                run = tool("--virtual info --json", os.path.abspath(f"{programs}/{program}"),
+                           env=os.environ | {"LD_LIBRARY_PATH": os.path.abspath(programs)})
+                self.assertEqual(run.returncode, DONE, run.stderr)
+                self.assertIn(virtual, json.loads(run.stdout)["libraryPath"].replace("\\", "/"))
+        # The real library says for every command what it lacks.
+        os.remove(f"out/{instrument}")
+        for command in ("info", "get J4TVersion", "home"):
+            run = tool(command, os.path.abspath(f"out/{program}"))
+            self.assertEqual((run.returncode, run.stdout), (LIBRARY, ""), run.stderr)
+            self.assertIn("status 104 (J4_ResultFrameFailure)", run.stderr)
+
+
+@unittest.skipIf(WINDOWS, "terminals and signals are those of Linux")
+class TerminalTest(unittest.TestCase):
+    setUp = ToolTest.setUp
+    assert_measured = ToolTest.assert_measured
+
+    def scan_until_row(self, end):
+        """A scan slow enough to be ended behind its second row. @return exit code and the rest of the output"""
+        with subprocess.Popen([PROGRAM] + "scan --virtual chart.cgats -o m.cgats --option Simulator.TimeScale=0.2".split(),
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True) as scan:
+            for line in scan.stdout:
+                if '"event":"row","rowsDone":2' in line:
+                    scan.send_signal(end)
+                    break
+            rest = scan.communicate()[0]
+        return scan.returncode, rest
+
+    def test_ctrl_c_keeps_what_was_measured_and_resume_goes_on(self):
+        code, rest = self.scan_until_row(signal.SIGINT)
+        self.assertEqual(code, INTERRUPTED)
+        self.assertIn('"result":"interrupted","file":"m.cgats.partial"', rest)
+        self.assertFalse(os.path.exists("m.cgats"))
+        kept = len(spectra("m.cgats.partial"))
+        self.assertIn(kept, (20, 30), "whole rows: the row in hand is ended")
+        run = tool("--virtual scan chart.cgats -o m.cgats --resume")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        self.assertIn(f'"event":"start","rowsDone":{kept // 10},"rows":4', run.stdout)
+        self.assert_measured("m.cgats", "chart.cgats")
+
+    def test_a_killed_scan_leaves_no_half_file(self):
+        self.assertEqual(self.scan_until_row(signal.SIGKILL)[0], -signal.SIGKILL)
+        self.assertEqual(os.listdir(), ["chart.cgats"])
+
+    def test_progress_at_a_terminal(self):
+        code, shown = at_terminal("scan --virtual chart.cgats -o m.cgats")
+        self.assertEqual(code, DONE, shown)
+        self.assertIn("] 3/4 rows, 30/40 patches, 0:00 left", shown)
+        self.assertIn("40 of 40 patches are measured: m.cgats", shown)
+        self.assertNotIn("{", shown)
+
+    def test_the_white_base_is_replaced_only_after_yes(self):
+        tool("--virtual whitebase --save old.cgats")
+        for answer, ends in (("no", (NOT_CONFIRMED, "was not replaced")), ("yes", (DONE, "Home the arm and calibrate"))):
+            code, shown = at_terminal("--virtual whitebase --write old.cgats",
+                                      [("Replace the white base of table 640001? [yes/no]", answer + "\n")])
+            self.assertEqual(code, ends[0], shown)
+            self.assertIn(ends[1], shown)
+
+    def test_corners_are_asked_for_one_by_one(self):
+        answers = [(f"patch {name} and press Enter.", "\n") for name in ("R1C1", "R1C10", "R4C1")]
+        code, shown = at_terminal("scan chart.cgats -o m.cgats --virtual --corners", answers)
+        # Nobody moves the virtual arm by hand: all three places are the same.
+        self.assertEqual(code, USAGE, shown)
+        self.assertIn("the three corners lie in one line", shown)
+        self.assertIn("R4C1 at ", shown)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1] + [argument for argument in sys.argv[3:] if argument != "--sanitized"])

@@ -1,0 +1,55 @@
+// Scans a chart into its file. Whatever ends the scan before every patch is measured, the table is let go and the rows
+// that are good stay in the partial file, from which another scan goes on.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "tools/MeasurementFile.h"
+#include "tools/Measurements.h"
+#include "tools/Progress.h"
+#include "tools/Scanner.h"
+
+namespace J4Tool {
+
+class ChartScan {
+public:
+    struct Files {
+        Files(const std::string& whole, MeasurementFile::Form form)
+            : whole(whole), form(form), partial(whole + ".partial")
+        {}
+
+        std::string whole;
+        MeasurementFile::Form form;
+        std::string partial;
+    };
+
+    ChartScan(Session& session, const ChartLayout& layout, const Scanner::Settings& settings,
+              const MeasurementFile::Conditions& conditions, const Files& files, Progress& progress);
+
+    /// Is asked before each travel: true ends the scan.
+    std::function<bool()> interrupted = [] { return false; };
+
+    /// Takes up the rows of the partial file.
+    /// @throws ToolError when it was measured of another chart, or otherwise
+    void TakeUp();
+
+    /// @throws ToolError unless the whole chart is measured and written
+    void Run();
+
+private:
+    std::vector<size_t> ScanRows();
+    void WritePartial();
+    void WriteWhole();
+    void EndWithPartial(const char* result);
+
+    Session& session;
+    const ChartLayout& layout;
+    MeasurementFile::Conditions conditions;
+    Files files;
+    Progress& progress;
+    Scanner scanner;
+    Measurements measurements;
+};
+
+}  // namespace J4Tool
