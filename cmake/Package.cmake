@@ -29,6 +29,7 @@ if(WIN32)
     install(FILES c_sdk/include/j4tavla.h DESTINATION include COMPONENT sdk)
     j4_install_virtual(sdk virtual)
     set(document_folder .)
+    set(package_readme dist/README.windows.md)
 
     set(CPACK_GENERATOR ZIP)
     set(CPACK_PACKAGE_FILE_NAME j4tavla64-${PROJECT_VERSION}-windows)
@@ -51,6 +52,7 @@ else()
     install(FILES dist/70-j4tavla.rules DESTINATION lib/udev/rules.d COMPONENT sdk)
     j4_install_virtual(sdk lib/j4tavla64/virtual)
     set(document_folder share/doc/j4tavla64)
+    set(package_readme dist/README.debian.md)
 
     set(CPACK_GENERATOR DEB)
     set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -73,6 +75,7 @@ part of it.")
     set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 endif()
 
+install(TARGETS j4tavla RUNTIME DESTINATION ${out_folder} COMPONENT out)
 install(TARGETS j4tavla RUNTIME DESTINATION bin COMPONENT sdk)
 if(NOT WIN32 AND NOT J4T_SANITIZE)
     # The manual says what --help says, and what dist/j4tavla.h2m adds.
@@ -98,8 +101,9 @@ install(FILES /usr/share/doc/nlohmann-json3-dev/copyright DESTINATION ${document
     RENAME nlohmann-json.txt)
 install(FILES tools/report/vendor/LICENSE DESTINATION ${document_folder}/licenses COMPONENT sdk RENAME uPlot.txt)
 
-install(FILES README.md DESTINATION ${document_folder} COMPONENT sdk)
-install(DIRECTORY docs DESTINATION ${document_folder} COMPONENT sdk)
+install(FILES ${package_readme} DESTINATION ${document_folder} COMPONENT sdk RENAME README.md)
+install(FILES docs/errors.md docs/options.md docs/protocol.md docs/simulator.md DESTINATION ${document_folder}/docs
+    COMPONENT sdk)
 install(FILES
     examples/scan_chart.c examples/chart_file.c examples/chart_file.h examples/colour.c examples/colour.h
     examples/scan_chart.py examples/ScanChart.cs

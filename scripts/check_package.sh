@@ -1,6 +1,8 @@
 #!/bin/sh
-# Makes the packages and tries them as who gets them would: the Debian package is unpacked into a scratch root, and its
-# tool and examples run on the virtual table that it brings; of the Windows package the parts are compared.
+# Makes the packages and tries them as who gets them would. The Debian package is unpacked into a scratch root: programs
+# outside the source tree are built against it with pkg-config and with find_package and run, with and without an
+# instrument's library, and its tool and examples run on the virtual table that it brings. Of the Windows package the
+# parts are compared. What the documents in the packages name is in them.
 # usage: check_package.sh [LINUX_BUILD [WINDOWS_BUILD]]
 set -eu
 cd "$(dirname "$0")/.."
@@ -13,17 +15,34 @@ root=$work/root
 
 fail() { echo "$1" >&2; exit 1; }
 
+# quietly COMMAND...: shows what the command says only when it fails
+quietly() { "$@" >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "failed: $*"; }; }
+
 # pack BUILD ENDING: makes the package of a build and prints its name
 pack() {
     rm -rf "$1/package"
-    cpack --config "$1/CPackConfig.cmake" >"$work/cpack.log" 2>&1 || { cat "$work/cpack.log" >&2; exit 1; }
+    quietly cpack --config "$1/CPackConfig.cmake"
     echo "$1"/package/*."$2"
 }
 
-# require_parts FOUND WHAT: every line of standard input is a line of the file FOUND
+# require_parts FOUND: every line of standard input is a line of the file FOUND
 require_parts() {
     while read -r part; do
-        grep -qxF "$part" "$1" || fail "$2 lacks $part"
+        grep -qxF "$part" "$1" || fail "the $(basename "$1") package lacks $part"
+    done
+}
+
+# require_named README ROOT: every link of a document, and every place in its tables, leads to something below ROOT
+require_named() {
+    for document in "$1" "$(dirname "$1")"/docs/*.md; do
+        for link in $(sed 's/](\([^)#]*\)/\n=\1\n/g' "$document" | sed -n 's/^=\(.\)/\1/p'); do
+            [ -e "$(dirname "$document")/$link" ] || fail "$document: the link $link leads nowhere"
+        done
+    done
+    places=$(sed -n 's/^| `\([^`]*\)` |.*/\1/p' "$1")
+    [ -n "$places" ] || fail "$1 names no places"
+    for place in $places; do
+        [ -e "$2/$place" ] || fail "$1: there is no $place"
     done
 }
 
@@ -32,70 +51,115 @@ dpkg-deb -x "$debian" "$root"
 for library in libc6 libstdc++6 libgcc-s1 libusb-1.0-0; do
     dpkg-deb -f "$debian" Depends | grep -qF "$library (>=" || fail "the package does not depend on $library"
 done
-(cd "$root" && find . ! -type d | sed 's|^\./||') >"$work/debian"
-require_parts "$work/debian" "the Debian package" <<'END'
+(cd "$root" && find . ! -type d | sed 's|^\./||') >"$work/Debian"
+require_parts "$work/Debian" <<'END'
 usr/bin/j4tavla
 usr/include/j4tavla.h
-usr/lib/libj4tavla64.so
 usr/lib/j4tavla64/virtual/libj4bench.so
 usr/lib/j4tavla64/virtual/libj4tavla64.so
 usr/lib/j4tavla64/virtual/libsorvane64.so
 usr/lib/udev/rules.d/70-j4tavla.rules
-usr/share/doc/j4tavla64/README.md
-usr/share/doc/j4tavla64/docs/errors.md
-usr/share/doc/j4tavla64/docs/options.md
-usr/share/doc/j4tavla64/docs/protocol.md
-usr/share/doc/j4tavla64/docs/simulator.md
 usr/share/doc/j4tavla64/licenses/CLI11.txt
 usr/share/doc/j4tavla64/licenses/nlohmann-json.txt
 usr/share/doc/j4tavla64/licenses/uPlot.txt
-usr/share/man/man1/j4tavla.1.gz
 END
+require_named "$root/usr/share/doc/j4tavla64/README.md" "$root"
 echo "$(basename "$debian"): $(dpkg-deb -f "$debian" Depends)"
 
-scripts/make_tcs_chart.sh /usr/share/colord/ref/CIE-TCS.sp >"$work/chart.cgats"
+library=$root/usr/lib/libj4tavla64.so
 virtual=$root/usr/lib/j4tavla64/virtual
+path=$(readelf -d "$library" | sed -n 's/.*(\(RPATH\|RUNPATH\)).*\[\(.*\)\]/\2/p')
+[ "$path" = '$ORIGIN' ] || fail "the library searches in '$path'"
+# Absent where no device manager runs, and no part of the test then.
+if command -v udevadm >/dev/null && udevadm --help | grep -q '^ *verify'; then
+    udevadm verify "$root/usr/lib/udev/rules.d/70-j4tavla.rules"
+fi
+sed -n 's/^J4T_API.*[ *]\(J4_[A-Za-z]*\)(.*/\1/p' "$root/usr/include/j4tavla.h" | sort >"$work/header"
+nm -D --defined-only "$library" | awk '{ print $NF }' | sed 's/@.*//' | sort >"$work/names"
+diff "$work/header" "$work/names" || fail "the library shows other names than its header"
+[ "$(wc -l <"$work/names")" -eq 22 ] || fail "the header does not have 22 functions"
+
+# A program of somebody else, built in both ways.
+mkdir "$work/program"
+cat >"$work/program/program.c" <<'END'
+#include <j4tavla.h>
+#include <stdio.h>
+
+int main(void)
+{
+    float spectrum[J4_SPECTRUM_LENGTH];
+    int connected = J4_IsTableConnected();
+    printf("table %d\n", connected);
+    printf("version %s\n", J4_GetOption("J4TVersion"));
+    J4_SetOption("MeasurementMode", "SingleReflectance");
+    printf("calibrated %d\n", J4_Calibrate());
+    printf("measured %d\n", J4_TriggerMeasurement());
+    printf("spectrum %d\n", J4_GetSpectrum(spectrum, 0));
+    return 0;
+}
+END
+cat >"$work/program/CMakeLists.txt" <<'END'
+cmake_minimum_required(VERSION 3.25)
+project(program LANGUAGES C)
+find_package(j4tavla64 1.1 REQUIRED)
+add_executable(program program.c)
+target_link_libraries(program PRIVATE j4tavla64::j4tavla64)
+END
+export PKG_CONFIG_PATH="$root/usr/lib/pkgconfig"
+version=$(dpkg-deb -f "$debian" Version)
+[ "$(pkg-config --modversion j4tavla64)" = "$version" ] || fail "pkg-config gives another version than $version"
+flags=$(pkg-config --cflags --libs j4tavla64)
+# shellcheck disable=SC2086
+gcc -std=c11 -Wall -Wextra -Werror "$work/program/program.c" $flags -o "$work/with_pkg_config"
+quietly cmake -S "$work/program" -B "$work/build" -DCMAKE_PREFIX_PATH="$root/usr" -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON
+quietly cmake --build "$work/build"
+mv "$work/build/program" "$work/with_cmake"
+
+# With the stand-in and no table the instrument measures; the same program works on the virtual table.
+for program in "$work/with_pkg_config" "$work/with_cmake"; do
+    LD_LIBRARY_PATH=$root/usr/lib "$program" >"$work/printed"
+    [ "$(grep -c ' 104$' "$work/printed")" -eq 4 ] || fail "without an instrument's library: $(cat "$work/printed")"
+    grep -q "^version .*sorvane64.dll" "$work/printed" || fail "the failure does not name the instrument's library"
+    for run in "2 $root/usr/lib:$virtual" "0 $virtual"; do
+        LD_LIBRARY_PATH=${run#* } "$program" >"$work/printed" || fail "$program ended with $?"
+        printf '%s\n' "table ${run%% *}" "version Version 1.1.4  Build 104" "calibrated 0" "measured 0" "spectrum 0" |
+            diff - "$work/printed" || fail "$program printed something else"
+    done
+done
+echo "library: 22 names, pkg-config and find_package, programs run with and without instrument and table"
+
+# The examples as they are shipped, and the tool.
+scripts/make_tcs_chart.sh /usr/share/colord/ref/CIE-TCS.sp >"$work/chart.cgats"
 examples=$root/usr/share/doc/j4tavla64/examples
-
-# The example as it is shipped; other ways to build against the library are tried by check_install.sh.
-# shellcheck disable=SC2046
-gcc "$examples"/*.c -o "$work/scan_chart" -I"$examples" \
-    $(PKG_CONFIG_PATH=$root/usr/lib/pkgconfig pkg-config --cflags --libs j4tavla64) -lm
-LD_LIBRARY_PATH=$virtual "$work/scan_chart" -o "Simulator.ChartFile=$work/chart.cgats" "$work/chart.cgats" \
-    "$work/measured.cgats" >"$work/log" || { cat "$work/log" >&2; exit 1; }
+# shellcheck disable=SC2086
+gcc "$examples"/*.c -o "$work/scan_chart" -I"$examples" $flags -lm
+quietly env LD_LIBRARY_PATH="$virtual" "$work/scan_chart" -o "Simulator.ChartFile=$work/chart.cgats" \
+    "$work/chart.cgats" "$work/measured.cgats"
 echo "scan_chart.c: $(tail -n 1 "$work/log")"
-
-python3 "$examples/scan_chart.py" -l "$virtual/libj4tavla64.so" -o "Simulator.ChartFile=$work/chart.cgats" \
-    199.5,250,356.5,250,5 >"$work/spectra" 2>"$work/log" || { cat "$work/log" >&2; exit 1; }
-echo "scan_chart.py: $(wc -l <"$work/spectra") patches"
+quietly python3 "$examples/scan_chart.py" -l "$virtual/libj4tavla64.so" -o "Simulator.ChartFile=$work/chart.cgats" \
+    199.5,250,356.5,250,5
+echo "scan_chart.py: $(wc -l <"$work/log") patches"
 
 tool=$root/usr/bin/j4tavla
-"$tool" --virtual info >"$work/log" || { cat "$work/log" >&2; exit 1; }
-grep -q '640001' "$work/log" || fail "the tool does not find the virtual table"
-"$tool" --virtual scan "$work/chart.cgats" -o "$work/scanned.cgats" >"$work/log" 2>&1 || { cat "$work/log" >&2; exit 1; }
+quietly "$tool" --virtual scan "$work/chart.cgats" -o "$work/scanned.cgats"
 grep -q 'NUMBER_OF_SETS 15' "$work/scanned.cgats" || fail "the tool did not measure the 15 patches"
-"$tool" report "$work/scanned.cgats" --reference "$work/chart.cgats" -o "$work/report.html" >"$work/log" 2>&1 ||
-    { cat "$work/log" >&2; exit 1; }
-# The manual has every command that the tool has.
 gzip -dc "$root/usr/share/man/man1/j4tavla.1.gz" >"$work/manual"
 for command in $("$tool" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z][a-z]*\) .*/\1/p'); do
     grep -q "^\.SS \"Command $command:\"" "$work/manual" || fail "the manual lacks the command $command"
     commands="${commands-} $command"
 done
 grep -q '^130$' "$work/manual" || fail "the manual lacks the exit codes"
-echo "j4tavla: scanned 15 patches and made their report; manual:${commands-}"
+echo "j4tavla: scanned 15 patches; manual:$commands"
 
 zip=$(pack "$windows" zip)
-cmake -E tar tf "$zip" | sed 's|^[^/]*/||' >"$work/windows"
-require_parts "$work/windows" "the Windows package" <<'END'
-README.md
+mkdir "$work/zip"
+(cd "$work/zip" && cmake -E tar xf "$zip")
+folder=$(echo "$work"/zip/*)
+(cd "$folder" && find . ! -type d | sed 's|^\./||') >"$work/Windows"
+require_parts "$work/Windows" <<'END'
 bin/j4tavla.exe
 bin/j4tavla64.dll
 bin/j4tavla64.dll.debug
-docs/errors.md
-docs/options.md
-docs/protocol.md
-docs/simulator.md
 examples/ScanChart.cs
 examples/scan_chart.c
 examples/scan_chart.py
@@ -109,4 +173,5 @@ virtual/j4bench.dll
 virtual/j4tavla64.dll
 virtual/sorvane64.dll
 END
-echo "$(basename "$zip"): $(grep -c '[^/]$' "$work/windows") files"
+require_named "$folder/README.md" "$folder"
+echo "$(basename "$zip"): $(wc -l <"$work/Windows") files"

@@ -9,7 +9,7 @@ namespace J4Tool {
 
 std::string JsonText(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
-using Kestrelon::DeviceDriver::Generic::Cgats::NumberText;
+using J4Chart::NumberText;
 
 Json JsonNumbers(std::span<const float> numbers)
 {

@@ -3,11 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 #include <new>
+#include <utility>
 
 #include "tests/tools/LayoutText.h"
-#include "tests/tools/ScriptedTable.h"
 #include "tools/ChartScan.h"
 #include "tools/ToolError.h"
 
@@ -16,6 +17,77 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+/// Functions of the library that find flat patches where the layout has them, and do wrong what a test tells them to.
+struct ScriptedTable {
+    using Spectra = std::vector<Session::Spectrum>;
+
+    /// What happens to one scan: a status, and what becomes of the spectra.
+    struct Event {
+        int32_t status = 0;
+        std::function<void(Spectra&)> change;
+    };
+
+    int32_t Scan(float startX, float startY, float endX)
+    {
+        onScan();
+        const Event event = events.empty() ? Event() : events.front();
+        events.erase(events.begin(), events.begin() + (events.empty() ? 0 : 1));
+        const size_t row = static_cast<size_t>(std::lround((startY - 200.0f) / 10.0f));
+        samples.assign(5, {});
+        for (size_t column = 0; column < samples.size(); ++column) {
+            samples[column].fill(ReflectanceOf(row, column));
+        }
+        const bool backwards = endX < startX;
+        if (backwards) {
+            std::reverse(samples.begin(), samples.end());
+        }
+        scans.push_back(static_cast<char>('A' + row) + std::string(backwards ? "1<" : "1"));
+        if (event.change) {
+            event.change(samples);
+        }
+        if (event.status != 0 && handler != nullptr) {
+            handler("J4_Scan", event.status, "as the script says");
+        }
+        return event.status;
+    }
+
+    TableFunctions Functions();
+
+    std::vector<Event> events;         ///< of the next scans; without one a scan goes well
+    std::vector<std::string> scans;    ///< first patch of each row that was scanned, "<" behind it when backwards
+    std::vector<std::string> options;  ///< "KEY=VALUE" as they were set
+    std::function<void()> onScan = [] {};
+    Spectra samples;
+    J4_ErrorHandler handler = nullptr;
+};
+
+ScriptedTable* scripted = nullptr;  // one at a time, as the library is
+
+TableFunctions ScriptedTable::Functions()
+{
+    scripted = this;
+    TableFunctions functions;
+    functions.Scan = [](float startX, float startY, float endX, float) { return scripted->Scan(startX, startY, endX); };
+    functions.GetNumberOfAvailableSamples = [] { return static_cast<int32_t>(scripted->samples.size()); };
+    functions.GetSpectrum = [](float* spectrum, uint32_t index) {
+        std::copy(scripted->samples[index].begin(), scripted->samples[index].end(), spectrum);
+        return 0;
+    };
+    functions.SetOption = [](const char* key, const char* value) {
+        scripted->options.push_back(std::string(key) + "=" + value);
+        return 0;
+    };
+    functions.GetOption = [](const char*) { return ""; };
+    functions.RegisterErrorHandler = [](J4_ErrorHandler handler) { return std::exchange(scripted->handler, handler); };
+    functions.GetPosition = [](float* x, float* y) {
+        *x = 100.0f;
+        *y = 80.0f;
+        return 0;
+    };
+    functions.IsTableConnected = [] { return 0; };
+    return functions;
+}
 
 class Ear : public ScanListener {
 public:
@@ -43,7 +115,7 @@ protected:
     }
 
     const ChartLayout layout = GridLayout(3, 5);
-    ScriptedTable table{layout};
+    ScriptedTable table;
     Session session{table.Functions()};
     Ear ear;
     Measurements measurements = Measurements(15);

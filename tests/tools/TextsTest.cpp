@@ -9,8 +9,6 @@
 #include "c_sdk/include/j4tavla.h"
 #include "tools/DateText.h"
 #include "tools/Json.h"
-#include "tools/Library.h"
-#include "tools/Platform.h"
 #include "tools/Progress.h"
 #include "tools/StatusTable.h"
 #include "tools/Units.h"
@@ -69,22 +67,6 @@ TEST(DateText, TellsUtc)
     EXPECT_EQ(DateText("0"), "never");
     EXPECT_EQ(DateText("soon"), "soon");
     EXPECT_EQ(DateForFileName(1704067200 + 3661), "20240101-010101");
-}
-
-TEST(Library, LooksBesideTheProgramFirst)
-{
-    const std::filesystem::path programs = std::filesystem::path("root") / "bin";
-    const std::string file = Platform::LibraryFileName("j4tavla64");
-    const auto virtuals = Library::Candidates(true, {}, programs);
-    EXPECT_EQ(virtuals.front(), programs / file);
-    EXPECT_NE(std::find(virtuals.begin(), virtuals.end(),
-                        std::filesystem::path("root") / "lib" / "j4tavla64" / "virtual" / file),
-              virtuals.end());
-    const auto reals = Library::Candidates(false, {}, programs);
-    EXPECT_EQ(reals.front(), programs / file);
-    EXPECT_EQ(reals.back(), std::filesystem::path(file)) << "last where the system looks";
-    EXPECT_EQ(Library::Candidates(true, std::filesystem::temp_directory_path(), programs).front().filename(), file);
-    EXPECT_EQ(Library::Candidates(true, "some/file.so", programs).front(), std::filesystem::absolute("some/file.so"));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import unittest
 
 PROGRAM, FOLDER = map(os.path.abspath, sys.argv[1:3])
@@ -64,8 +65,14 @@ def spectra(name):
 
 
 def tool(arguments, program=PROGRAM, **options):
-    return subprocess.run(RUNNER + [program] + arguments.split(), stdin=subprocess.DEVNULL, capture_output=True,
-                          encoding="utf-8", errors="surrogateescape", check=False, **options)
+    # Not into pipes: what Wine starts in the background would hold them open for seconds.
+    with tempfile.TemporaryFile() as output, tempfile.TemporaryFile() as errors:
+        run = subprocess.run(RUNNER + [program] + arguments.split(), stdin=subprocess.DEVNULL, stdout=output,
+                             stderr=errors, check=False, **options)
+        for name, file in (("stdout", output), ("stderr", errors)):
+            file.seek(0)
+            setattr(run, name, file.read().decode("utf-8", "surrogateescape").replace("\r\n", "\n"))
+    return run
 
 
 def at_terminal(arguments, answers=()):
@@ -235,34 +242,41 @@ class ToolTest(unittest.TestCase):
         self.assertIn("380 nm  0.90000", tool(replace + " --yes").stdout)
 
     def test_finds_the_library_that_was_asked_for(self):
+        table, bench, instrument = map(LIBRARY_NAME.format, ("j4tavla64", "j4bench", "sorvane64"))
+
         def place(folder, *names, source="bin"):
             os.makedirs(folder, exist_ok=True)
             for name in names:
                 shutil.copy(os.path.join(BUILD, source, name), folder)
 
-        table, bench, instrument = map(LIBRARY_NAME.format, ("j4tavla64", "j4bench", "sorvane64"))
-        program = os.path.basename(PROGRAM)
-        for programs, virtual in (("out", "out/virtual"), ("usr/bin", "usr/lib/j4tavla64/virtual"),
-                                  ("zip/bin", "zip/virtual"), ("build", "build")):
+        def run(folder, arguments, search=""):
+            """Runs the program of a folder while the system looks for libraries in another one."""
+            return tool(arguments, os.path.abspath(os.path.join(folder, os.path.basename(PROGRAM))),
+                        env=os.environ | {"LD_LIBRARY_PATH": search, "WINEPATH": search})
+
+        for programs, real, virtual in (("out", "out", "out/virtual"), ("zip/bin", "zip/bin", "zip/virtual"),
+                                        ("usr/bin", "usr/lib", "usr/lib/j4tavla64/virtual"), ("build", None, "build")):
             with self.subTest(programs):
-                place(programs, program)
+                place(programs, os.path.basename(PROGRAM))
                 place(virtual, table, bench, instrument)
-                run = tool("info", os.path.abspath(f"{programs}/{program}"))
-                self.assertEqual((run.returncode, run.stdout), (LIBRARY, ""), "a real table must not be simulated")
-                if virtual != programs:
-                    place(programs if programs != "usr/bin" else "usr/lib", table, source="real")
-                    # A library of another instrument, which is not that of the bench.
-                    shutil.copy(os.path.join(BUILD, "bin", bench), f"{programs}/{instrument}")
-                run = tool("--virtual info --json", os.path.abspath(f"{programs}/{program}"),
-                           env=os.environ | {"LD_LIBRARY_PATH": os.path.abspath(programs)})
-                self.assertEqual(run.returncode, DONE, run.stderr)
-                self.assertIn(virtual, json.loads(run.stdout)["libraryPath"].replace("\\", "/"))
-        # The real library says for every command what it lacks.
-        os.remove(f"out/{instrument}")
-        for command in ("info", "get J4TVersion", "home"):
-            run = tool(command, os.path.abspath(f"out/{program}"))
-            self.assertEqual((run.returncode, run.stdout), (LIBRARY, ""), run.stderr)
-            self.assertIn("status 104 (J4_ResultFrameFailure)", run.stderr)
+                ended = run(programs, "info")
+                self.assertEqual((ended.returncode, ended.stdout), (LIBRARY, ""), "a real table must not be simulated")
+                if real:
+                    place(real, table, source="real")
+                    ended = run(programs, "home")
+                    self.assertEqual((ended.returncode, ended.stdout), (LIBRARY, ""), ended.stderr)
+                    self.assertIn("status 104 (J4_ResultFrameFailure)", ended.stderr)
+                    # A library of that name which is not the bench's.
+                    shutil.copy(os.path.join(BUILD, "bin", bench), os.path.join(programs, instrument))
+                for arguments in ("--virtual info --json", f"--library {virtual} info --json"):
+                    ended = run(programs, arguments, os.path.abspath(programs))
+                    self.assertEqual(ended.returncode, DONE, ended.stderr)
+                    self.assertIn(virtual, json.loads(ended.stdout)["libraryPath"].replace("\\", "/"))
+        place("alone", os.path.basename(PROGRAM))
+        for search, complaint in (("real", "status 104"), ("bin", "only the virtual variant of the library was found")):
+            ended = run("alone", "info", os.path.join(BUILD, search))
+            self.assertEqual(ended.returncode, LIBRARY, ended.stderr)
+            self.assertIn(complaint, ended.stderr)
 
 
 @unittest.skipIf(WINDOWS, "terminals and signals are those of Linux")
