@@ -1,10 +1,11 @@
 #!/bin/sh
-# Installs what is missing of the Debian packages that building (build) or testing (check) needs.
+# Installs what is missing of the Debian packages that building for this machine (build), or building for all and testing
+# (check), needs.
 # usage: install.sh build|check
 set -eu
 
-build="g++ cmake ninja-build colord-data g++-mingw-w64-x86-64-posix llvm-14 pkg-config libusb-1.0-0-dev help2man libcli11-dev nlohmann-json3-dev"
-check="$build file dpkg-dev googletest liblcms2-dev libcolord-dev libbenchmark-dev wine wine64 umockdev libumockdev-dev doxygen python3 mono-mcs chromium"
+build="g++ cmake ninja-build colord-data pkg-config libusb-1.0-0-dev help2man libcli11-dev nlohmann-json3-dev libeigen3-dev"
+check="$build g++-mingw-w64-x86-64-posix llvm-14 clang-format file dpkg-dev googletest liblcms2-dev libcolord-dev libbenchmark-dev wine wine64 umockdev libumockdev-dev doxygen python3 mono-mcs chromium"
 
 case "${1-}" in
 build) wanted=$build ;;
