@@ -3,7 +3,9 @@
 
 - Every text in the library's sources, so every text that a failure can have, stands in docs/errors.md,
   docs/options.md or docs/protocol.md. Texts are taken from all string literals, so that no way of throwing escapes.
-- Every option key and property number stands in docs/options.md, every key of the virtual table in docs/simulator.md.
+- The option keys of the library and those of docs/options.md are the same, with number, section and what is answered
+  here; so are the keys of the header. Every property number stands in docs/options.md and no other, every key of the
+  virtual table in docs/simulator.md.
 - Every command of the table's protocol stands in docs/protocol.md, and every frame there has its right checksum.
 - Every status stands in docs/errors.md.
 - Links between the documents, and to their headings, lead somewhere.
@@ -18,6 +20,9 @@ SOURCE_FOLDERS = ["src", "c_sdk/src", "usbio", "Utilities", "Generic/Configurati
 # Literals that no user ever sees: names for the linker, date formats, parts of the compiler's own texts.
 NOT_SHOWN = re.compile(r"J4_\w+|SetupDi\w+|setupapi\.dll|operator|\[abi:| \[with |j4TavlaCorrection|%[-%:/HMSYmd]+"
                        r"|\\\\\.\\USBIO_Device%d|0123456789(abcdef)?|\\src\\")
+
+# What docs/options.md says of a direction in which a key is not this library's.
+INSTRUMENT = "goes to the instrument's library"
 
 problems = []
 
@@ -65,21 +70,75 @@ def check_texts(pages):
     return count
 
 
+def constants(source):
+    """The constants of a header by name, "PropertyId::MoveSpeed" for one in a namespace."""
+    text = (ROOT / source).read_text(encoding="utf-8")
+    return {f"{space}::{name}": int(value)
+            for space, body in re.findall(r"^namespace (\w+) \{\n(.*?)^\}", text, flags=re.M | re.S)
+            for name, value in re.findall(r"uint16_t (\w+) = (\d+);", body)}
+
+
+def key_rows(numbers):
+    """The library's own table of option keys: key, (number as text, section of the document, read here, written here)."""
+    sections = {"Table": "Table options", "Block": "Configuration block", "Facade": "Options of the library"}
+    rows = {}
+    text = (ROOT / "src/OptionKeys.cpp").read_text(encoding="utf-8")
+    for key, number, answers, reading, writing in re.findall(
+            r'\{"([^"]+)",\s*([\w: +]+),\s*Answers::(\w+),\s*Reading::(\w+),\s*Writing::(\w+)\}', text):
+        name, _, offset = number.partition(" + ")
+        value = str(numbers[name] + int(offset or 0)) if name in numbers else ""
+        rows[key] = (value, sections[answers], reading != "Instrument", writing != "Instrument")
+    return rows
+
+
+def documented_rows(options):
+    """The same out of docs/options.md."""
+    rows = {}
+    for section in ("Table options", "Options of the library", "Configuration block"):
+        heading, *lines = re.findall(r"^\| (.*) \|$", options.split(f"\n## {section}\n")[1].split("\n## ")[0], flags=re.M)
+        columns = [cell.strip() for cell in heading.split("|")]
+        for line in lines:
+            if line.startswith("number "):
+                break
+            cells = dict(zip(columns, (cell.strip() for cell in line.split("|"))))
+            for key in re.findall(r"^`([^`]+)`", cells["key"]):
+                number = cells.get("number") or "".join(re.findall(r"value (\d+)$", cells["reading"]))
+                here = [cells.get(column, INSTRUMENT) != INSTRUMENT for column in ("reading", "writing")]
+                rows[key] = (number, section, *here)
+    return rows
+
+
 def check_keys(options):
-    keys = {text for name in ("src/OptionKeys.cpp", "src/j4TableSDK.cpp") for text in literals(ROOT / name)
-            if re.fullmatch(r"J4T\w{3,}", text) and text not in ("J4TAll", "J4TMetric", "J4TSorvaneTable")}
-    for key in sorted(keys):
-        require(re.search(rf"^\| `{key}`", options, flags=re.M), f"docs/options.md has no row for `{key}`")
-    properties = numbers("src/j4TableProperties.h", r"uint16_t \w+ = (\d+);")
-    block = numbers("src/Flash/j4TableFlashData.h", r"uint16_t \w+ = (\d+);")
-    for number in sorted({int(number) for number in properties + block}):
+    ids = {**constants("src/j4TableProperties.h"), **constants("src/Flash/j4TableFlashData.h")}
+    keys, documented = key_rows(ids), documented_rows(options)
+    for key in sorted({*keys, *documented}):
+        require(keys.get(key) == documented.get(key),
+                f"`{key}`: the library has {keys.get(key)}, docs/options.md {documented.get(key)}")
+    header = (ROOT / "c_sdk/include/j4tavla.h").read_text(encoding="utf-8")
+    in_header = {key for cell in re.findall(r'^ \* \| (".*?") .*? \|', header, flags=re.M)
+                 for key in re.findall(r'"([^"]+)"', cell) if not key.isdigit()}
+    for key in sorted({*keys} ^ in_header):
+        problems.append(f"`{key}` stands in only one of src/OptionKeys.cpp and j4tavla.h")
+    for number in sorted(set(ids.values())):
         require(covers(options, number), f"docs/options.md has no row for the number {number}")
+    check_properties(options, ids)
     simulator = document("simulator.md")
-    bench = {text for text in literals(ROOT / "simulator/world/SimulatorOptions.cpp")
+    bench = {text for path in (ROOT / "simulator").rglob("SimulatorOptions.cpp") for text in literals(path)
              if re.fullmatch(r"Simulator\.\w+", text)}
     for key in sorted(bench):
         require(f"| `{key}` |" in simulator, f"docs/simulator.md has no row for `{key}`")
-    return len(keys) + len(set(properties + block)) + len(bench)
+    return len(keys) + len(set(ids.values())) + len(bench) if keys and ids and bench and in_header else 0
+
+
+def check_properties(options, ids):
+    """Every number in the table of properties is one that the library has, alone or between a First and a Last."""
+    ranges = [(ids[name], ids[name.replace("::First", "::Last")]) for name in ids
+              if "::First" in name and name.replace("::First", "::Last") in ids and not name.endswith("TableValue")]
+    section = options.split("\n## Numbered properties\n")[1].split("\n## ")[0]
+    for cell in re.findall(r"^\| (\d[^|]*) \|", section, flags=re.M):
+        for number in map(int, re.findall(r"\d+", cell)):
+            require(number in ids.values() or any(first <= number <= last for first, last in ranges),
+                    f"docs/options.md has a property {number} that the library has not")
 
 
 def check_protocol(protocol):

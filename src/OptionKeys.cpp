@@ -1,6 +1,5 @@
 #include "src/OptionKeys.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <locale>
@@ -21,51 +20,59 @@ using Utilities::Tools::lexical_cast;
 
 namespace {
 
-struct KeyId {
-    std::string_view key;
-    uint16_t id;
-};
+/// Stands for the number of a key that ends in one itself.
+constexpr uint16_t NumberInKey = 0xFFFF;
 
-constexpr std::array<KeyId, 5> longKeys = {{
-    {"J4TMoveSpeed", PropertyId::MoveSpeed},
-    {"J4TScanSpeed", PropertyId::ScanSpeed},
-    {"J4TScanDelay", PropertyId::ScanDelay},
-    {"J4TFirmwareVersion", PropertyId::FirmwareVersion},
-    {"J4TSerialNumber", PropertyId::SerialNumber},
+// The order of the columns: key, number, who answers, reading, writing.
+constexpr std::array<OptionKey, 38> optionKeys = {{
+    {"J4TMoveSpeed", PropertyId::MoveSpeed, Answers::Table, Reading::Number, Writing::Number},
+    {"J4TScanSpeed", PropertyId::ScanSpeed, Answers::Table, Reading::Number, Writing::Number},
+    {"J4TScanDelay", PropertyId::ScanDelay, Answers::Table, Reading::Number, Writing::Number},
+    {"J4TFirmwareVersion", PropertyId::FirmwareVersion, Answers::Table, Reading::Number, Writing::Number},
+    {"J4TSerialNumber", PropertyId::SerialNumber, Answers::Table, Reading::Number, Writing::Number},
+    {"J4TMetricAbsHomeMovements", PropertyId::FirstMetric, Answers::Table, Reading::Number, Writing::Number},
+    {"J4TMetricAbsMovements", PropertyId::FirstMetric + 1, Answers::Table, Reading::Number, Writing::Number},
+    {"J4TMetricAbsDistance", PropertyId::FirstMetric + 2, Answers::Table, Reading::Number, Writing::Number},
+    {"J4TMetricResets", PropertyId::FirstMetric + 3, Answers::Table, Reading::Number, Writing::Number},
+    {"J4TMetricRelHomeMovements", PropertyId::FirstMetric + 4, Answers::Table, Reading::Number, Writing::Number},
+    {"J4TMetricRelMovements", PropertyId::FirstMetric + 5, Answers::Table, Reading::Number, Writing::Number},
+    {"J4TMetricRelDistance", PropertyId::FirstMetric + 6, Answers::Table, Reading::Number, Writing::Number},
+    {"J4THoldPosition", PropertyId::HoldPosition, Answers::Table, Reading::YesNo, Writing::YesNo},
+    {"J4TIsVisorCoordinate", PropertyId::IsVisorCoordinate, Answers::Table, Reading::YesNo, Writing::YesNo},
+    {"J4TEnableElectrostaticFoil", PropertyId::Foil, Answers::Table, Reading::YesNo, Writing::YesNo},
+    {"J4TEnableElectrostaticFoilButton", PropertyId::FoilButton, Answers::Table, Reading::YesNo, Writing::YesNo},
+    {"J4TEnableWhitebaseCorrection", 0, Answers::Table, Reading::Instrument, Writing::WhitebaseCorrection},
+    {"J4TRecognitionAlgorithm", PropertyId::RecognitionAlgorithm, Answers::Table, Reading::Number,
+     Writing::RecognitionAlgorithm},
+    {"Recognition", 0, Answers::Table, Reading::Instrument, Writing::Recognition},
+    {"J4TConnection", 0, Answers::Table, Reading::Connection, Writing::Instrument},
+    {"J4TDeviceType", 0, Answers::Table, Reading::DeviceType, Writing::DeviceType},
+    {"J4TJ4SerialNumber", 0, Answers::Table, Reading::PairedSerialNumber, Writing::Instrument},
+    {"J4TWriteToSerialLogFile", 0, Answers::Table, Reading::Instrument, Writing::SerialLog},
+    {"J4TLastWhiteBaseTransferTime", FlashId::WhiteBaseTime, Answers::Block, Reading::BlockValue, Writing::Instrument},
+    {"J4TMaxSpeed", FlashId::MaxSpeed, Answers::Block, Reading::BlockValue, Writing::Instrument},
+    {"J4TFlash_", NumberInKey, Answers::Block, Reading::BlockValue, Writing::Instrument},
+    {"J4TVersion", VersionPart::All, Answers::Facade, Reading::Version, Writing::Instrument},
+    {"J4TMajorVersion", VersionPart::Major, Answers::Facade, Reading::Version, Writing::Instrument},
+    {"J4TMinorVersion", VersionPart::Minor, Answers::Facade, Reading::Version, Writing::Instrument},
+    {"J4TRevisionVersion", VersionPart::Revision, Answers::Facade, Reading::Version, Writing::Instrument},
+    {"J4TBuildVersion", VersionPart::Build, Answers::Facade, Reading::Version, Writing::Instrument},
+    {"LastError", 0, Answers::Facade, Reading::LastError, Writing::Instrument},
+    {"ExtendedErrorInformation", 0, Answers::Facade, Reading::ExtendedError, Writing::Instrument},
+    {"J4TUseableWithoutJ4", 0, Answers::Facade, Reading::UseableWithoutJ4, Writing::UseableWithoutJ4},
+    {"J4TSerialPortLogFile", 0, Answers::Facade, Reading::SerialPortLogFile, Writing::SerialPortLogFile},
+    {"J4TJ4SDKPath", 0, Answers::Facade, Reading::LibraryPath, Writing::Instrument},
+    {"Please throw an exception in the j4tavla SDK", 0, Answers::Facade, Reading::TestFailure, Writing::Instrument},
+    {"Reset", 0, Answers::Facade, Reading::Instrument, Writing::Reset},
 }};
 
-constexpr std::array<KeyId, 7> metricKeys = {{
-    {"J4TMetricAbsHomeMovements", PropertyId::FirstMetric},
-    {"J4TMetricAbsMovements", PropertyId::FirstMetric + 1},
-    {"J4TMetricAbsDistance", PropertyId::FirstMetric + 2},
-    {"J4TMetricResets", PropertyId::FirstMetric + 3},
-    {"J4TMetricRelHomeMovements", PropertyId::FirstMetric + 4},
-    {"J4TMetricRelMovements", PropertyId::FirstMetric + 5},
-    {"J4TMetricRelDistance", PropertyId::FirstMetric + 6},
-}};
-
-constexpr std::array<KeyId, 4> boolKeys = {{
-    {"J4THoldPosition", PropertyId::HoldPosition},
-    {"J4TIsVisorCoordinate", PropertyId::IsVisorCoordinate},
-    {"J4TEnableElectrostaticFoil", PropertyId::Foil},
-    {"J4TEnableElectrostaticFoilButton", PropertyId::FoilButton},
-}};
-
-constexpr std::array<KeyId, 2> flashKeys = {{
-    {"J4TLastWhiteBaseTransferTime", FlashId::WhiteBaseTime},
-    {"J4TMaxSpeed", FlashId::MaxSpeed},
-}};
-
-constexpr std::string_view flashPrefix = "J4TFlash_";
-
-template <class Keys>
-uint16_t Find(const Keys& keys, const std::string& key)
+/// The number behind the letters of a key, its low 16 bits; 0 for a key that does not begin with them or has none.
+uint16_t NumberBehind(std::string_view letters, const std::string& key)
 {
-    const auto found = std::find_if(keys.begin(), keys.end(), [&key](const KeyId& entry) { return entry.key == key; });
-    return found == keys.end() ? 0 : found->id;
+    // Read like "%u" of the scan functions, but defined for numbers of any length.
+    return key.starts_with(letters) ? static_cast<uint16_t>(std::strtoull(key.c_str() + letters.size(), nullptr, 10))
+                                    : 0;
 }
-
-bool IsTableKey(const std::string& key) { return key.starts_with("J4T"); }
 
 template <class T>
 std::vector<T> Numbers(const std::string& text)
@@ -79,28 +86,19 @@ std::vector<T> Numbers(const std::string& text)
 
 }  // namespace
 
-uint16_t TranslateTableKeyLong(const std::string& key)
+std::optional<OptionKey> FindOption(const std::string& key)
 {
-    if (!IsTableKey(key)) {
-        return 0;
+    for (OptionKey option : optionKeys) {
+        if (option.number == NumberInKey) {
+            option.number = NumberBehind(option.key, key);
+            if (option.number != 0) {
+                return option;
+            }
+        } else if (option.key == key) {
+            return option;
+        }
     }
-    return key.starts_with("J4TMetric") ? Find(metricKeys, key) : Find(longKeys, key);
-}
-
-uint16_t TranslateTableKeyBool(const std::string& key) { return IsTableKey(key) ? Find(boolKeys, key) : 0; }
-
-uint16_t TranslateFlashKey(const std::string& key)
-{
-    if (!IsTableKey(key)) {
-        return 0;
-    }
-    if (const uint16_t id = Find(flashKeys, key)) {
-        return id;
-    }
-    // Read like "%u" of the scan functions, but defined for numbers of any length.
-    return key.starts_with(flashPrefix)
-               ? static_cast<uint16_t>(std::strtoull(key.c_str() + flashPrefix.size(), nullptr, 10))
-               : 0;
+    return std::nullopt;
 }
 
 std::string PropertyToString(const Property& property)

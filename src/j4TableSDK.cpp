@@ -5,8 +5,10 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Utilities/Exceptions/TableExceptions.h"
@@ -32,22 +34,17 @@ using Utilities::Tools::TruncationFitsInt32;
 
 namespace {
 
-struct VersionKey {
-    std::string_view key;
-    const char* answer;
+/// By VersionPart.
+constexpr std::array<const char*, 5> versionTexts = {
+    "Version " J4T_VERSION_TEXT(J4T_VERSION_MAJOR) "." J4T_VERSION_TEXT(J4T_VERSION_MINOR) "." J4T_VERSION_TEXT(
+        J4T_VERSION_REVISION) "  Build " J4T_VERSION_TEXT(J4T_VERSION_BUILD),
+    J4T_VERSION_TEXT(J4T_VERSION_MAJOR),
+    J4T_VERSION_TEXT(J4T_VERSION_MINOR),
+    J4T_VERSION_TEXT(J4T_VERSION_REVISION),
+    J4T_VERSION_TEXT(J4T_VERSION_BUILD),
 };
-constexpr std::array<VersionKey, 5> versionKeys = {{
-    {"J4TVersion",
-     "Version " J4T_VERSION_TEXT(J4T_VERSION_MAJOR) "." J4T_VERSION_TEXT(J4T_VERSION_MINOR) "." J4T_VERSION_TEXT(
-         J4T_VERSION_REVISION) "  Build " J4T_VERSION_TEXT(J4T_VERSION_BUILD)},
-    {"J4TMajorVersion", J4T_VERSION_TEXT(J4T_VERSION_MAJOR)},
-    {"J4TMinorVersion", J4T_VERSION_TEXT(J4T_VERSION_MINOR)},
-    {"J4TRevisionVersion", J4T_VERSION_TEXT(J4T_VERSION_REVISION)},
-    {"J4TBuildVersion", J4T_VERSION_TEXT(J4T_VERSION_BUILD)},
-}};
 
 const std::string_view deviceTypePrefix = "J4TSorvaneTable";
-const std::string_view testKey = "Please throw an exception in the j4tavla SDK";
 
 /// Operations of J4_Private that are the table's own.
 constexpr int32_t FirstTableOperation = 1000;
@@ -392,110 +389,66 @@ try {
 }
 J4T_TRACE_FRAME
 
-std::string j4TableSDK::GetOptionVersion(const std::string& key)
-try {
-    const auto found = std::find_if(versionKeys.begin(), versionKeys.end(),
-                                    [&key](const VersionKey& entry) { return entry.key == key; });
-    return found == versionKeys.end() ? std::string() : found->answer;
-}
-J4T_TRACE_FRAME
-
-/// The keys that the table answers.
-std::string j4TableSDK::GetTableOption(const std::string& key, bool& found)
-{
-    found = true;
-    if (const uint16_t id = TranslateTableKeyLong(key)) {
-        return PropertyToString(Table()->GetProperty(id));
-    }
-    if (const uint16_t id = TranslateTableKeyBool(key)) {
-        return YesNo(Table()->GetProperty(id).AsLong() != 0);
-    }
-    if (key == "J4TConnection") {
-        return YesNo(J4_IsTableConnected());
-    }
-    if (key == "J4TRecognitionAlgorithm") {
-        return PropertyToString(Table()->GetProperty(PropertyId::RecognitionAlgorithm));
-    }
-    if (key == "J4TDeviceType") {
-        // Reading and writing differ by two; applications know it so.
-        return std::string(deviceTypePrefix) + std::to_string(Table()->GetDeviceIndex() - 1);
-    }
-    if (key == "J4TJ4SerialNumber") {
-        return Table()->GetPairedSerialNumber();
-    }
-    if (const uint16_t id = TranslateFlashKey(key)) {
-        return PropertyToString(Table()->GetFlashProperty(id));
-    }
-    found = false;
-    return std::string();
-}
-
 std::string j4TableSDK::J4_GetOption(const std::string& key)
 try {
-    try {
-        bool found = false;
-        const std::string answer = GetTableOption(key, found);
-        if (found) {
-            return answer;
+    const std::optional<OptionKey> option = FindOption(key);
+    if (option && option->reading != Reading::Instrument) {
+        try {
+            return ReadOption(*option);
+        } catch (const ResourceNotAvailableException&) {
+            // A table that can't be reached leaves its keys to the instrument's library.
+            if (option->answers == Answers::Facade) {
+                throw;
+            }
         }
-    } catch (const ResourceNotAvailableException&) {
-        // A table that can't be reached leaves all other keys readable.
-    }
-    const std::string version = GetOptionVersion(key);
-    if (!version.empty()) {
-        return version;
-    }
-    if (key == "LastError") {
-        return SDKError(lastError).what();
-    }
-    if (key == "ExtendedErrorInformation") {
-        return lastError.GetExtendedInformation();
-    }
-    if (key == "J4TUseableWithoutJ4") {
-        return YesNo(j4Table::useableWithoutJ4);
-    }
-    if (key == "J4TSerialPortLogFile") {
-        return SerialPortLogFile();
-    }
-    if (key == "J4TJ4SDKPath") {
-        return Library()->GetPath();
-    }
-    if (key == testKey) {
-        throw std::runtime_error("You wanted a 'throw' in the j4tavla SDK, I did it!");
-    }
-    if (IsJ4TableBackdoorKey(key)) {
+    } else if (IsJ4TableBackdoorKey(key)) {
         return EnterBackdoor(key);
     }
     return Library()->J4_GetOption(key);
 }
 J4T_TRACE_FRAME
 
+std::string j4TableSDK::ReadOption(const OptionKey& option)
+{
+    switch (option.reading) {
+    case Reading::Instrument:
+        break;
+    case Reading::Number:
+        return PropertyToString(Table()->GetProperty(option.number));
+    case Reading::YesNo:
+        return YesNo(Table()->GetProperty(option.number).AsLong() != 0);
+    case Reading::BlockValue:
+        return PropertyToString(Table()->GetFlashProperty(option.number));
+    case Reading::Connection:
+        return YesNo(J4_IsTableConnected());
+    case Reading::DeviceType:
+        // What was written is the index plus 1: reading and writing differ by two.
+        return std::string(deviceTypePrefix) + std::to_string(Table()->GetDeviceIndex() - 1);
+    case Reading::PairedSerialNumber:
+        return Table()->GetPairedSerialNumber();
+    case Reading::Version:
+        return versionTexts.at(option.number);
+    case Reading::LastError:
+        return SDKError(lastError).what();
+    case Reading::ExtendedError:
+        return lastError.GetExtendedInformation();
+    case Reading::UseableWithoutJ4:
+        return YesNo(j4Table::useableWithoutJ4);
+    case Reading::SerialPortLogFile:
+        return SerialPortLogFile();
+    case Reading::LibraryPath:
+        return Library()->GetPath();
+    case Reading::TestFailure:
+        throw std::runtime_error("You wanted a 'throw' in the j4tavla SDK, I did it!");
+    }
+    return std::string();
+}
+
 void j4TableSDK::J4_SetOption(const std::string& key, const std::string& value)
 try {
-    if (const uint16_t id = TranslateTableKeyLong(key)) {
-        const int32_t number = lexical_cast<int32_t>(value);
-        Table()->SetProperty(id, Property(number));
-    } else if (const uint16_t boolId = TranslateTableKeyBool(key)) {
-        Table()->SetProperty(boolId, Property(int32_t{IsYes(value)}));
-    } else if (key == "J4TEnableWhitebaseCorrection") {
-        Table()->ResetCorrecturVectorInJ4SDK();
-        if (!IsNo(value)) {
-            Table()->SetCorrecturVectorInJ4SDK();
-        }
-    } else if (key == "J4TRecognitionAlgorithm") {
-        const int32_t algorithm = lexical_cast<int32_t>(value);
-        Table()->SetProperty(PropertyId::RecognitionAlgorithm, Property(algorithm));
-        SetLibraryOption("Recognition", YesNo(algorithm != Recognition::None));
-    } else if (key == "Recognition") {
-        SetRecognition(value);
-    } else if (key == "J4TUseableWithoutJ4") {
-        j4Table::useableWithoutJ4 = IsYes(value);
-    } else if (key == "J4TWriteToSerialLogFile") {
-        Table()->GetComManager()->WriteToSerialLogFile(value);
-    } else if (key == "J4TSerialPortLogFile") {
-        SerialPortLogFile() = IsYes(value) ? "FTDI" : IsNo(value) ? "" : value;
-    } else if (key == "J4TDeviceType") {
-        SetDeviceType(value);
+    const std::optional<OptionKey> option = FindOption(key);
+    if (option && option->writing != Writing::Instrument) {
+        WriteOption(*option, value);
     } else if (IsJ4TableBackdoorKey(key)) {
         EnterBackdoor(key, value);
     } else {
@@ -503,6 +456,53 @@ try {
     }
 }
 J4T_TRACE_FRAME
+
+void j4TableSDK::WriteOption(const OptionKey& option, const std::string& value)
+{
+    switch (option.writing) {
+    case Writing::Instrument:
+        break;
+    case Writing::Number: {
+        const int32_t number = lexical_cast<int32_t>(value);
+        Table()->SetProperty(option.number, Property(number));
+        break;
+    }
+    case Writing::YesNo:
+        Table()->SetProperty(option.number, Property(int32_t{IsYes(value)}));
+        break;
+    case Writing::WhitebaseCorrection:
+        Table()->ResetCorrecturVectorInJ4SDK();
+        if (!IsNo(value)) {
+            Table()->SetCorrecturVectorInJ4SDK();
+        }
+        break;
+    case Writing::RecognitionAlgorithm: {
+        const int32_t algorithm = lexical_cast<int32_t>(value);
+        Table()->SetProperty(option.number, Property(algorithm));
+        SetLibraryOption("Recognition", YesNo(algorithm != Recognition::None));
+        break;
+    }
+    case Writing::Recognition:
+        SetRecognition(value);
+        break;
+    case Writing::DeviceType:
+        SetDeviceType(value);
+        break;
+    case Writing::SerialLog:
+        Table()->GetComManager()->WriteToSerialLogFile(value);
+        break;
+    case Writing::UseableWithoutJ4:
+        j4Table::useableWithoutJ4 = IsYes(value);
+        break;
+    case Writing::SerialPortLogFile:
+        SerialPortLogFile() = IsYes(value) ? "FTDI" : IsNo(value) ? "" : value;
+        break;
+    case Writing::Reset:
+        // A full reset ends this object, so the exported function has seen to it.
+        SetLibraryOption(std::string(option.key), value);
+        break;
+    }
+}
 
 void j4TableSDK::SetLibraryOption(const std::string& key, const std::string& value)
 {

@@ -15,6 +15,8 @@
 
 namespace Kestrelon::DeviceDriver::J4T {
 
+struct OptionKey;
+
 class j4TableSDK {
 public:
     j4TableSDK();
@@ -78,8 +80,8 @@ private:
     friend void ProcessDeviceMessage(int32_t message, const char* text);
     void MessageFromDevice(int32_t message, const std::string& text);
 
-    static std::string GetOptionVersion(const std::string& key);
-    std::string GetTableOption(const std::string& key, bool& found);
+    std::string ReadOption(const OptionKey& option);
+    void WriteOption(const OptionKey& option, const std::string& value);
     void SetDeviceType(const std::string& value);
     void SetRecognition(const std::string& value);
     void SetLibraryOption(const std::string& key, const std::string& value);
