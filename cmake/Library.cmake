@@ -45,15 +45,9 @@ function(j4_add_library target)
     set_target_properties(${target} PROPERTIES PREFIX "${library_prefix}" OUTPUT_NAME j4tavla64)
     target_include_directories(${target} INTERFACE
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/c_sdk/include> $<INSTALL_INTERFACE:include>)
+    j4_export(${target} ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.def)
     if(WIN32)
-        target_sources(${target} PRIVATE
-            ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.def
-            ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.rc)
+        target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.rc)
         target_include_directories(${target} PRIVATE ${CMAKE_BINARY_DIR}/generated)
-    else()
-        target_link_options(${target} PRIVATE
-            "-Wl,--version-script=${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.map" -Wl,--no-undefined)
-        set_target_properties(${target} PROPERTIES
-            LINK_DEPENDS ${PROJECT_SOURCE_DIR}/c_sdk/src/j4tavla64.map)
     endif()
 endfunction()

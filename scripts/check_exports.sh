@@ -1,7 +1,7 @@
 #!/bin/sh
 # Tests what is shipped: that no library holds a build path, that the Windows DLL needs the system alone and is marked
-# for safe loading, that each library shows exactly the 22 functions, on Windows with the ordinals 4 to 25, and the
-# instrument's stand-in exactly its sixteen.
+# for safe loading, and that each library shows exactly the functions in its module-definition file: the 22 of the
+# header, on Windows with the ordinals 4 to 25, and in the instrument's stand-in the sixteen that the bridge binds.
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -57,9 +57,10 @@ grep -Eq '^Entry 5 .* 0*[1-9a-f][0-9a-f]* Base Relocation' "$work/headers" ||
     { echo "j4tavla64.dll has no relocations" >&2; exit 1; }
 echo "j4tavla64.dll needs KERNEL32.dll and msvcrt.dll alone; no build path in any library"
 
-awk '/SlotCount> j4Bridge::functionNames/ { inList = 1 } inList && /"J4_/ { gsub(/[",]/, ""); print $1 } /^};/ { inList = 0 }' \
-    src/j4Bridge.cpp | sort >"$work/sixteen"
-[ "$(wc -l <"$work/sixteen")" -eq 16 ] || { echo "the bridge does not bind sixteen functions" >&2; exit 1; }
+sed -n 's/^ *\(J4_[A-Za-z]*\)$/\1/p' simulator/faces/Sorvane.def | sort >"$work/sixteen"
+[ "$(wc -l <"$work/sixteen")" -eq 16 ] || { echo "the list of the stand-in does not have 16 names" >&2; exit 1; }
+grep -o '"J4_[A-Za-z]*"' src/j4Bridge.cpp | tr -d '"' | sort >"$work/bound"
+diff "$work/sixteen" "$work/bound"
 linux_names out/linux/virtual/libsorvane64.so >"$work/found"
 diff "$work/sixteen" "$work/found"
 windows_names out/windows/virtual/sorvane64.dll | cut -d' ' -f2 | sort >"$work/found"

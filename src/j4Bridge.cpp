@@ -1,6 +1,7 @@
 #include "src/j4Bridge.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"

@@ -1,5 +1,7 @@
 #include "src/j4SpectraGuard.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "Utilities/Exceptions/TableExceptions.h"

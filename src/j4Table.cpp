@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 
 #include "Utilities/Exceptions/SDKError.h"
 #include "Utilities/Exceptions/TableExceptions.h"

@@ -2,6 +2,7 @@
 // ready state, and pairs the table with the one instrument, out of all that are connected, that sits in it.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 

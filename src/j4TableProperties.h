@@ -2,6 +2,8 @@
 // start from the same defaults each time.
 #pragma once
 
+#include <cstdint>
+
 #include "Generic/Configuration/Properties.h"
 
 namespace Kestrelon::DeviceDriver::J4T {

@@ -1,7 +1,9 @@
 #include "src/j4TableScanHandle.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
+#include <string>
 
 #include "Utilities/Exceptions/SDKError.h"
 #include "Utilities/Exceptions/TableExceptions.h"

@@ -1,6 +1,7 @@
 #include "usbio/CUsbIo.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 

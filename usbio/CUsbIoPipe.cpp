@@ -1,6 +1,7 @@
 #include "usbio/CUsbIoPipe.h"
 
 #include <algorithm>
+#include <cstdint>
 
 uint32_t CUsbIoPipe::Bind(int number, uint8_t endpoint, HDEVINFO list, const GUID* guid)
 {

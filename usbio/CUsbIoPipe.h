@@ -2,6 +2,8 @@
 // at the same time on their two pipes.
 #pragma once
 
+#include <cstdint>
+
 #include "usbio/CUsbIo.h"
 
 class CUsbIoPipe : public CUsbIo {

@@ -1,6 +1,7 @@
 #include "Generic/Configuration/Properties.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
 
 #include "Generic/Utilities/EndianConversion.h"

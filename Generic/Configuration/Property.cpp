@@ -1,5 +1,7 @@
 #include "Generic/Configuration/Property.h"
 
+#include <cstddef>
+
 #include "Generic/Utilities/EndianConversion.h"
 #include "Utilities/Exceptions/Exceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <new>
+#include <stdexcept>
 
 #include "Utilities/Exceptions/TraceableException.h"
 

@@ -1,5 +1,8 @@
 #include "Utilities/Exceptions/SDKError.h"
 
+#include <string>
+#include <typeinfo>
+
 namespace Kestrelon::DeviceDriver::J4T {
 
 using Utilities::Exceptions::TraceableException;

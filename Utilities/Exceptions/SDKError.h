@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "Utilities/Exceptions/Exceptions.h"
 

@@ -1,7 +1,11 @@
 #include "Utilities/Exceptions/TraceFrame.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <new>
+#include <stdexcept>
 #include <string_view>
+#include <typeinfo>
 
 #include "Utilities/Exceptions/Exceptions.h"
 

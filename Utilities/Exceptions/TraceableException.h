@@ -2,7 +2,9 @@
 // so that the text an application reads shows the whole way up the stack.
 #pragma once
 
+#include <exception>
 #include <list>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <type_traits>

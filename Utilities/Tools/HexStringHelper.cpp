@@ -1,5 +1,6 @@
 #include "Utilities/Tools/HexStringHelper.h"
 
+#include <cstddef>
 #include <iomanip>
 #include <locale>
 #include <sstream>

@@ -1,5 +1,7 @@
 #include "Utilities/Tools/StringTools.h"
 
+#include <cstddef>
+
 namespace Kestrelon::Utilities::Tools {
 
 std::vector<std::string> SplitAtBlanks(const std::string& text)

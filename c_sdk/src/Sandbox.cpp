@@ -1,5 +1,6 @@
 #include "c_sdk/src/Sandbox.h"
 
+#include <cstdint>
 #include <exception>
 #include <string>
 #include <typeinfo>

@@ -2,6 +2,8 @@
 // call, runs it, and turns whatever is thrown into a stored status and a call of the application's handler.
 #pragma once
 
+#include <string>
+
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "c_sdk/include/j4tavla.h"

@@ -1,6 +1,7 @@
 // The 22 exported functions: each names its arguments to the frame and runs the facade's operation of the
 // same name in it.
 
+#include <cstdint>
 #include <string>
 
 #include "Utilities/Exceptions/SDKError.h"

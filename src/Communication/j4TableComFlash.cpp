@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"

@@ -2,6 +2,10 @@
 // RAM buffer on the table. Arguments out of range and refusals by the table are FirmwareExceptions.
 #pragma once
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "src/Communication/j4TableCommunication.h"
 
 namespace Kestrelon::DeviceDriver::J4T::Communication {

@@ -1,5 +1,10 @@
 #include "src/Communication/j4TableComInfo.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "Utilities/Exceptions/Exceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "Utilities/Tools/HexStringHelper.h"

@@ -1,5 +1,8 @@
 #include "src/Communication/j4TableComManager.h"
 
+#include <cstdint>
+#include <string>
+
 #include "Utilities/Exceptions/TraceFrame.h"
 
 namespace Kestrelon::DeviceDriver::J4T::Communication {

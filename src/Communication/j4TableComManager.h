@@ -1,6 +1,9 @@
 // Owns the table's channel and the command objects that share it.
 #pragma once
 
+#include <cstdint>
+#include <string>
+
 #include "src/Communication/j4TableComFlash.h"
 #include "src/Communication/j4TableComInfo.h"
 #include "src/Communication/j4TableComMisc.h"

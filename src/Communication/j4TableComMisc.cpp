@@ -1,5 +1,7 @@
 #include "src/Communication/j4TableComMisc.h"
 
+#include <cstdint>
+
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "Utilities/Tools/Clock.h"

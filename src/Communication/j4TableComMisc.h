@@ -2,6 +2,8 @@
 // current, the electrostatic foil and its button, and the reset of the controller.
 #pragma once
 
+#include <cstdint>
+
 #include "src/Communication/j4TableCommunication.h"
 
 namespace Kestrelon::DeviceDriver::J4T::Communication {

@@ -1,6 +1,7 @@
 #include "src/Communication/j4TableCommunication.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"

@@ -2,6 +2,11 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <list>
+#include <string>
+#include <vector>
 
 #include "Generic/Utilities/EndianConversion.h"
 #include "Utilities/Exceptions/TableExceptions.h"

@@ -5,6 +5,10 @@
 // its order, types and sizes what each word means. The last word is the checksum.
 #pragma once
 
+#include <cstdint>
+#include <list>
+#include <vector>
+
 #include "Generic/Configuration/Properties.h"
 
 namespace Kestrelon::DeviceDriver::J4T {

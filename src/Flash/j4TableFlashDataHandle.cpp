@@ -1,6 +1,8 @@
 #include "src/Flash/j4TableFlashDataHandle.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <vector>
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"

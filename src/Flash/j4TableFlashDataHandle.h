@@ -2,6 +2,9 @@
 // changed block back with the erase and program sequence that the flash needs.
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
 #include "Utilities/Tools/SmartPointer.h"
 #include "src/Communication/j4TableComManager.h"
 #include "src/Flash/j4TableFlashData.h"

@@ -2,6 +2,7 @@
 // that it puts in front of every 64-byte packet, and hands out exactly as many bytes as are asked for.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <cstdint>
+
 namespace Kestrelon::Utilities::Tools::Clock {
 
 uint32_t GetTickCount() { return ::GetTickCount(); }

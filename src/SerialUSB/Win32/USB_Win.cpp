@@ -1,6 +1,8 @@
 #include "src/SerialUSB/Win32/USB_Win.h"
 
 #include <array>
+#include <cstddef>
+#include <string>
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
