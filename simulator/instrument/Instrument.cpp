@@ -39,7 +39,7 @@ Outcome Instrument::Calibrate(Optics& optics, BenchClock& clock)
         Current().integrationTime = cleanWhiteTime;  // a dark measurement, no white needed
         return {};
     }
-    const Spectrum light = optics.Light(serial, whiteReference, begin, clock.Now());
+    const Spectrum light = optics.Light(serial, whiteReference, begin, clock.Now(), AveragedSamples);
     if (*std::min_element(light.begin(), light.end()) < LeastWhite) {
         return {Status::CalibrationFailed, "There is no white under the instrument."};
     }
@@ -56,7 +56,7 @@ Outcome Instrument::Measure(Optics& optics, BenchClock& clock, Spectrum& result)
         result.fill(0.0f);  // nothing on the bench shines by itself
         return {};
     }
-    const Spectrum light = optics.Light(serial, whiteReference, begin, clock.Now());
+    const Spectrum light = optics.Light(serial, whiteReference, begin, clock.Now(), AveragedSamples);
     if (!Current().whiteLight) {
         return NotCalibrated();
     }
@@ -71,7 +71,7 @@ Outcome Instrument::StartScan(Optics& optics, BenchClock& clock)
     }
     const int64_t begin = clock.Now();
     clock.Advance(ScanStartUpTime);
-    optics.Light(serial, whiteReference, begin, clock.Now());
+    optics.Light(serial, whiteReference, begin, clock.Now(), 1);
     return Current().whiteLight ? Outcome() : NotCalibrated();
 }
 
@@ -79,7 +79,17 @@ Spectrum Instrument::NextSample(Optics& optics, BenchClock& clock)
 {
     const int64_t begin = clock.Now();
     clock.Advance(Current().integrationTime);
-    return Reflectance(optics.Light(serial, whiteReference, begin, clock.Now()));
+    return Reflectance(optics.Light(serial, whiteReference, begin, clock.Now(), 1));
+}
+
+Spectrum Instrument::SampleNoise(const Optics& optics) const
+{
+    Spectrum light{};
+    if (!Current().whiteLight) {
+        return light;
+    }
+    light.fill(static_cast<float>(optics.SampleNoise()));
+    return Reflectance(light);
 }
 
 void Instrument::Forget() { states = {}; }

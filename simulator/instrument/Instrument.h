@@ -23,6 +23,9 @@ public:
     static constexpr int64_t CalibrationTime = 800000;        ///< microseconds
     static constexpr int64_t SingleMeasurementTime = 200000;  ///< microseconds
 
+    /// A calibration and a single measurement are the mean of so many samples.
+    static constexpr int AveragedSamples = 100;
+
     /// Time from the trigger of a counted scan to the begin of its first sample, microseconds: the lamp warms
     /// up. The table's library needs about 30 ms to ask for the ramp data before it triggers, so that with the
     /// table's usual delay of 200 ms the first sample falls on the start of the motion.
@@ -61,6 +64,9 @@ public:
 
     /// The next sample of a scan that StartScan has allowed; takes the integration time.
     Spectrum NextSample(Optics& optics, BenchClock& clock);
+
+    /// Standard deviation of each band of a sample of such a scan; none before the calibration.
+    Spectrum SampleNoise(const Optics& optics) const;
 
     /// Every later result of the current mode is multiplied by the correction.
     void SetCorrection(const std::optional<Spectrum>& correction) { Current().correction = correction; }

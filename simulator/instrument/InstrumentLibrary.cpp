@@ -132,7 +132,7 @@ int32_t InstrumentLibrary::TriggerCountedScan(uint32_t count)
         for (uint32_t i = 0; i < count && !outcome.Failed(); ++i) {
             samples.Add(instrument.NextSample(optics, clock));
         }
-        samples.EndScan(settings.Recognition());
+        samples.EndScan(settings.Recognition(), instrument.SampleNoise(optics));
     }
     return Finish("J4_TriggerCountedScan", std::move(outcome), count);
 }

@@ -10,11 +10,12 @@ void Noise::SetSeed(uint32_t value)
     generator.seed(seed);
 }
 
-void Noise::AddTo(Spectrum& light)
+void Noise::AddTo(Spectrum& light, int samples)
 {
     if (deviation > 0.0) {
+        const double remaining = deviation / std::sqrt(static_cast<double>(samples));
         for (float& value : light) {
-            value = static_cast<float>(value + deviation * NormalDeviate());
+            value = static_cast<float>(value + remaining * NormalDeviate());
         }
     }
 }

@@ -11,7 +11,7 @@ namespace J4Bench {
 
 class Noise {
 public:
-    /// Standard deviation of each band of each measurement, as a reflectance; 0: none.
+    /// Standard deviation of each band of one sample, as a reflectance; 0: none.
     double Deviation() const { return deviation; }
     void SetDeviation(double value) { deviation = value; }
 
@@ -19,7 +19,8 @@ public:
     uint32_t Seed() const { return seed; }
     void SetSeed(uint32_t value);
 
-    void AddTo(Spectrum& light);
+    /// @param samples  number of samples whose mean the light is
+    void AddTo(Spectrum& light, int samples);
 
 private:
     /// One value of the standard normal distribution, by Box and Muller's formula.

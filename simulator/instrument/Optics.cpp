@@ -8,11 +8,11 @@
 
 namespace J4Bench {
 
-Spectrum Optics::Light(const std::string& serial, const Spectrum& rest, int64_t begin, int64_t end)
+Spectrum Optics::Light(const std::string& serial, const Spectrum& rest, int64_t begin, int64_t end, int samples)
 {
     Carriage* const carriage = seats.CarriageOf(serial);
     Spectrum light = carriage == nullptr ? rest : OnTable(*carriage, begin, end);
-    noise.AddTo(light);
+    noise.AddTo(light, samples);
     return light;
 }
 

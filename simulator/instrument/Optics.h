@@ -26,8 +26,12 @@ public:
     /// The light that comes back to an instrument, as a share of what the perfect diffuser gives back, mean
     /// over an interval of the bench's clock: the spot is looked at at three moments, so that what a moving
     /// aperture smears is smeared here. Its lamp is seen by the table that it sits in.
-    /// @param rest  reflectance under an instrument that sits in no table
-    Spectrum Light(const std::string& serial, const Spectrum& rest, int64_t begin, int64_t end);
+    /// @param rest     reflectance under an instrument that sits in no table
+    /// @param samples  number of samples that are averaged, which lowers the noise
+    Spectrum Light(const std::string& serial, const Spectrum& rest, int64_t begin, int64_t end, int samples);
+
+    /// Standard deviation of each band of the light of one sample.
+    double SampleNoise() const { return noise.Deviation(); }
 
 private:
     Spectrum OnTable(Carriage& carriage, int64_t begin, int64_t end) const;

@@ -11,6 +11,24 @@ namespace Colorimetry = J4Chart::Colorimetry;
 
 namespace {
 
+double MeanSquare(const Spectrum& values)
+{
+    double sum = 0.0;
+    for (const float value : values) {
+        sum += static_cast<double>(value) * static_cast<double>(value);
+    }
+    return sum / static_cast<double>(values.size());
+}
+
+using Sums = std::array<double, SpectrumLength>;
+
+void AddTo(Sums& sums, const Spectrum& sample)
+{
+    for (size_t band = 0; band < sums.size(); ++band) {
+        sums[band] += static_cast<double>(sample[band]);
+    }
+}
+
 /// Samples first to last, both included, of one colour.
 struct Run {
     size_t first;
@@ -19,8 +37,8 @@ struct Run {
 
 class Row {
 public:
-    Row(const std::vector<Spectrum>& samples, const std::vector<uint16_t>& positions)
-        : samples(samples), byTravel(!positions.empty())
+    Row(const std::vector<Spectrum>& samples, const std::vector<uint16_t>& positions, const Spectrum& noise)
+        : samples(samples), byTravel(!positions.empty()), noiseSquare(MeanSquare(noise))
     {
         // The position list falls again behind the end of the travel, where the table stands still.
         double reached = 0.0;
@@ -38,12 +56,16 @@ public:
     std::vector<Run> RunsOfOneColour() const
     {
         std::vector<Run> runs;
+        Sums sums{};  // of the samples of the last run
         for (size_t i = 0; i < samples.size(); ++i) {
             if (runs.empty() ||
-                Colorimetry::Distance(colours[runs.back().first], colours[i]) >= PatchRecognition::ColourTolerance) {
+                (Colorimetry::Distance(colours[runs.back().first], colours[i]) >= PatchRecognition::ColourTolerance &&
+                 !IsNoise(samples[i], sums, static_cast<double>(i - runs.back().first)))) {
                 runs.push_back({i, i});
+                sums.fill(0.0);
             }
             runs.back().last = i;
+            AddTo(sums, samples[i]);
         }
         return runs;
     }
@@ -88,13 +110,11 @@ public:
     {
         const double from = travel[run.first] + (travel[run.last] - travel[run.first]) * 0.25;
         const double to = travel[run.first] + (travel[run.last] - travel[run.first]) * 0.75;
-        std::array<double, SpectrumLength> sums{};
+        Sums sums{};
         size_t count = 0;
         const auto add = [&](size_t sample) {
             ++count;
-            for (size_t band = 0; band < sums.size(); ++band) {
-                sums[band] += static_cast<double>(samples[sample][band]);
-            }
+            AddTo(sums, samples[sample]);
         };
         for (size_t i = run.first; i <= run.last; ++i) {
             if (travel[i] >= from && travel[i] <= to) {
@@ -112,6 +132,16 @@ public:
     }
 
 private:
+    /// Whether noise alone explains how a sample differs from the mean of the samples before it.
+    bool IsNoise(const Spectrum& sample, const Sums& sums, double count) const
+    {
+        Spectrum difference{};
+        for (size_t band = 0; band < sample.size(); ++band) {
+            difference[band] = static_cast<float>(static_cast<double>(sample[band]) - sums[band] / count);
+        }
+        return MeanSquare(difference) < PatchRecognition::NoiseAllowance * noiseSquare * (1.0 + 1.0 / count);
+    }
+
     double Length(const Run& run) const { return travel[run.last] - travel[run.first] + (byTravel ? 0.0 : 1.0); }
 
     double LeastLength(const std::vector<Run>& runs) const
@@ -139,6 +169,7 @@ private:
 
     const std::vector<Spectrum>& samples;
     bool byTravel;
+    double noiseSquare;
     std::vector<double> travel;
     std::vector<Colorimetry::Triple> colours;
 };
@@ -146,9 +177,9 @@ private:
 }  // namespace
 
 std::vector<Spectrum> PatchRecognition::Reduce(const std::vector<Spectrum>& samples,
-                                               const std::vector<uint16_t>& positions)
+                                               const std::vector<uint16_t>& positions, const Spectrum& noise)
 {
-    const Row row(samples, positions);
+    const Row row(samples, positions, noise);
     std::vector<Run> runs = row.RunsOfOneColour();
     row.DropShortRuns(runs);
     row.JoinHalves(runs);

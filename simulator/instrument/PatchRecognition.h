@@ -16,6 +16,11 @@ public:
     /// differ by more.
     static constexpr double ColourTolerance = 1.5;
 
+    /// Noise makes a sample of a dark patch differ by more than that from the others. A sample also belongs to a
+    /// run when the mean square of its difference from the run's mean, over all bands, is less than so many times
+    /// what noise makes it. With 36 bands one sample in a million is a stray one.
+    static constexpr double NoiseAllowance = 2.6;
+
     /// Least travel of constant colour that makes a patch, tenths of a millimetre. Over the middle of a gap
     /// narrower than the aperture the colour stands still for up to two thirds of the aperture. A patch is seen
     /// without its neighbours over its width less the aperture.
@@ -34,8 +39,10 @@ public:
     /// @param samples    in order of time
     /// @param positions  travel of each sample in tenths of a millimetre; where it is shorter than samples
     ///                   the rest stands at the last position; empty: samples alone decide
+    /// @param noise      standard deviation of each band of a sample, which an instrument knows of itself
     /// @return one spectrum for each patch, in order of travel
-    static std::vector<Spectrum> Reduce(const std::vector<Spectrum>& samples, const std::vector<uint16_t>& positions);
+    static std::vector<Spectrum> Reduce(const std::vector<Spectrum>& samples, const std::vector<uint16_t>& positions,
+                                        const Spectrum& noise);
 };
 
 }  // namespace J4Bench

@@ -49,10 +49,10 @@ Outcome SampleStore::SetPositions(const uint16_t* values, uint64_t count)
     return {};
 }
 
-void SampleStore::EndScan(bool recognition)
+void SampleStore::EndScan(bool recognition, const Spectrum& noise)
 {
     if (recognition) {
-        samples = PatchRecognition::Reduce(samples, positions);
+        samples = PatchRecognition::Reduce(samples, positions, noise);
     }
     positions.clear();
 }

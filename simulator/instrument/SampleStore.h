@@ -33,7 +33,8 @@ public:
 
     /// A scan is over: its positions are spent.
     /// @param recognition  the samples are reduced to patches
-    void EndScan(bool recognition);
+    /// @param noise        standard deviation of each band of a sample
+    void EndScan(bool recognition, const Spectrum& noise);
 
     /// From then on densities are relative to this spectrum of 36 values.
     Outcome SetSubstrate(const float* spectrum);

@@ -147,6 +147,18 @@ TEST_F(CalibrationTest, ADirtyTileIsFound)
     EXPECT_EQ(J4_Calibrate(), 0);
 }
 
+TEST_F(CalibrationTest, NoisePassesTheChecksAndHidesNoFault)
+{
+    Set("Simulator.Noise", "0.005");
+    for (int i = 0; i < 100; ++i) {
+        ASSERT_EQ(J4_Calibrate(), 0) << i << ": " << GetOption("LastError");
+    }
+    Set("Simulator.DirtyTile", "yes");
+    ExpectFailure(J4_Calibrate(), {"J4_Calibrate", J4_ResultNotCalibrated, "White base is dirty."});
+    Set("Simulator.InstrumentLoose", "yes");
+    ExpectFailure(J4_Calibrate(), {"J4_Calibrate", J4_ResultNotCalibrated, "Sorvane not placed properly."});
+}
+
 TEST_F(CalibrationTest, ResultsReferToTheWhiteBaseInTheFlash)
 {
     const std::vector<float> factory = Numbers("J4TFlash_3000");

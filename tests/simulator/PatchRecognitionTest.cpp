@@ -8,6 +8,7 @@
 
 #include "simulator/chart/Aperture.h"
 #include "simulator/chart/Chart.h"
+#include "simulator/instrument/Noise.h"
 #include "tests/simulator/ChartText.h"
 
 namespace J4Bench {
@@ -25,7 +26,7 @@ constexpr double Width = 12.0;
 
 /// What the samples of a travel at constant speed become; the instrument stands still for ten more samples at
 /// each end, and the positions behind the end fall again.
-std::vector<Spectrum> Recognised(const RowOnPaper& row, bool withPositions)
+std::vector<Spectrum> Recognised(const RowOnPaper& row, bool withPositions, double deviation = 0.0)
 {
     std::vector<FlatPatch> patches;
     for (size_t i = 0; i < row.reflectances.size(); ++i) {
@@ -36,6 +37,10 @@ std::vector<Spectrum> Recognised(const RowOnPaper& row, bool withPositions)
     CgatsFile::Error error;
     EXPECT_TRUE(chart.Load(input, error)) << error.Text();
 
+    Noise noise;
+    noise.SetDeviation(deviation);
+    Spectrum known;
+    known.fill(static_cast<float>(deviation));
     const double length = patches.back().x * 10 + row.past * 10 - row.from * 10;
     const int moving = static_cast<int>(length / row.pace);
     std::vector<Spectrum> samples;
@@ -43,9 +48,10 @@ std::vector<Spectrum> Recognised(const RowOnPaper& row, bool withPositions)
     for (int i = -10; i < moving + 10; ++i) {
         const double travel = std::clamp(i * row.pace, 0.0, length);
         samples.push_back(chart.ReflectanceAt({row.from * 10 + travel, 500}, ApertureDiameter));
+        noise.AddTo(samples.back(), 1);
         positions.push_back(static_cast<uint16_t>(i <= moving ? travel : length - (i - moving) * row.pace / 2));
     }
-    return PatchRecognition::Reduce(samples, withPositions ? positions : std::vector<uint16_t>());
+    return PatchRecognition::Reduce(samples, withPositions ? positions : std::vector<uint16_t>(), known);
 }
 
 TEST(PatchRecognition, FindsThePatchesOfARow)
@@ -76,6 +82,26 @@ TEST(PatchRecognition, FindsThePatchesOfARow)
     }
 }
 
+TEST(PatchRecognition, LivesWithNoise)
+{
+    std::vector<double> dark;
+    for (int i = 0; i < 40; ++i) {
+        dark.push_back(i % 3 == 0 ? 0.01 : i % 3 == 1 ? 0.03 : 0.02);
+    }
+    for (const double deviation : {0.001, 0.002, 0.005}) {
+        for (const double pace : {4.0, 8.0}) {
+            for (const bool withPositions : {true, false}) {
+                SCOPED_TRACE(testing::Message() << deviation << " at " << pace << (withPositions ? ", positions" : ""));
+                const std::vector<Spectrum> found = Recognised({dark, 0.0, pace, 35, 15}, withPositions, deviation);
+                ASSERT_EQ(found.size(), dark.size());
+                for (size_t i = 0; i < found.size(); ++i) {
+                    EXPECT_NEAR(found[i][20], dark[i], 3 * deviation) << "patch " << i;
+                }
+            }
+        }
+    }
+}
+
 TEST(PatchRecognition, PaperGapsAndFewSamples)
 {
     EXPECT_EQ(Recognised({{0.1, 0.2}, 10.0, 8.0, 35, 15}, true).size(), 3u) << "a gap as wide as a patch is one";
@@ -85,10 +111,10 @@ TEST(PatchRecognition, PaperGapsAndFewSamples)
     dark.fill(0.1f);
     std::vector<Spectrum> samples(20, dark);
     samples[10].fill(0.3f);
-    EXPECT_EQ(PatchRecognition::Reduce(samples, {}).size(), 1u);
-    EXPECT_TRUE(PatchRecognition::Reduce({}, {}).empty());
-    EXPECT_TRUE(PatchRecognition::Reduce({dark}, {1, 2, 3}).empty());
-    EXPECT_TRUE(PatchRecognition::Reduce(samples, std::vector<uint16_t>(20, 0)).empty()) << "no travel, no patch";
+    EXPECT_EQ(PatchRecognition::Reduce(samples, {}, {}).size(), 1u);
+    EXPECT_TRUE(PatchRecognition::Reduce({}, {}, {}).empty());
+    EXPECT_TRUE(PatchRecognition::Reduce({dark}, {1, 2, 3}, {}).empty());
+    EXPECT_TRUE(PatchRecognition::Reduce(samples, std::vector<uint16_t>(20, 0), {}).empty()) << "no travel, no patch";
 }
 
 }  // namespace
