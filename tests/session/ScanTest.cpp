@@ -1,9 +1,5 @@
 // Rows of patches: the order of a scan, what is found, and what is left behind when it fails.
-#include <cstdio>
-#include <fstream>
-
-#include "tests/session/Session.h"
-#include "tests/simulator/ChartText.h"
+#include "tests/session/RowTest.h"
 
 namespace J4Test {
 namespace {
@@ -13,35 +9,11 @@ using testing::ElementsAreArray;
 using testing::FloatNear;
 using testing::IsEmpty;
 
-struct ScanTest : SessionTest {
-    static constexpr const char* chartFile = "session_tests_row.cgats";
-    static constexpr float patches[] = {0.2f, 0.6f, 0.1f, 0.4f};
-
-    /// A row of four patches of 20 mm from x 200 to 280, at y 250.
+struct ScanTest : RowTest {
     void SetUp() override
     {
-        SessionTest::SetUp();
-        std::vector<J4Bench::FlatPatch> row;
-        for (size_t i = 0; i < std::size(patches); ++i) {
-            row.push_back(
-                {"patch", 210.0 + 20.0 * static_cast<double>(i), 250.0, 20.0, 20.0, static_cast<double>(patches[i])});
-        }
-        std::ofstream(chartFile) << J4Bench::ChartText(row);
-        Set("Simulator.ChartFile", chartFile);
-        MakeReady();
-        Set("MeasurementMode", "ScanningReflectance");
-    }
-
-    void TearDown() override { std::remove(chartFile); }
-
-    static J4_Result ScanRow() { return J4_Scan(192.0f, 250.0f, 288.0f, 250.0f); }
-
-    static void ExpectPatches()
-    {
-        ASSERT_EQ(J4_GetNumberOfAvailableSamples(), 4);
-        for (uint32_t i = 0; i < std::size(patches); ++i) {
-            EXPECT_THAT(Measured(i), Each(FloatNear(patches[i], 0.001f))) << "patch " << i;
-        }
+        RowTest::SetUp();
+        PrepareRow();
     }
 };
 

@@ -1,6 +1,5 @@
 #include "tests/usb/TableDevice.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "simulator/table/TableUnit.h"
@@ -39,9 +38,12 @@ Bytes Packed(const std::string& text)
     return transfer;
 }
 
-TableDevice::End EndOf(Bridge::Status status)
+/// Asks the bridge of the bench's table, unless that has gone.
+template <class Question>
+TableDevice::End Ask(const TableDevice::Traits& traits, Question question)
 {
-    switch (status) {
+    const auto table = J4Bench::Bench::Instance().TableAt(traits.table);
+    switch (table != nullptr ? question(table->GetBridge()) : Bridge::Status::Removed) {
     case Bridge::Status::Done:
         return TableDevice::End::Done;
     case Bridge::Status::Stalled:
@@ -64,80 +66,34 @@ Bytes StringDescriptor(const std::string& text)
     return descriptor;
 }
 
-TableDevice::TableDevice(const Traits& traits, std::function<void()> settle) : traits(traits), settle(std::move(settle))
-{}
-
-void TableDevice::Fail(int skip, UsbFault next, size_t count)
-{
-    const std::lock_guard lock(mutex);
-    untilFault = skip;
-    fault = next;
-    faultCharacters = count;
-}
-
-void TableDevice::Limit(size_t in, size_t out)
-{
-    const std::lock_guard lock(mutex);
-    limitIn = in;
-    limitOut = out;
-}
-
-void TableDevice::Deliver(const Bytes& transfer)
-{
-    const std::lock_guard lock(mutex);
-    deliveries.push_back(transfer);
-}
-
-void TableDevice::Remove()
-{
-    const std::lock_guard lock(mutex);
-    removed = true;
-}
-
-bool TableDevice::IsRemoved() const
-{
-    const std::lock_guard lock(mutex);
-    return removed;
-}
-
 Lines TableDevice::TakeRecord()
 {
     if (settle) {
         settle();
     }
-    const std::lock_guard lock(mutex);
     return std::exchange(record, {});
-}
-
-void TableDevice::Note(const std::string& line)
-{
-    const std::lock_guard lock(mutex);
-    record.push_back(line);
 }
 
 UsbFault TableDevice::Begin()
 {
-    const std::lock_guard lock(mutex);
-    if (removed) {
+    if (isRemoved) {
         return UsbFault::Removed;
     }
     if (untilFault < 0 || untilFault-- > 0) {
         return UsbFault::None;
     }
-    removed = fault == UsbFault::Removed || fault == UsbFault::RemovedInFlight;
+    isRemoved = fault == UsbFault::Removed || fault == UsbFault::RemovedInFlight;
     return fault;
 }
 
 TableDevice::Reply TableDevice::Control(uint8_t request, uint16_t value)
 {
-    const auto table = Table();
-    return {table != nullptr ? EndOf(table->GetBridge().Control(request, value)) : End::Removed};
+    return {Ask(traits, [&](Bridge& bridge) { return bridge.Control(request, value); })};
 }
 
 TableDevice::Reply TableDevice::Read(size_t room, UsbFault happening)
 {
     Note("in " + std::to_string(room));
-    const std::lock_guard lock(mutex);
     const bool isSilent = happening == UsbFault::Silence;
     Reply reply{isSilent ? End::Never : End::Done};
     if (!deliveries.empty()) {
@@ -149,10 +105,9 @@ TableDevice::Reply TableDevice::Read(size_t room, UsbFault happening)
         return reply;
     }
     if (characters.empty()) {
-        const auto table = Table();
         Bytes read(room);
         size_t length = room;
-        const End end = table != nullptr ? EndOf(table->GetBridge().Read(read.data(), length)) : End::Removed;
+        const End end = Ask(traits, [&](Bridge& bridge) { return bridge.Read(read.data(), length); });
         if (end != End::Done) {
             return {end};
         }
@@ -167,30 +122,24 @@ TableDevice::Reply TableDevice::Read(size_t room, UsbFault happening)
 
 TableDevice::Reply TableDevice::Write(const std::string& text, UsbFault happening)
 {
-    const std::lock_guard lock(mutex);
     const bool isSilent = happening == UsbFault::Silence;
     const std::string taken = text.substr(0, isSilent ? faultCharacters : limitOut > 0 ? limitOut : text.size());
-    record.push_back("out " + taken.substr(0, taken.find('\r')));
-    const auto table = Table();
-    const End end = table != nullptr ? EndOf(table->GetBridge().Write(taken)) : End::Removed;
+    Note("out " + taken.substr(0, taken.find('\r')));
+    const End end = Ask(traits, [&](Bridge& bridge) { return bridge.Write(taken); });
     return {isSilent ? End::Never : end, {}, taken.size()};
 }
 
 TableDevice::Reply TableDevice::Serial(uint16_t language)
 {
-    const auto table = Table();
-    if (table == nullptr || !traits.hasSerial || (traits.needsLanguage && language == 0)) {
+    if (!traits.hasSerial || (traits.needsLanguage && language == 0)) {
         return {End::Stalled};
     }
-    if (const End end = EndOf(table->GetBridge().Probe()); end != End::Done) {
+    const auto table = J4Bench::Bench::Instance().TableAt(traits.table);
+    const End end = Ask(traits, [](Bridge& bridge) { return bridge.Probe(); });
+    if (end != End::Done) {
         return {end};
     }
-    return {End::Done, traits.serial ? *traits.serial : StringDescriptor(table->UsbSerial())};
-}
-
-std::shared_ptr<J4Bench::TableUnit> TableDevice::Table() const
-{
-    return J4Bench::Bench::Instance().TableAt(traits.table);
+    return {end, traits.serial ? *traits.serial : StringDescriptor(table->UsbSerial())};
 }
 
 }  // namespace J4Test

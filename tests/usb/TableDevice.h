@@ -1,22 +1,17 @@
 // A table as a device on the USB: what its transfers bring and how they fail. A table of the bench answers; the
 // platform's provider turns each request of the library into a call here, and the reply into what the platform's
-// kernel would say.
+// kernel would say. A test changes it between requests only.
 #pragma once
 
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "tests/support/CallJournal.h"
-
-namespace J4Bench {
-class TableUnit;
-}
 
 namespace J4Test {
 
@@ -56,49 +51,42 @@ public:
     };
 
     /// @param settle  waits until the provider has written down all that has happened
-    explicit TableDevice(const Traits& traits, std::function<void()> settle = {});
+    explicit TableDevice(const Traits& traits, std::function<void()> settle = {})
+        : traits(traits), settle(std::move(settle))
+    {}
 
     const Traits traits;
+    bool isRemoved = false;
+    size_t limitIn = 0;            ///< an IN transfer has at most so many characters of the line in it; 0: no limit
+    size_t limitOut = 0;           ///< of an OUT transfer at most so many characters are taken; 0: no limit
+    std::deque<Bytes> deliveries;  ///< what the next IN transfers bring, whatever the table has to say
 
     /// Does this to one of the next requests, after so many others.
     /// @param characters  of a silent transfer, how many go over before
-    void Fail(int skip, UsbFault fault, size_t characters = 0);
-
-    /// Transfers end early from now on: an IN transfer has at most so many characters of the line in it, of an OUT
-    /// transfer at most so many are taken. 0: no limit.
-    void Limit(size_t in, size_t out = 0);
-
-    /// The next IN transfers bring this, whatever the table has to say.
-    void Deliver(const Bytes& transfer);
-
-    void Remove();
-    bool IsRemoved() const;
+    void Fail(int skip, UsbFault next, size_t characters = 0)
+    {
+        untilFault = skip;
+        fault = next;
+        faultCharacters = characters;
+    }
 
     /// The requests since the last call: "in 131072", "out ;a034", "cancel", and the provider's own.
     Lines TakeRecord();
-    void Note(const std::string& line);
+    void Note(const std::string& line) { record.push_back(line); }
 
     /// For each request that can fail, before it is answered. @return the fault that is due
     UsbFault Begin();
 
     Reply Control(uint8_t request, uint16_t value);
-    Reply Read(size_t room, UsbFault fault = UsbFault::None);
-    Reply Write(const std::string& text, UsbFault fault = UsbFault::None);
+    Reply Read(size_t room, UsbFault happening);
+    Reply Write(const std::string& text, UsbFault happening);
     Reply Serial(uint16_t language);
 
 private:
-    /// The bench's table, null when it has gone.
-    std::shared_ptr<J4Bench::TableUnit> Table() const;
-
     std::function<void()> settle;
-    mutable std::mutex mutex;
-    bool removed = false;
     int untilFault = -1;
     UsbFault fault = UsbFault::None;
     size_t faultCharacters = 0;
-    size_t limitIn = 0;
-    size_t limitOut = 0;
-    std::deque<Bytes> deliveries;
     std::string characters;  ///< of the line, left over from a transfer that ended early
     Lines record;
 };

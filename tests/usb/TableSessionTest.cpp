@@ -115,7 +115,7 @@ TEST_F(TableSessionTest, ACableThatComesOutAtAnyRequestIsSurvived)
         Reconnect();
         table->Fail(skip, skip % 4 == 3 ? UsbFault::RemovedInFlight : UsbFault::Removed);
         const J4_Result result = ShortSession();
-        if (!table->IsRemoved()) {
+        if (!table->isRemoved) {
             break;
         }
         ExpectCableNoticed(result, when);
@@ -133,7 +133,7 @@ TEST_F(TableSessionTest, ACableThatComesOutDuringAScanIsSurvived)
     for (;; skip += 4) {
         table->Fail(skip, UsbFault::Removed);
         const J4_Result result = ScanRow();
-        if (!table->IsRemoved()) {
+        if (!table->isRemoved) {
             break;
         }
         const std::string when = "the cable came out at request " + std::to_string(skip) + " of the scan";
@@ -192,17 +192,19 @@ TEST_F(TableSessionTest, TransfersOfAnyShapeAreTaken)
 {
     for (const auto& [in, out] : {std::pair(1u, 1u), std::pair(3u, 7u), std::pair(61u, 2u)}) {
         Reconnect();
-        table->Limit(in, out);
+        table->limitIn = in;
+        table->limitOut = out;
         ExpectShortSession("at most " + std::to_string(in) + " and " + std::to_string(out));
         EXPECT_EQ(GetOption("J4TSerialNumber"), "640001");
         EXPECT_THAT(Application::failures, IsEmpty());
     }
-    table->Limit(0);
+    table->limitIn = 0;
+    table->limitOut = 0;
     // A lone byte, which is an empty transfer; a second packet without its status.
     for (const auto& [transfer, status] :
          {std::pair(Bytes{1}, J4_ResultNoError), std::pair(Bytes(65, 1), J4_ResultException)}) {
         float x = 0.0f;
-        table->Deliver(transfer);
+        table->deliveries.push_back(transfer);
         EXPECT_EQ(J4_GetPosition(&x, &x), status) << GetOption("LastError");
         Set("J4TDeviceType", "J4TSorvaneTable1");
         EXPECT_EQ(J4_GetPosition(&x, &x), 0) << "a table that is opened anew starts clean";

@@ -53,7 +53,7 @@ TEST_F(UsbChannelTest, FailuresNameTheCallAndTheError)
             // A stall of the first question is followed by one in another language.
             const bool asksAgain = name == "libusb_get_string_descriptor" && fault == UsbFault::Stall;
             EXPECT_EQ(Thrown(call), asksAgain ? "" : Text(name, error)) << name << " " << error;
-            if (table->IsRemoved()) {
+            if (table->isRemoved) {
                 EXPECT_NE(Thrown(call), "") << "and stays so";
             } else {
                 EXPECT_EQ(Thrown(call), "") << name << " works after: " << error;
@@ -80,7 +80,7 @@ TEST_F(UsbChannelTest, ReadsWhatComesUpToTheLargestTransfer)
                  {64, 64, "in 64"}};
     for (const auto& transfer : cases) {
         const Bytes sent(large.begin(), large.begin() + static_cast<std::ptrdiff_t>(transfer.length));
-        table->Deliver(sent);
+        table->deliveries.push_back(sent);
         EXPECT_TRUE(Read(transfer.room) == sent) << transfer.length;
         EXPECT_THAT(table->TakeRecord(), ElementsAre(transfer.request));
     }

@@ -1,10 +1,5 @@
 #include "tests/usb/UsbTest.h"
 
-#include <cstdio>
-#include <fstream>
-
-#include "tests/simulator/ChartText.h"
-
 namespace J4Test {
 
 namespace {
@@ -32,29 +27,6 @@ const auto* const environment = testing::AddGlobalTestEnvironment(new StandEnvir
 UsbStand& Stand() { return *stand; }
 
 const Lines leaving = {"out ;s022", "in 131072", "out ;f02f", "in 131072", "out ;f32c", "in 131072"};
-
-void UsbSessionTest::PrepareRow()
-{
-    constexpr const char* chartFile = "usb_tests_row.cgats";
-    std::vector<J4Bench::FlatPatch> row;
-    for (const float reflectance : patches) {
-        row.push_back({"patch", 210.0 + 20.0 * static_cast<double>(row.size()), 250.0, 20.0, 20.0,
-                       static_cast<double>(reflectance)});
-    }
-    std::ofstream(chartFile) << J4Bench::ChartText(row);
-    Set("Simulator.ChartFile", chartFile);
-    std::remove(chartFile);
-    MakeReady();
-    Set("MeasurementMode", "ScanningReflectance");
-}
-
-void UsbSessionTest::ExpectPatches()
-{
-    ASSERT_EQ(J4_GetNumberOfAvailableSamples(), 4);
-    for (uint32_t i = 0; i < std::size(patches); ++i) {
-        EXPECT_THAT(Measured(i), testing::Each(testing::FloatNear(patches[i], 0.001f))) << "patch " << i;
-    }
-}
 
 J4_Result UsbSessionTest::ShortSession()
 {

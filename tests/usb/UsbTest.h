@@ -1,7 +1,7 @@
 // The ground of the USB tests: one table plugged in, and all closed again at the end.
 #pragma once
 
-#include "tests/session/Session.h"
+#include "tests/session/RowTest.h"
 #include "tests/usb/UsbStand.h"
 
 namespace J4Test {
@@ -31,7 +31,7 @@ struct OnStand : Base {
 };
 
 /// An application with the shipped library.
-struct UsbSessionTest : OnStand<SessionTest> {
+struct UsbSessionTest : OnStand<RowTest> {
     static constexpr const char* notFound = "No device connected.";
 
     void TearDown() override
@@ -39,13 +39,6 @@ struct UsbSessionTest : OnStand<SessionTest> {
         Application::StartOver();
         OnStand::TearDown();
     }
-
-    static constexpr float patches[] = {0.5f, 0.15f, 0.7f, 0.3f};
-
-    /// All is ready for a row of four patches of 20 mm from x 200 to 280, at y 250.
-    static void PrepareRow();
-    static J4_Result ScanRow() { return J4_Scan(192.0f, 250.0f, 288.0f, 250.0f); }
-    static void ExpectPatches();
 
     /// Connects where that is not done, moves and asks where the arm is, until a call fails.
     static J4_Result ShortSession();

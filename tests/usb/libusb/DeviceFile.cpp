@@ -23,13 +23,6 @@ constexpr uint8_t StringType = 3;
 constexpr uint8_t SerialIndex = 3;
 constexpr size_t SetupSize = 8;
 
-std::string Hex(unsigned value)
-{
-    std::ostringstream text;
-    text << std::hex << value;
-    return text.str();
-}
-
 struct Unreference {
     void operator()(UMockdevIoctlData* data) const { g_object_unref(data); }
 };
@@ -159,42 +152,42 @@ int DeviceFile::Handle(unsigned long request, UMockdevIoctlData* argument)
 int DeviceFile::HandleDeviceRequest(unsigned long request, UMockdevIoctlData* argument)
 {
     const UsbFault fault = device->Begin();
-    if (device->IsRemoved()) {
+    if (device->isRemoved) {
         return ENODEV;
     }
     const bool reachesDevice = request == USBDEVFS_CLEAR_HALT || request == USBDEVFS_SETCONFIGURATION;
     if (reachesDevice && fault != UsbFault::None) {
         return fault == UsbFault::Stall ? EPIPE : ETIMEDOUT;
     }
+    std::ostringstream line;
     switch (request) {
     case USBDEVFS_DISCONNECT_CLAIM:
-        device->Note("claim " + std::to_string(ValueOf<usbdevfs_disconnect_claim>(argument).interface));
-        return 0;
+        line << "claim " << ValueOf<usbdevfs_disconnect_claim>(argument).interface;
+        break;
     case USBDEVFS_RELEASEINTERFACE:
-        device->Note("release " + std::to_string(ValueOf<unsigned>(argument)));
-        return 0;
+        line << "release " << ValueOf<unsigned>(argument);
+        break;
     case USBDEVFS_SETCONFIGURATION:
-        device->Note("configuration " + std::to_string(ValueOf<unsigned>(argument)));
-        return 0;
-    case USBDEVFS_CLEAR_HALT: {
-        const unsigned endpoint = ValueOf<unsigned>(argument);
-        halted.erase(static_cast<uint8_t>(endpoint));
-        device->Note("clear halt " + Hex(endpoint));
-        return 0;
-    }
+        line << "configuration " << ValueOf<unsigned>(argument);
+        break;
+    case USBDEVFS_CLEAR_HALT:
+        line << "clear halt " << std::hex << ValueOf<unsigned>(argument);
+        halted.erase(static_cast<uint8_t>(ValueOf<unsigned>(argument)));
+        break;
     case USBDEVFS_RESET:
-        device->Note("reset");
-        return 0;
+        line << "reset";
+        break;
     case USBDEVFS_IOCTL: {
         const usbdevfs_ioctl inner = ValueOf<usbdevfs_ioctl>(argument);
-        device->Note((inner.ioctl_code == static_cast<int>(USBDEVFS_CONNECT) ? "connect " : "ioctl ") +
-                     std::to_string(inner.ifno));
-        return 0;
+        line << (inner.ioctl_code == static_cast<int>(USBDEVFS_CONNECT) ? "connect " : "ioctl ") << inner.ifno;
+        break;
     }
     default:
-        device->Note("unknown " + Hex(static_cast<unsigned>(request)));
-        return ENOTTY;
+        line << "unknown " << std::hex << request;
+        break;
     }
+    device->Note(line.str());
+    return 0;
 }
 
 int DeviceFile::Submit(UMockdevIoctlData* argument)
@@ -221,7 +214,7 @@ int DeviceFile::Submit(UMockdevIoctlData* argument)
 int DeviceFile::Reap(UMockdevIoctlData* argument)
 {
     if (finished.empty()) {
-        return device->IsRemoved() ? ENODEV : EAGAIN;
+        return device->isRemoved ? ENODEV : EAGAIN;
     }
     const Memory data = Resolve(argument, 0, sizeof(void*));
     if (data == nullptr) {
@@ -291,7 +284,6 @@ void DeviceFile::AnswerControl(Urb& urb)
     const uint8_t request = setup[1];
     const auto value = static_cast<uint16_t>(setup[2] | setup[3] << 8);
     const auto language = static_cast<uint16_t>(setup[4] | setup[5] << 8);
-    device->Note("control " + Hex(type) + " " + Hex(request) + " " + Hex(value));
     if ((type & RequestTypeMask) == VendorRequest) {
         urb.Finish(StatusOf(device->Control(request, value).end));
         return;

@@ -136,7 +136,7 @@ void MockedBus::UnplugAt(const std::string& place)
     if (found == files.end()) {
         return;
     }
-    found->second->device->Remove();
+    found->second->device->isRemoved = true;
     umockdev_testbed_detach_ioctl(testbed.get(), nodes[place].c_str(), nullptr);
     umockdev_testbed_uevent(testbed.get(), paths[place].c_str(), "remove");
     umockdev_testbed_remove_device(testbed.get(), paths[place].c_str());

@@ -137,9 +137,9 @@ TEST_F(UsbLibusbTest, ReadsBeyondTheLargestTransferAreCutAndLateOnesKeepWhatCame
 {
     Open();
     const Bytes sent(0x20000, 0x41);
-    table->Deliver(sent);
+    table->deliveries.push_back(sent);
     EXPECT_TRUE(Read(0x40000) == sent);
-    table->Deliver({0x41});
+    table->deliveries.push_back({0x41});
     table->Fail(0, UsbFault::Silence);
     EXPECT_THAT(Read(1024), ElementsAre(0x41));
     EXPECT_THAT(table->TakeRecord(), ElementsAre("in 131072", "in 1024", "cancel"));
@@ -151,7 +151,7 @@ TEST_F(UsbLibusbTest, AllIsWrittenWhateverTheDeviceTakesAtOnce)
 {
     Open();
     for (const size_t limit : {0u, 1u, 4u, 5u, 6u}) {
-        table->Limit(0, limit);
+        table->limitOut = limit;
         Write(";a034\r");
         std::string taken;
         for (const std::string& line : table->TakeRecord()) {

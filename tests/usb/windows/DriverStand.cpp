@@ -135,7 +135,7 @@ std::shared_ptr<TableDevice> DriverStand::Plug(unsigned socket, const TableDevic
 void DriverStand::Unplug(unsigned socket)
 {
     if (devices[socket] != nullptr) {
-        devices[socket]->Remove();
+        devices[socket]->isRemoved = true;
         Unlink(socket);
         devices[socket].reset();
     }

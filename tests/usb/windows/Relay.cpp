@@ -104,16 +104,10 @@ void Relay::Plug(uint32_t table, std::shared_ptr<TableDevice> device)
     plugged[table] = std::move(device);
 }
 
-void Relay::Inject(Subject subject, Answer answer, uint32_t skip)
+void Relay::Inject(Subject subject, Answer answer, uint32_t skip, std::function<void()> event)
 {
     const std::lock_guard guard(mutex);
-    injected.push_back({subject, std::move(answer), nullptr, skip});
-}
-
-void Relay::Inject(Subject subject, std::function<void()> event, uint32_t skip)
-{
-    const std::lock_guard guard(mutex);
-    injected.push_back({subject, {}, std::move(event), skip});
+    injected.push_back({subject, std::move(answer), std::move(event), skip});
 }
 
 size_t Relay::Left()

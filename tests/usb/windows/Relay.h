@@ -46,11 +46,9 @@ public:
     /// Handles that are opened from now on are this device's.
     void Plug(uint32_t table, std::shared_ptr<TableDevice> device);
 
-    /// The next request about this subject, after so many others, is answered so instead.
-    void Inject(Subject subject, Answer answer, uint32_t skip = 0);
-
-    /// Something happens just before that request is answered.
-    void Inject(Subject subject, std::function<void()> event, uint32_t skip = 0);
+    /// The next request about this subject, after so many others, is answered so instead; or something happens just
+    /// before it is answered as ever.
+    void Inject(Subject subject, Answer answer, uint32_t skip = 0, std::function<void()> event = {});
 
     /// Injected answers and events whose request has not come.
     size_t Left();

@@ -13,7 +13,6 @@ namespace {
 
 using testing::Each;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr uint8_t EndpointOut = 0x02;
 constexpr uint8_t EndpointIn = 0x81;
@@ -37,43 +36,33 @@ struct UsbIoTest : OverDriver<OnStand<testing::Test>> {
     HDEVINFO list = nullptr;
 };
 
-TEST_F(UsbIoTest, OpensOnceAndAgainAfterItWasClosed)
+TEST_F(UsbIoTest, OpensOnceAndAClosedOneAsksNobody)
 {
-    CUsbIo device;
-    UsbIo::DeviceParameters parameters{};
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(device.Open(0, list, guid), UsbIo::StatusSuccess);
-        EXPECT_EQ(device.Open(0, list, guid), UsbIo::StatusAlreadyOpen);
-        EXPECT_EQ(device.GetDeviceParameters(parameters), UsbIo::StatusSuccess) << "still usable";
-        EXPECT_EQ(parameters.requestTimeout, 1000u);
-        device.Close();
-        device.Close();
-        EXPECT_EQ(device.GetDeviceParameters(parameters), UsbIo::StatusDeviceNotOpen);
-        EXPECT_THAT(table->TakeRecord(), ElementsAre("1 open", "1 8094206C out 12", "1 8094203C out 8", "1 close"));
-    }
-}
-
-TEST_F(UsbIoTest, AClosedObjectAsksNobody)
-{
-    CUsbIoPipe closed;
+    CUsbIoPipe pipe;
     UsbIo::DeviceParameters parameters{};
     UsbIo::DeviceDescriptor descriptor{};
     uint8_t byte = 0;
     uint32_t length = 1;
-    const std::array<uint32_t, 10> statuses = {
-        closed.GetDeviceDescriptor(descriptor),
-        closed.GetStringDescriptor(&byte, length, 1, 0),
-        closed.ClassOrVendorInRequest(&byte, length, {}),
-        closed.ClassOrVendorOutRequest(&byte, length, {}),
-        closed.SetConfiguration({}),
-        closed.UnconfigureDevice(),
-        closed.GetDeviceParameters(parameters),
-        closed.ResetDevice(),
-        closed.ResetPipe(),
-        closed.AbortPipe(),
-    };
-    EXPECT_THAT(statuses, Each(static_cast<uint32_t>(UsbIo::StatusDeviceNotOpen)));
-    EXPECT_THAT(table->TakeRecord(), IsEmpty());
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(pipe.Open(0, list, guid), UsbIo::StatusSuccess);
+        EXPECT_EQ(pipe.Open(0, list, guid), UsbIo::StatusAlreadyOpen);
+        EXPECT_EQ(pipe.GetDeviceParameters(parameters), UsbIo::StatusSuccess) << "still usable";
+        EXPECT_EQ(parameters.requestTimeout, 1000u);
+        pipe.Close();
+        pipe.Close();
+        const uint32_t statuses[] = {pipe.GetDeviceDescriptor(descriptor),
+                                     pipe.GetStringDescriptor(&byte, length, 1, 0),
+                                     pipe.ClassOrVendorInRequest(&byte, length, {}),
+                                     pipe.ClassOrVendorOutRequest(&byte, length, {}),
+                                     pipe.SetConfiguration({}),
+                                     pipe.UnconfigureDevice(),
+                                     pipe.GetDeviceParameters(parameters),
+                                     pipe.ResetDevice(),
+                                     pipe.ResetPipe(),
+                                     pipe.AbortPipe()};
+        EXPECT_THAT(statuses, Each(static_cast<uint32_t>(UsbIo::StatusDeviceNotOpen)));
+        EXPECT_THAT(table->TakeRecord(), ElementsAre("1 open", "1 8094206C out 12", "1 8094203C out 8", "1 close"));
+    }
 }
 
 TEST_F(UsbIoTest, DevicesOfAListMayHaveGone)
@@ -216,14 +205,11 @@ TEST_F(UsbIoTest, TextsOfStatusesAreCutToSize)
     EXPECT_EQ(CUsbIo::ErrorText(buffer, sizeof(buffer), 0xE000100C), late);
     EXPECT_STREQ(CUsbIo::ErrorText(buffer, sizeof(buffer), 5), "Error code 0x00000005: Windows system error code.");
     EXPECT_STREQ(CUsbIo::ErrorText(buffer, sizeof(buffer), 0), "Error code 0x00000000: No error.");
-    for (uint32_t size = 1; size < late.size(); ++size) {
+    for (const uint32_t size : {54u, 20u, 1u, 0u}) {
         std::fill(std::begin(buffer), std::end(buffer), 'z');
-        EXPECT_EQ(CUsbIo::ErrorText(buffer, size, 0xE000100C), late.substr(0, size - 1));
-        EXPECT_EQ(buffer[size], 'z') << size;
+        EXPECT_EQ(CUsbIo::ErrorText(buffer, size, 0xE000100C), buffer);
+        EXPECT_EQ(std::string(buffer, size + 1), (late.substr(0, size - 1) + '\0').substr(0, size) + 'z') << size;
     }
-    buffer[0] = 'z';
-    EXPECT_EQ(CUsbIo::ErrorText(buffer, 0, 0), buffer);
-    EXPECT_EQ(buffer[0], 'z');
     EXPECT_EQ(CUsbIo::ErrorText(nullptr, 8, 0), nullptr);
 }
 

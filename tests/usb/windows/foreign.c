@@ -9,28 +9,13 @@
 
 #include "c_sdk/include/j4tavla.h"
 
-static const char* const names[] = {"J4_Calibrate",
-                                    "J4_TriggerMeasurement",
-                                    "J4_GetNumberOfAvailableSamples",
-                                    "J4_GetSpectrum",
-                                    "J4_GetTriStimulus",
-                                    "J4_GetDensity",
-                                    "J4_SetSubstrate",
-                                    "J4_SetOption",
-                                    "J4_GetOption",
-                                    "J4_KeyPressed",
-                                    "J4_IsConnected",
-                                    "J4_GetDensities",
-                                    "J4_TriggerCountedScan",
-                                    "J4_RegisterErrorHandler",
-                                    "J4_RegisterDeviceMessageHandler",
-                                    "J4_GetPosition",
-                                    "J4_SetPosition",
-                                    "J4_GoToHomePosition",
-                                    "J4_Scan",
-                                    "J4_IsTableConnected",
-                                    "J4_SynchronizeWhitebases",
-                                    "J4_Private"};
+/* In the order of their ordinals. */
+static char names[] =
+    "J4_Calibrate J4_TriggerMeasurement J4_GetNumberOfAvailableSamples J4_GetSpectrum "
+    "J4_GetTriStimulus J4_GetDensity J4_SetSubstrate J4_SetOption J4_GetOption J4_KeyPressed "
+    "J4_IsConnected J4_GetDensities J4_TriggerCountedScan J4_RegisterErrorHandler "
+    "J4_RegisterDeviceMessageHandler J4_GetPosition J4_SetPosition J4_GoToHomePosition J4_Scan "
+    "J4_IsTableConnected J4_SynchronizeWhitebases J4_Private";
 static const unsigned firstOrdinal = 4;
 
 static int errors;
@@ -68,9 +53,10 @@ int main(int argc, char** argv)
 {
     const HMODULE library = LoadLibraryA("j4tavla64.dll");
     Expect(library != NULL);
-    for (unsigned i = 0; i < sizeof names / sizeof *names; ++i) {
-        const FARPROC byName = GetProcAddress(library, names[i]);
-        Expect(byName != NULL && byName == GetProcAddress(library, (LPCSTR)(ULONG_PTR)(firstOrdinal + i)));
+    unsigned ordinal = firstOrdinal;
+    for (const char* name = strtok(names, " "); name != NULL; name = strtok(NULL, " ")) {
+        const FARPROC byName = GetProcAddress(library, name);
+        Expect(byName != NULL && byName == GetProcAddress(library, (LPCSTR)(ULONG_PTR)ordinal++));
     }
 #define TAKE(ordinal) (void*)GetProcAddress(library, (LPCSTR)(ULONG_PTR)(ordinal))
     J4_Result (*getSpectrum)(float*, uint32_t) = TAKE(7);
