@@ -1,9 +1,8 @@
 #include "tools/MeasurementFile.h"
 
-#include <algorithm>
-#include <cmath>
 #include <sstream>
 
+#include "chart/ChartReader.h"
 #include "chart/cgats/CgatsFields.h"
 #include "chart/cgats/CgatsFile.h"
 #include "chart/colour/Colorimetry.h"
@@ -31,8 +30,6 @@ std::string Fixed(double value, int digits)
 constexpr int ColourDigits = 4;
 constexpr int PlaceDigits = 3;  // mm
 
-double Length(Point half) { return 2.0 * std::hypot(half.x, half.y); }
-
 void AddFields(CgatsTable& table, const ChartLayout& layout)
 {
     table.fields = {"SAMPLE_ID", "SAMPLE_NAME"};
@@ -46,14 +43,11 @@ void AddFields(CgatsTable& table, const ChartLayout& layout)
     }
 }
 
-struct Place {
-    size_t row = 0;
-    size_t column = 0;
-};
+using RowPlace = J4Chart::Chart::RowPlace;
 
-std::vector<Place> PlacesInRows(const ChartLayout& layout)
+std::vector<RowPlace> PlacesInRows(const ChartLayout& layout)
 {
-    std::vector<Place> places(layout.Patches().size());
+    std::vector<RowPlace> places(layout.Patches().size());
     for (size_t row = 0; row < layout.Rows().size(); ++row) {
         for (size_t column = 0; column < layout.Rows()[row].size(); ++column) {
             places[layout.Rows()[row][column]] = {row + 1, column + 1};
@@ -62,15 +56,17 @@ std::vector<Place> PlacesInRows(const ChartLayout& layout)
     return places;
 }
 
-std::vector<std::string> Values(const ChartLayout::Patch& patch, size_t index, Place place, const Spectrum& spectrum)
+std::vector<std::string> Values(const ChartLayout& layout, size_t index, RowPlace rowPlace, const Spectrum& spectrum)
 {
+    const J4Chart::Patch& patch = layout.Patches()[index];
+    const J4Chart::Place& place = layout.Places()[index];
     std::vector<std::string> values = {std::to_string(index + 1), patch.name};
     values.insert(values.end(), patch.device.begin(), patch.device.end());
-    for (const double length : {patch.centre.x, patch.centre.y, Length(patch.half), Length(patch.halfAcross)}) {
+    for (const double length : {place.centre.x, place.centre.y, place.Width(), place.Height()}) {
         values.push_back(Fixed(length, PlaceDigits));
     }
-    values.push_back(std::to_string(place.row));
-    values.push_back(std::to_string(place.column));
+    values.push_back(std::to_string(rowPlace.row));
+    values.push_back(std::to_string(rowPlace.column));
     const Colorimetry::Triple xyz = Colorimetry::TristimulusValues(spectrum);
     for (const Colorimetry::Triple& triple : {xyz, Colorimetry::LabOfTristimulus(xyz)}) {
         for (const double value : triple) {
@@ -121,10 +117,10 @@ CgatsTable FullTable(const ChartLayout& layout, const Measurements& measurements
         table.SetKeyword(keyword, value);
     }
     AddFields(table, layout);
-    const std::vector<Place> places = PlacesInRows(layout);
+    const std::vector<RowPlace> places = PlacesInRows(layout);
     for (size_t i = 0; i < measurements.size(); ++i) {
         if (measurements[i]) {
-            table.rows.push_back({Values(layout.Patches()[i], i, places[i], *measurements[i]), 0});
+            table.rows.push_back({Values(layout, i, places[i], *measurements[i]), 0});
         }
     }
     return table;
@@ -151,44 +147,29 @@ std::string MeasurementFile::Text(const ChartLayout& layout, const Measurements&
 
 Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayout& layout, const Conditions& conditions)
 {
-    J4Chart::CgatsFile file;
-    J4Chart::CgatsFile::Error error;
-    if (!file.Read(fileName, error)) {
-        Refuse(fileName, error.Text());
+    J4Chart::Chart partial;
+    try {
+        J4Chart::ChartReader::Wanted wanted;
+        wanted.spectra = true;
+        partial = J4Chart::ChartReader::Read(J4Chart::CgatsFile::Read(fileName), wanted);
+    } catch (const J4Chart::CgatsError& error) {
+        Refuse(fileName, error.what());
     }
-    const CgatsTable& table = file.Tables().front();
     for (const auto& [keyword, value] : conditions) {
-        if (keyword.ends_with("_SERIAL") && table.ValueOf(keyword) != value) {
-            Refuse(fileName, keyword + " is '" + table.ValueOf(keyword) + "' and not '" + value + "'");
+        if (keyword.ends_with("_SERIAL") && partial.Condition(keyword) != value) {
+            Refuse(fileName, keyword + " is '" + partial.Condition(keyword) + "' and not '" + value + "'");
         }
-    }
-    const int id = table.FindField("SAMPLE_ID");
-    const int name = table.FindField("SAMPLE_NAME");
-    const auto bands = J4Chart::FindSpectralFields(table);
-    if (id < 0 || name < 0 || std::find(bands.begin(), bands.end(), -1) != bands.end()) {
-        Refuse(fileName, "it lacks fields of a partial file");
     }
     Measurements measurements(layout.Patches().size());
-    for (const CgatsTable::Row& row : table.rows) {
-        const auto refuse = [&](const std::string& reason) {
-            Refuse(fileName, J4Chart::CgatsFile::Error{row.line, reason}.Text());
-        };
+    for (const J4Chart::Patch& patch : partial.patches) {
         double number = 0.0;
-        const std::string& text = row.values[static_cast<size_t>(id)];
-        if (!J4Chart::ParseNumber(text, number) || number < 1.0 || number > static_cast<double>(measurements.size()) ||
-            layout.Patches()[static_cast<size_t>(number) - 1].name != row.values[static_cast<size_t>(name)]) {
-            refuse("patch " + text + " '" + row.values[static_cast<size_t>(name)] + "' is not of this layout");
+        if (!J4Chart::ParseNumber(patch.id, number) || number < 1.0 ||
+            number > static_cast<double>(measurements.size()) ||
+            layout.Patches()[static_cast<size_t>(number) - 1].name != patch.name) {
+            const std::string reason = "patch " + patch.id + " '" + patch.name + "' is not of this layout";
+            Refuse(fileName, J4Chart::CgatsError(patch.line, reason).what());
         }
-        Spectrum spectrum{};
-        for (size_t band = 0; band < spectrum.size(); ++band) {
-            double value = 0.0;
-            const std::string& valueText = row.values[static_cast<size_t>(bands[band])];
-            if (!J4Chart::ParseNumber(valueText, value)) {
-                refuse("'" + valueText + "' is not a number");
-            }
-            spectrum[band] = static_cast<float>(value);
-        }
-        measurements[static_cast<size_t>(number) - 1] = spectrum;
+        measurements[static_cast<size_t>(number) - 1] = patch.spectrum;
     }
     return measurements;
 }

@@ -3,8 +3,6 @@
 #pragma once
 
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "tools/ChartLayout.h"
 #include "tools/Measurements.h"
@@ -16,8 +14,7 @@ public:
     /// Cgats holds everything; Spectra is the plain sheet of spectra ("SPECT") that colour management programs read.
     enum class Form { Cgats, Spectra };
 
-    /// Keyword and value, for instance "INSTRUMENT_SERIAL" and "240118".
-    using Conditions = std::vector<std::pair<std::string, std::string>>;
+    using Conditions = J4Chart::Chart::Conditions;
 
     /// The whole text of the file, with the patches that are measured.
     static std::string Text(const ChartLayout& layout, const Measurements& measurements, const Conditions& conditions,

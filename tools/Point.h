@@ -1,11 +1,10 @@
 // A place on the bed, in millimetres.
 #pragma once
 
+#include "chart/Point.h"
+
 namespace J4Tool {
 
-struct Point {
-    double x = 0.0;
-    double y = 0.0;
-};
+using J4Chart::Point;
 
 }  // namespace J4Tool

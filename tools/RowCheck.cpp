@@ -12,8 +12,8 @@ RowCheck::RowCheck(const ChartLayout& layout)
         Colours& colours = rows.emplace_back();
         counts.push_back(row.size());
         for (const size_t patch : row) {
-            if (layout.Patches()[patch].reference) {
-                colours.push_back(*layout.Patches()[patch].reference);
+            if (const auto colour = layout.Patches()[patch].Colour()) {
+                colours.push_back(*colour);
             }
         }
         if (colours.size() != row.size()) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "chart/colour/Colorimetry.h"
 #include "chart/colour/Spectrum.h"
 #include "tools/ChartLayout.h"
 
@@ -28,7 +29,7 @@ public:
     std::string Fault(size_t row, const std::vector<Spectrum>& measured) const;
 
 private:
-    using Colours = std::vector<ChartLayout::Triple>;
+    using Colours = std::vector<J4Chart::Colorimetry::Triple>;
 
     static double MeanDifference(const Colours& measured, const Colours& references, bool reversed, int shift);
 

@@ -13,11 +13,10 @@ using Pass = RowPlan::Pass;
 double Distance(Point from, Point to) { return std::hypot(to.x - from.x, to.y - from.y); }
 
 /// A place beyond the edge of a patch; side is -1 before it and 1 behind it.
-Point Beyond(const ChartLayout::Patch& patch, double margin, double side)
+Point Beyond(const J4Chart::Place& place, double margin, double side)
 {
-    const double length = std::hypot(patch.half.x, patch.half.y);
-    const double factor = side * (1.0 + margin / length);
-    return {patch.centre.x + patch.half.x * factor, patch.centre.y + patch.half.y * factor};
+    const double factor = side * (1.0 + 2.0 * margin / place.Width());
+    return {place.centre.x + place.along.x * factor, place.centre.y + place.along.y * factor};
 }
 
 Pass Reversed(const Pass& pass) { return {pass.row, !pass.reversed, pass.end, pass.start}; }
@@ -85,8 +84,8 @@ RowPlan::RowPlan(const ChartLayout& layout, double margin, Point home, bool both
     std::vector<Pass> forward;
     for (const size_t row : wanted) {
         const ChartLayout::Row& patches = layout.Rows()[row];
-        forward.push_back({row, false, Beyond(layout.Patches()[patches.front()], margin, -1.0),
-                           Beyond(layout.Patches()[patches.back()], margin, 1.0)});
+        forward.push_back({row, false, Beyond(layout.Places()[patches.front()], margin, -1.0),
+                           Beyond(layout.Places()[patches.back()], margin, 1.0)});
     }
     if (forward.empty()) {
         return;

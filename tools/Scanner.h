@@ -4,6 +4,7 @@
 #include <functional>
 #include <vector>
 
+#include "chart/ScanMotion.h"
 #include "tools/Measurements.h"
 #include "tools/RowCheck.h"
 #include "tools/RowPlan.h"
@@ -15,8 +16,8 @@ namespace J4Tool {
 class Scanner {
 public:
     struct Settings {
-        double margin = 8.0;  ///< bare paper before and behind a row, mm
-        int retries = 2;      ///< how often a failed row is tried again
+        double margin = J4Chart::ScanMotion::UsualMargin;  ///< bare paper before and behind a row, mm
+        int retries = 2;                                   ///< how often a failed row is tried again
         bool bothWays = true;
     };
 

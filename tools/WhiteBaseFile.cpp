@@ -1,7 +1,9 @@
 #include "tools/WhiteBaseFile.h"
 
 #include <sstream>
+#include <vector>
 
+#include "chart/ChartReader.h"
 #include "chart/cgats/CgatsFields.h"
 #include "chart/cgats/CgatsFile.h"
 #include "tools/AtomicFile.h"
@@ -12,8 +14,6 @@ namespace J4Tool {
 using J4Chart::Spectrum;
 
 namespace {
-
-constexpr double HighestReflectance = 2.0;
 
 [[noreturn]] void Refuse(const std::string& fileName, const std::string& reason)
 {
@@ -47,28 +47,25 @@ void SaveWhiteBase(const std::string& fileName, const Spectrum& whiteBase, const
 
 Spectrum LoadWhiteBase(const std::string& fileName)
 {
-    J4Chart::CgatsFile file;
-    J4Chart::CgatsFile::Error error;
-    if (!file.Read(fileName, error)) {
-        Refuse(fileName, error.Text());
+    std::vector<J4Chart::Patch> whites;
+    try {
+        J4Chart::ChartReader::Wanted wanted;
+        wanted.names = false;
+        wanted.spectra = true;
+        whites = J4Chart::ChartReader::Read(J4Chart::CgatsFile::Read(fileName), wanted).patches;
+    } catch (const J4Chart::CgatsError& error) {
+        Refuse(fileName, error.what());
     }
-    const J4Chart::CgatsTable& table = file.Tables().front();
-    if (table.rows.size() != 1) {
-        Refuse(fileName, "there are " + std::to_string(table.rows.size()) + " data sets instead of 1");
+    if (whites.size() != 1) {
+        Refuse(fileName, "there are " + std::to_string(whites.size()) + " data sets instead of 1");
     }
-    const auto columns = J4Chart::FindSpectralFields(table);
-    Spectrum whiteBase{};
+    const Spectrum& whiteBase = *whites.front().spectrum;
     for (size_t band = 0; band < whiteBase.size(); ++band) {
-        if (columns[band] < 0) {
-            Refuse(fileName, "the field " + J4Chart::SpectralField(band) + " is missing");
+        if (whiteBase[band] <= 0.0f) {
+            const std::string reason =
+                J4Chart::SpectralField(band) + " '" + J4Chart::NumberText(whiteBase[band]) + "' is not above 0";
+            Refuse(fileName, J4Chart::CgatsError(whites.front().line, reason).what());
         }
-        const std::string& text = table.rows.front().values[static_cast<size_t>(columns[band])];
-        double value = 0.0;
-        if (!J4Chart::ParseNumber(text, value) || value <= 0.0 || value > HighestReflectance) {
-            Refuse(fileName, "line " + std::to_string(table.rows.front().line) + ": " + J4Chart::SpectralField(band) +
-                                 " '" + text + "' is not a reflectance factor above 0 and up to 2");
-        }
-        whiteBase[band] = static_cast<float>(value);
     }
     return whiteBase;
 }

@@ -35,7 +35,8 @@ int WavelengthOf(const std::string& field)
         const std::string start = prefix;
         double wavelength = 0.0;
         if (field.starts_with(start) && ParseNumber(field.substr(start.size()), wavelength)) {
-            return wavelength == std::floor(wavelength) && wavelength < 1e6 ? static_cast<int>(wavelength) : -1;
+            const bool usable = wavelength == std::floor(wavelength) && wavelength >= 0.0 && wavelength < 1e6;
+            return usable ? static_cast<int>(wavelength) : -1;
         }
     }
     return -1;

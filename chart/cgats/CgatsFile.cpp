@@ -93,7 +93,7 @@ class Reader {
 public:
     explicit Reader(std::vector<CgatsTable>& tables) : tables(tables) {}
 
-    bool Read(std::istream& input, CgatsFile::Error& result)
+    void Read(std::istream& input)
     {
         constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
         std::string line;
@@ -102,39 +102,34 @@ public:
             if (number == 1 && line.starts_with(byteOrderMark)) {
                 line.erase(0, byteOrderMark.size());
             }
-            if (!(SplitLine(line, words) || Fail(number, "a quoted text has no end")) ||
-                !(words.empty() || TakeLine())) {
-                result = error;
-                return false;
+            if (!SplitLine(line, words)) {
+                throw CgatsError(number, "a quoted text has no end");
+            }
+            if (!words.empty()) {
+                TakeLine();
             }
         }
-        const bool whole = !input.bad() ? CheckEnd() : Fail(0, "the file can't be read to its end");
-        result = error;
-        return whole;
+        if (input.bad()) {
+            throw CgatsError(0, "the file can't be read to its end");
+        }
+        CheckEnd();
     }
 
 private:
     enum class Section { Head, Format, BetweenFormatAndData, Data };
 
-    bool Fail(int line, std::string reason)
-    {
-        error = {line, std::move(reason)};
-        return false;
-    }
-
     /// Counts that the head promises are held against what is really there.
-    bool Promised(const char* keyword, size_t found)
+    void CheckPromise(const char* keyword, size_t found) const
     {
         const CgatsTable::Keyword* entry = table.FindKeyword(keyword);
         double promised = 0.0;
-        if (entry == nullptr || (ParseNumber(entry->value, promised) && promised == static_cast<double>(found))) {
-            return true;
+        if (entry != nullptr && !(ParseNumber(entry->value, promised) && promised == static_cast<double>(found))) {
+            throw CgatsError(entry->line,
+                             std::string(keyword) + " is " + entry->value + ", but there are " + std::to_string(found));
         }
-        return Fail(entry->line,
-                    std::string(keyword) + " is " + entry->value + ", but there are " + std::to_string(found));
     }
 
-    bool TakeLine()
+    void TakeLine()
     {
         switch (section) {
         case Section::Format:
@@ -146,17 +141,17 @@ private:
         }
     }
 
-    bool TakeHead()
+    void TakeHead()
     {
         const std::string& first = words.front();
         if (first == "BEGIN_DATA_FORMAT") {
             if (section != Section::Head) {
-                return Fail(number, "a second BEGIN_DATA_FORMAT");
+                throw CgatsError(number, "a second BEGIN_DATA_FORMAT");
             }
             section = Section::Format;
         } else if (first == "BEGIN_DATA") {
             if (section == Section::Head) {
-                return Fail(number, "BEGIN_DATA before the data format");
+                throw CgatsError(number, "BEGIN_DATA before the data format");
             }
             section = Section::Data;
         } else if (first == "KEYWORD") {
@@ -167,54 +162,52 @@ private:
             table.keywords.push_back({first, Joined(words, 1), number});
         }
         begun = true;
-        return true;
     }
 
-    bool TakeFormat()
+    void TakeFormat()
     {
         for (std::string& word : words) {
             if (word == "END_DATA_FORMAT") {
                 section = Section::BetweenFormatAndData;
-                return Promised("NUMBER_OF_FIELDS", table.fields.size());
+                CheckPromise("NUMBER_OF_FIELDS", table.fields.size());
+                return;
             }
             table.fields.push_back(std::move(word));
         }
-        return true;
     }
 
-    bool TakeData()
+    void TakeData()
     {
         if (words.front() == "END_DATA") {
-            if (!Promised("NUMBER_OF_SETS", table.rows.size())) {
-                return false;
-            }
+            CheckPromise("NUMBER_OF_SETS", table.rows.size());
             std::erase_if(table.keywords, [](const CgatsTable::Keyword& keyword) { return IsCount(keyword.name); });
             tables.push_back(std::exchange(table, {}));
             section = Section::Head;
             begun = false;
-            return true;
+            return;
         }
         if (words.size() != table.fields.size()) {
-            return Fail(number,
-                        std::to_string(words.size()) + " values instead of " + std::to_string(table.fields.size()));
+            throw CgatsError(
+                number, std::to_string(words.size()) + " values instead of " + std::to_string(table.fields.size()));
         }
         table.rows.push_back({std::exchange(words, {}), number});
-        return true;
     }
 
-    bool CheckEnd()
+    void CheckEnd()
     {
         switch (section) {
         case Section::Format:
-            return Fail(number, "END_DATA_FORMAT is missing");
+            throw CgatsError(number, "END_DATA_FORMAT is missing");
         case Section::BetweenFormatAndData:
-            return Fail(number, "BEGIN_DATA is missing");
+            throw CgatsError(number, "BEGIN_DATA is missing");
         case Section::Data:
-            return Fail(number, "END_DATA is missing");
+            throw CgatsError(number, "END_DATA is missing");
         case Section::Head:
             break;
         }
-        return !(tables.empty() || begun) || Fail(number, "BEGIN_DATA_FORMAT is missing");
+        if (tables.empty() || begun) {
+            throw CgatsError(number, "BEGIN_DATA_FORMAT is missing");
+        }
     }
 
     std::vector<CgatsTable>& tables;
@@ -223,7 +216,6 @@ private:
     bool begun = false;  ///< something of the present table has been read
     int number = 0;
     std::vector<std::string> words;
-    CgatsFile::Error error;
 };
 
 std::string Quoted(const std::string& text)
@@ -276,25 +268,20 @@ void WriteTable(const CgatsTable& table, std::ostream& output)
 
 }  // namespace
 
-std::string CgatsFile::Error::Text() const
+CgatsFile CgatsFile::Read(std::istream& input)
 {
-    return line > 0 ? "line " + std::to_string(line) + ": " + reason : reason;
+    CgatsFile file;
+    Reader(file.tables).Read(input);
+    return file;
 }
 
-bool CgatsFile::Read(std::istream& input, Error& error)
-{
-    tables.clear();
-    return Reader(tables).Read(input, error);
-}
-
-bool CgatsFile::Read(const std::string& fileName, Error& error)
+CgatsFile CgatsFile::Read(const std::string& fileName)
 {
     std::ifstream input(fileName, std::ios::binary);
     if (!input) {
-        error = {0, "the file can't be opened"};
-        return false;
+        throw CgatsError(0, "the file can't be opened");
     }
-    return Read(input, error);
+    return Read(input);
 }
 
 void CgatsFile::Write(std::ostream& output) const

@@ -7,28 +7,19 @@
 #include <string>
 #include <vector>
 
+#include "chart/cgats/CgatsError.h"
 #include "chart/cgats/CgatsTable.h"
 
 namespace J4Chart {
 
 class CgatsFile {
 public:
-    /// What is wrong with a file, and where; line 0 means the file as a whole.
-    struct Error {
-        int line = 0;
-        std::string reason;
-
-        /// For instance "line 12: 40 values instead of 41".
-        std::string Text() const;
-    };
-
     /// Reads a whole file: lines end in LF or CR LF, "#" begins a comment, words are separated by blanks and
     /// tabs, a text with blanks stands in double or single quotes. One data set stands in one line. Further
     /// tables follow behind END_DATA, each with its own head and format.
-    /// @return true when the file is whole, which means at least one table; false with error set, and the
-    ///         object is of no use then
-    bool Read(std::istream& input, Error& error);
-    bool Read(const std::string& fileName, Error& error);
+    /// @throws CgatsError for a file that is not whole, which means at least one table
+    static CgatsFile Read(std::istream& input);
+    static CgatsFile Read(const std::string& fileName);
 
     /// Writes all tables in the form that the common readers take: counts first, keywords that are not of the
     /// standard announced by KEYWORD, values in quotes, tabs between the values of a row.

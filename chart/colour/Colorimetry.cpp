@@ -1,5 +1,6 @@
 #include "chart/colour/Colorimetry.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -133,7 +134,8 @@ double Ciede2000(const Triple& first, const Triple& second)
     const double l = (second[0] - first[0]) / lightnessWeight;
     const double c = (chroma2 - chroma1) / chromaWeight;
     const double h = 2.0 * std::sqrt(chroma1 * chroma2) * std::sin(Radians(hueDifference / 2.0)) / hueWeight;
-    return std::sqrt(l * l + c * c + h * h + turn * c * h);
+    // The turn never outweighs the squares, but rounding may take the sum of near equals below 0.
+    return std::sqrt(std::max(0.0, l * l + c * c + h * h + turn * c * h));
 }
 
 }  // namespace J4Chart::Colorimetry

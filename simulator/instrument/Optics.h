@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "simulator/chart/Chart.h"
+#include "simulator/chart/PrintedChart.h"
 #include "simulator/ground/Faults.h"
 #include "simulator/ground/Seats.h"
 #include "simulator/ground/Spectrum.h"
@@ -19,7 +19,7 @@ public:
     static constexpr double LooseShare = 0.8;
 
     /// All of them must live as long as the optics.
-    Optics(Seats& seats, const Faults& faults, const Chart& chart, Noise& noise)
+    Optics(Seats& seats, const Faults& faults, const PrintedChart& chart, Noise& noise)
         : seats(seats), faults(faults), chart(chart), noise(noise)
     {}
 
@@ -38,7 +38,7 @@ private:
 
     Seats& seats;
     const Faults& faults;
-    const Chart& chart;
+    const PrintedChart& chart;
     Noise& noise;
 };
 

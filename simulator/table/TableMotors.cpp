@@ -2,13 +2,15 @@
 
 #include <utility>
 
+#include "chart/ScanMotion.h"
+
 namespace J4Bench {
 
 namespace {
 
-constexpr int64_t InitializationTime = 1500000;  // microseconds
-constexpr double Acceleration = 16000.0;         // tenths of a millimetre per second squared
-constexpr double HomeSpeed = 2000.0;             // tenths of a millimetre per second
+constexpr int64_t InitializationTime = 1500000;                                 // microseconds
+constexpr double Acceleration = 10.0 * J4Chart::ScanMotion::UsualAcceleration;  // tenths of a millimetre
+constexpr double HomeSpeed = 2000.0;                                            // tenths of a millimetre per second
 
 TableMotors::Error ConfigurationError(const ConfigurationBlock& configuration)
 {

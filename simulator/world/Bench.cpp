@@ -95,7 +95,7 @@ void Bench::Reset()
     faults = Faults();
     journal = Journal();
     clock.SetTimeScale(0.0);
-    chart = Chart();
+    chart = PrintedChart();
     noise = Noise();
     instruments = InstrumentRack(DefaultInstruments);
     options.Forget();

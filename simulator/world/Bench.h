@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/chart/Chart.h"
+#include "simulator/chart/PrintedChart.h"
 #include "simulator/ground/BenchApi.h"
 #include "simulator/ground/BenchClock.h"
 #include "simulator/ground/Carriage.h"
@@ -41,7 +41,7 @@ public:
     BenchClock& Clock() { return clock; }
     Journal& GetJournal() { return journal; }
     Faults& GetFaults() { return faults; }
-    Chart& GetChart() { return chart; }
+    PrintedChart& GetChart() { return chart; }
     Noise& GetNoise() { return noise; }
     InstrumentRack& Instruments() { return instruments; }
     InstrumentLibrary& Library() { return library; }
@@ -79,7 +79,7 @@ private:
     BenchClock clock;
     Journal journal;
     Faults faults;
-    Chart chart;
+    PrintedChart chart;
     Noise noise;
     std::vector<std::shared_ptr<TableUnit>> tables;
     InstrumentRack instruments;

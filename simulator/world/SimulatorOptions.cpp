@@ -6,6 +6,7 @@
 #include <sstream>
 #include <vector>
 
+#include "chart/cgats/CgatsError.h"
 #include "simulator/ground/TextList.h"
 #include "simulator/world/Bench.h"
 
@@ -116,9 +117,10 @@ void SimulatorOptions::AddFaults()
 
 Outcome SimulatorOptions::LoadChart(const std::string& fileName)
 {
-    CgatsFile::Error error;
-    if (!bench.GetChart().Load(fileName, error)) {
-        return {Status::InvalidValue, "Chart file '" + fileName + "': " + error.Text() + "."};
+    try {
+        bench.GetChart() = PrintedChart::Load(fileName);
+    } catch (const J4Chart::CgatsError& error) {
+        return {Status::InvalidValue, "Chart file '" + fileName + "': " + error.what() + "."};
     }
     chartFile = fileName;
     return {};

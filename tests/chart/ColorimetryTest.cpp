@@ -30,9 +30,7 @@ TEST(Colorimetry, TablesAreThoseOfTheCie)
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(std::string(test.file) + " row " + std::to_string(test.row));
-        CgatsFile file;
-        CgatsFile::Error error;
-        ASSERT_TRUE(file.Read(folder + test.file, error)) << error.Text();
+        const CgatsFile file = CgatsFile::Read(folder + test.file);
         const CgatsTable& table = file.Tables().front();
         for (int band = 0; band < CieBands; ++band) {
             const std::string field = "SPEC_" + std::to_string(CieFirstWavelength + CieWavelengthStep * band);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/report/CgatsText.h"
+#include "tests/report/SourceOf.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -78,72 +78,11 @@ TEST(ReportData, MatchesByNameOrElseByNumber)
     EXPECT_THROW(ReportData(SourceOf(labFields, "1 A 40 0 0\n"), &stranger), ToolError);
 }
 
-TEST(ReportData, ColoursFromWhateverTheFileHas)
-{
-    // A reflectance of 0.184187 in all bands has L* 50.
-    const std::string spectrum = FlatSpectrum("0.184187");
-    struct Case {
-        const char* what;
-        std::string fields, row;
-        bool hasSpectrum;
-    };
-    const Case cases[] = {
-        {"spectrum, which goes before LAB", "SAMPLE_ID LAB_L LAB_A LAB_B" + SpectralFields(), "1 9 9 9" + spectrum,
-         true},
-        {"LAB, which goes before XYZ", "SAMPLE_ID XYZ_X XYZ_Y XYZ_Z LAB_L LAB_A LAB_B", "1 9 9 9 50 0 0", false},
-        {"LAB beside a spectrum with one band", "SAMPLE_ID SPECTRAL_NM380 LAB_L LAB_A LAB_B", "1 0.5 50 0 0", false},
-    };
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.what);
-        const ReportData data(SourceOf(test.fields, test.row + "\n"));
-        EXPECT_NEAR(data.Patches()[0].measured.lab[0], 50.0, 0.001);
-        EXPECT_NEAR(data.Patches()[0].measured.lab[1], 0.0, 0.001);
-        EXPECT_EQ(data.Patches()[0].measured.spectrum.has_value(), test.hasSpectrum);
-    }
-    EXPECT_NEAR(ReportData(SourceOf("SAMPLE_ID" + SpectralFields(), "1" + FlatSpectrum("18.4187") + "\n",
-                                    "SPECTRAL_NORM \"100\"\n"))
-                    .Patches()[0]
-                    .measured.lab[0],
-                50.0, 0.001)
-        << "percent";
-    EXPECT_NEAR(
-        ReportData(SourceOf("SAMPLE_ID XYZ_X XYZ_Y XYZ_Z", "1 17.76 18.4187 15.20\n")).Patches()[0].measured.lab[0],
-        50.0, 0.001);
-}
-
-TEST(ReportData, BrokenFilesNameLineAndReason)
-{
-    struct Case {
-        std::string fields, rows;
-        const char* reason;
-    };
-    const Case cases[] = {
-        {"SAMPLE_ID LAB_L LAB_A LAB_B", "1 50 0 0\n2 50 x 0\n",
-         "chart.cgats: line 7: LAB_A is 'x', which is no number"},
-        {"SAMPLE_ID CMYK_C", "1 50\n", "chart.cgats: no patches with spectra, LAB or XYZ values"},
-        {"SAMPLE_ID LAB_L LAB_A LAB_B", "", "chart.cgats: no patches with spectra, LAB or XYZ values"},
-    };
-    for (const Case& test : cases) {
-        try {
-            SourceOf(test.fields, test.rows);
-            ADD_FAILURE() << test.reason;
-        } catch (const ToolError& error) {
-            EXPECT_STREQ(error.what(), test.reason);
-            EXPECT_EQ(error.code, ExitCode::File);
-        }
-    }
-}
-
 TEST(ReportData, PlacesOfThePatches)
 {
-    const std::string placed = "SAMPLE_ID X Y WIDTH HEIGHT LAB_L LAB_A LAB_B";
     const std::string bare = "SAMPLE_ID LAB_L LAB_A LAB_B";
-    const ReportData::Source reference = SourceOf(placed, "1 100 200 10 20 50 0 0\n2 112 200 10 20 50 0 0\n");
-
-    const ReportData corner(SourceOf(placed, "1 95 190 10 20 50 0 0\n", "LAYOUT_ORIGIN \"CORNER\"\n"));
-    EXPECT_TRUE(corner.IsPlaced());
-    EXPECT_EQ(corner.Patches()[0].place.x, 100.0);
-    EXPECT_EQ(corner.Patches()[0].place.y, 200.0);
+    const ReportData::Source reference =
+        SourceOf("SAMPLE_ID X Y WIDTH HEIGHT LAB_L LAB_A LAB_B", "1 100 200 10 20 50 0 0\n2 112 200 10 20 50 0 0\n");
 
     const ReportData fromReference(SourceOf(bare, "2 50 0 0\n1 50 0 0\n"), &reference);
     EXPECT_TRUE(fromReference.IsPlaced());
@@ -177,6 +116,9 @@ TEST(ReportData, RowsOfTheScan)
          10.0},
         {"along y", conditions, "1 0 0 10 20 1 1 50 0 0\n2 0 12 10 20 1 2 50 0 0\n", 1, 34.0, 6.0, 28.0, 20.0},
         {"margin not known", "SCAN_SPEED \"160\"\n", "1 30 0 10 20 1 1 50 0 0\n", 1, 26.0, 8.0, 18.0, 10.0},
+        {"no margin, an integration time in words",
+         "SCAN_SPEED \"160\"\nSCAN_MARGIN 0\nINTEGRATION_TIME \"about 5 ms\"\n", "1 30 0 10 20 1 1 50 0 0\n", 1, 10.0,
+         0.0, 10.0, 10.0},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.what);

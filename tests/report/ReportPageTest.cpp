@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/report/CgatsText.h"
+#include "tests/report/SourceOf.h"
 
 namespace J4Tool {
 namespace {

@@ -6,7 +6,6 @@
 namespace J4Test {
 namespace {
 
-using testing::Each;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::FloatNear;
@@ -193,20 +192,6 @@ TEST_F(CalibrationTest, ResultsReferToTheWhiteBaseInTheFlash)
     EXPECT_THAT(Numbers("J4TFlash_3000"), Pointwise(FloatNear(1e-5f), white)) << "kept by the table";
     Set("J4TEnableWhitebaseCorrection", "no");
     EXPECT_EQ(J4_TriggerMeasurement(), 3) << "the library has forgotten its calibration";
-}
-
-TEST_F(CalibrationTest, AnUnusableWhiteBaseIsRefusedBeforeAnythingIsSent)
-{
-    Spectrum white;
-    white.fill(0.9f);
-    white[35] = 0.0f;
-    StartJournal();
-    ExpectFailure(J4_SynchronizeWhitebases(white.data()),
-                  {"J4_SynchronizeWhitebases", J4_ResultWhiteBase, "White data contains zero values."});
-    EXPECT_THAT(LinesThatBegin(TakeJournal(), {"table", "set", "private"}), IsEmpty());
-    white.fill(0.9f);
-    EXPECT_EQ(J4_SynchronizeWhitebases(white.data()), 0);
-    EXPECT_THAT(Numbers("J4TFlash_3000"), Each(FloatNear(0.9f, 1e-6f)));
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <fstream>
 
 #include "tests/session/Session.h"
-#include "tests/simulator/ChartText.h"
+#include "tests/support/ChartText.h"
 
 namespace J4Test {
 
@@ -17,12 +17,12 @@ struct RowTest : SessionTest {
     static void PrepareRow()
     {
         constexpr const char* chartFile = "session_row.cgats";
-        std::vector<J4Bench::FlatPatch> row;
+        std::vector<FlatPatch> row;
         for (const float reflectance : patches) {
             row.push_back({"patch", 210.0 + 20.0 * static_cast<double>(row.size()), 250.0, 20.0, 20.0,
                            static_cast<double>(reflectance)});
         }
-        std::ofstream(chartFile) << J4Bench::ChartText(row);
+        std::ofstream(chartFile) << ChartText(row);
         Set("Simulator.ChartFile", chartFile);
         std::remove(chartFile);
         MakeReady();

@@ -118,15 +118,6 @@ TEST_F(StartTest, WithoutAnInstrumentInTheTableNothingIsChosen)
     EXPECT_EQ(GetOption("J4TJ4SerialNumber"), "240119") << "paired as soon as one is found";
 }
 
-TEST_F(StartTest, NoInstrumentAtAllEndsTheSearchAtOnce)
-{
-    Set("Simulator.Instruments", "0");
-    StartJournal();
-    EXPECT_EQ(J4_IsTableConnected(), J4_ResultSpectrophotometerNotConnected);
-    EXPECT_THAT(TakeJournal(), ElementsAre("table a0", "table i0", "table s0", "get DeviceType", "J4_IsConnected = 2",
-                                           "table c0", "set DeviceType Sorvane0"));
-}
-
 TEST_F(StartTest, TheOptionChoosesAmongSeveralTables)
 {
     Set("Simulator.Tables", "2");

@@ -16,8 +16,8 @@
 
 #include "simulator/table/ConfigurationBlock.h"
 #include "simulator/world/Bench.h"
-#include "tests/simulator/ChartText.h"
 #include "tests/simulator/TableLine.h"
+#include "tests/support/ChartText.h"
 
 namespace J4Bench {
 namespace {
@@ -67,10 +67,10 @@ protected:
         return reference;
     }
 
-    void PutChart(const std::vector<FlatPatch>& patches)
+    void PutChart(const std::vector<J4Test::FlatPatch>& patches)
     {
         const std::string name = testing::TempDir() + "library_test.cgats";
-        std::ofstream(name) << ChartText(patches, "PAPER_REFLECTANCE 0.88\n");
+        std::ofstream(name) << J4Test::ChartText(patches, "PAPER_REFLECTANCE 0.88\n");
         ASSERT_EQ(Set("Simulator.ChartFile", name), Status::Ok) << Get("LastError");
     }
 
@@ -169,7 +169,7 @@ TEST_F(LibraryTest, TheTableSeesOnlyItsOwnInstrument)
 
 TEST_F(LibraryTest, ACountedScanSeesTheRunningMotion)
 {
-    const std::vector<FlatPatch> patches = {
+    const std::vector<J4Test::FlatPatch> patches = {
         {"a", 300, 300, 20, 20, 0.2}, {"b", 320, 300, 20, 20, 0.6}, {"c", 343, 300, 20, 20, 0.1}};
     PutChart(patches);
     ASSERT_EQ(library.Calibrate(), Status::Ok);

@@ -3,13 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <sstream>
 #include <utility>
 
 #include "simulator/chart/Aperture.h"
-#include "simulator/chart/Chart.h"
+#include "simulator/chart/PrintedChart.h"
 #include "simulator/instrument/Noise.h"
-#include "tests/simulator/ChartText.h"
 
 namespace J4Bench {
 namespace {
@@ -28,20 +26,19 @@ constexpr double Width = 12.0;
 /// each end, and the positions behind the end fall again.
 std::vector<Spectrum> Recognised(const RowOnPaper& row, bool withPositions, double deviation = 0.0)
 {
-    std::vector<FlatPatch> patches;
+    J4Chart::Chart printed;
     for (size_t i = 0; i < row.reflectances.size(); ++i) {
-        patches.push_back({"P", 50 + static_cast<double>(i) * (Width + row.gap), 50, Width, 20, row.reflectances[i]});
+        const double x = 50 + static_cast<double>(i) * (Width + row.gap);
+        printed.places.push_back(J4Chart::Place::Upright({x, 50}, Width, 20));
+        printed.patches.emplace_back().spectrum.emplace().fill(static_cast<float>(row.reflectances[i]));
     }
-    std::istringstream input(ChartText(patches));
-    Chart chart;
-    CgatsFile::Error error;
-    EXPECT_TRUE(chart.Load(input, error)) << error.Text();
+    const PrintedChart chart(printed);
 
     Noise noise;
     noise.SetDeviation(deviation);
     Spectrum known;
     known.fill(static_cast<float>(deviation));
-    const double length = patches.back().x * 10 + row.past * 10 - row.from * 10;
+    const double length = printed.places.back().centre.x * 10 + row.past * 10 - row.from * 10;
     const int moving = static_cast<int>(length / row.pace);
     std::vector<Spectrum> samples;
     std::vector<uint16_t> positions;

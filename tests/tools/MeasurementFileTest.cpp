@@ -32,7 +32,7 @@ TEST(MeasurementFile, PartialFilesGiveBackEveryBit)
     WriteAtomically("measurement_file_test.partial", text);
     EXPECT_EQ(MeasurementFile::Load("measurement_file_test.partial", layout, Conditions), measurements);
 
-    const auto table = TableOf(text);
+    const J4Chart::CgatsTable table = FileOf(text).Tables().front();
     EXPECT_EQ(table.rows.size(), 3u);
     EXPECT_EQ(table.ValueOf("INSTRUMENT_SERIAL"), "240118");
     EXPECT_EQ(table.rows[1].values[static_cast<size_t>(table.FindField("SCAN_COLUMN"))], "2");

@@ -71,17 +71,13 @@ TEST(RowCheck, FindsWhatWasReadInstead)
 
 TEST(RowCheck, ChartsThatTellNothingAboutTheDirectionAreGood)
 {
-    const std::string head = "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID X Y WIDTH HEIGHT";
-    const std::string places = "\nEND_DATA_FORMAT\nBEGIN_DATA\n";
+    const std::string fields = "SAMPLE_ID X Y WIDTH HEIGHT";
     // No references; and a row that is the same from both sides, printed far off.
-    const RowCheck without(ChartLayout::FromTable(
-        TableOf(head + places + "a 10 10 8 8\nb 20 10 8 8\nc 30 10 8 8\nEND_DATA\n"), {}, false));
+    const RowCheck without(LayoutOf(CgatsText(fields, "a 10 10 8 8\nb 20 10 8 8\nc 30 10 8 8\n")));
     EXPECT_EQ(without.Fault(0, RowOf(2, 3)), "");
     EXPECT_EQ(without.Fault(0, RowOf(2, 2)), "2 patches were found instead of 3");
-    const RowCheck symmetric(
-        ChartLayout::FromTable(TableOf(head + " LAB_L LAB_A LAB_B" + places +
-                                       "a 10 10 8 8 50 0 0\nb 20 10 8 8 30 0 0\nc 30 10 8 8 50 0 0\nEND_DATA\n"),
-                               {}, false));
+    const RowCheck symmetric(LayoutOf(
+        CgatsText(fields + " LAB_L LAB_A LAB_B", "a 10 10 8 8 50 0 0\nb 20 10 8 8 30 0 0\nc 30 10 8 8 50 0 0\n")));
     EXPECT_EQ(symmetric.Fault(0, RowOf(2, 3)), "");
 }
 

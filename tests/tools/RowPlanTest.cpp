@@ -66,11 +66,11 @@ TEST(RowPlan, PassesBeginAndEndOnPaper)
 
 TEST(RowPlan, ManyRowsTakeMoments)
 {
-    std::string text = "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID X Y WIDTH HEIGHT\nEND_DATA_FORMAT\nBEGIN_DATA\n";
+    std::string rows;
     for (int row = 0; row < 500; ++row) {
-        text += "p 200 " + std::to_string(row) + " 10 0.9\nq 210 " + std::to_string(row) + " 10 0.9\n";
+        rows += "p 200 " + std::to_string(row) + " 10 0.9\nq 210 " + std::to_string(row) + " 10 0.9\n";
     }
-    const ChartLayout layout = ChartLayout::FromTable(TableOf(text + "END_DATA\n"), {}, false);
+    const ChartLayout layout = LayoutOf(CgatsText("SAMPLE_ID X Y WIDTH HEIGHT", rows));
     const RowPlan plan(layout, 8.0, {200, 0}, true, AllRows(layout));
     ASSERT_EQ(plan.Passes().size(), 500u);
     EXPECT_LT(plan.Travel(), 500 * (36.0 + 1.1) + 20.0);

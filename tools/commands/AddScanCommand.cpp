@@ -82,9 +82,9 @@ private:
         return numbers.size() == 2 ? std::optional(units.ToMillimetres(Point{numbers[0], numbers[1]})) : std::nullopt;
     }
 
-    GridOptions Grid() const
+    J4Chart::Grid Grid() const
     {
-        GridOptions grid;
+        J4Chart::Grid grid;
         if (arguments.rows > 0) {
             grid.rows = arguments.rows;
         }

@@ -25,12 +25,14 @@ struct Arguments {
 
 ReportData::Source ReadSource(const std::string& fileName)
 {
-    CgatsFile file;
-    CgatsFile::Error error;
-    if (!file.Read(fileName, error)) {
-        throw ToolError(ExitCode::File, fileName + ": " + error.Text());
+    try {
+        return ReportData::Source::Read(std::filesystem::path(fileName).filename().string(), CgatsFile::Read(fileName));
+    } catch (const J4Chart::CgatsError& error) {
+        throw ToolError(
+            ExitCode::File, fileName + ": " + error.what(),
+            "A chart has SAMPLE_NAME or SAMPLE_ID and for each patch a spectrum (36 bands from 380 to 730 nm "
+            "in steps of 10 nm), LAB or XYZ values.");
     }
-    return {std::filesystem::path(fileName).filename().string(), ColourTable(file, fileName)};
 }
 
 void PrintSummary(const ReportData& data, const Arguments& arguments, bool json)

@@ -5,6 +5,8 @@
 #include <limits>
 #include <map>
 
+#include "chart/ChartReader.h"
+#include "chart/ScanMotion.h"
 #include "chart/cgats/CgatsFields.h"
 #include "tools/ToolError.h"
 
@@ -12,10 +14,7 @@ namespace J4Tool {
 
 namespace {
 
-using namespace J4Chart;
-
-// A row is taken to begin and end on bare paper, this far beside its outer patches, mm.
-constexpr double usualMargin = 8.0;
+namespace Colorimetry = J4Chart::Colorimetry;
 
 struct FormulaKind {
     const char* name;
@@ -23,43 +22,25 @@ struct FormulaKind {
 };
 constexpr FormulaKind formulaKinds[] = {{"CIEDE2000", Colorimetry::Ciede2000}, {"CIE 1976", Colorimetry::Distance}};
 
-ReportData::Side SideOf(const ColourTable::Patch& patch)
+ReportData::Side SideOf(const J4Chart::Patch& patch)
 {
-    return {*patch.lab, ScreenColourOf(*patch.lab), patch.spectrum};
+    const Colorimetry::Triple lab = *patch.Colour();
+    return {lab, J4Chart::ScreenColourOf(lab), patch.spectrum};
 }
 
-using TextOfPatch = std::string ColourTable::Patch::*;
-using Index = std::map<std::string, const ColourTable::Patch*>;
+using TextOfPatch = std::string J4Chart::Patch::*;
+using Index = std::map<std::string, size_t>;
 
 /// False when a text is empty or stands for two patches.
-bool MakeIndex(const ColourTable& table, TextOfPatch text, Index& index)
+bool MakeIndex(const J4Chart::Chart& chart, TextOfPatch text, Index& index)
 {
     index.clear();
-    return std::all_of(table.Patches().begin(), table.Patches().end(), [&](const ColourTable::Patch& patch) {
-        return !(patch.*text).empty() && index.emplace(patch.*text, &patch).second;
-    });
-}
-
-/// The reference of each measured patch; null pointers for those without one.
-std::vector<const ColourTable::Patch*> Match(const ColourTable& measured, const ColourTable& reference)
-{
-    for (const TextOfPatch text : {&ColourTable::Patch::name, &ColourTable::Patch::id}) {
-        Index index;
-        if (!MakeIndex(reference, text, index)) {
-            continue;
-        }
-        std::vector<const ColourTable::Patch*> references;
-        references.reserve(measured.Patches().size());
-        for (const ColourTable::Patch& patch : measured.Patches()) {
-            const auto found = index.find(patch.*text);
-            references.push_back(found == index.end() ? nullptr : found->second);
-        }
-        if (std::any_of(references.begin(), references.end(), [](const auto* patch) { return patch != nullptr; })) {
-            return references;
+    for (size_t i = 0; i < chart.patches.size(); ++i) {
+        if ((chart.patches[i].*text).empty() || !index.emplace(chart.patches[i].*text, i).second) {
+            return false;
         }
     }
-    throw ToolError(ExitCode::File, "no patch of the measured file has a reference",
-                    "Both files need the same SAMPLE_NAME or SAMPLE_ID for a patch, each only once in the reference.");
+    return true;
 }
 
 std::string Counted(size_t count, const char* one, const char* several)
@@ -67,19 +48,19 @@ std::string Counted(size_t count, const char* one, const char* several)
     return std::to_string(count) + " " + (count == 1 ? one : several);
 }
 
-std::optional<double> PositiveKeyword(const J4Chart::CgatsTable& table, const char* name)
+/// A condition of the scan as a number; nothing where it is none, as an instrument may tell its own in words.
+std::optional<double> NumberOf(const J4Chart::Chart& chart, const char* keyword, double low)
 {
+    constexpr double largest = 1e6;  // mm, mm/s or s: more is none of them
     double number = 0.0;
-    if (J4Chart::ParseNumber(table.ValueOf(name), number) && number > 0.0) {
-        return number;
-    }
-    return std::nullopt;
+    const bool usable = J4Chart::ParseNumber(chart.Condition(keyword), number) && number >= low && number <= largest;
+    return usable ? std::optional(number) : std::nullopt;
 }
 
 /// The way along a row, from the middle of its first patch to that of its last.
 class Direction {
 public:
-    Direction(const ColourTable::Place& first, const ColourTable::Place& last)
+    Direction(const ReportData::Rectangle& first, const ReportData::Rectangle& last)
         : first(first), x(last.x - first.x), y(last.y - first.y)
     {
         const double length = std::hypot(x, y);
@@ -88,46 +69,76 @@ public:
     }
 
     /// Way from the middle of the first patch, mm.
-    double Along(const ColourTable::Place& place) const { return (place.x - first.x) * x + (place.y - first.y) * y; }
+    double Along(const ReportData::Rectangle& place) const { return (place.x - first.x) * x + (place.y - first.y) * y; }
 
     /// True when the row lies along y rather than along x.
     bool IsUpright() const { return std::abs(y) > std::abs(x); }
 
 private:
-    ColourTable::Place first;
+    ReportData::Rectangle first;
     double x;
     double y;
 };
 
 }  // namespace
 
-ReportData::ReportData(const Source& measured, const Source* reference)
-    : measuredName(measured.name), referenceName(reference == nullptr ? "" : reference->name)
+ReportData::Source ReportData::Source::Read(const std::string& name, const J4Chart::CgatsFile& file)
 {
-    for (const J4Chart::CgatsTable::Keyword& keyword : measured.table.Source().keywords) {
-        conditions.emplace_back(keyword.name, keyword.value);
+    J4Chart::ChartReader::Wanted wanted;
+    wanted.colours = true;
+    Source source = {name, J4Chart::ChartReader::Read(file, wanted)};
+    if (source.chart.patches.empty()) {
+        throw J4Chart::CgatsError(0, "there are no patches");
     }
-    TakePatches(measured.table, reference == nullptr ? nullptr : &reference->table);
-    TakeRows(measured.table);
+    return source;
 }
 
-void ReportData::TakePatches(const ColourTable& measured, const ColourTable* reference)
+ReportData::ReportData(const Source& measured, const Source* reference)
+    : measuredName(measured.name),
+      referenceName(reference == nullptr ? "" : reference->name),
+      conditions(measured.chart.conditions)
 {
-    const size_t count = measured.Patches().size();
-    const std::vector<const ColourTable::Patch*> references =
-        reference == nullptr ? std::vector<const ColourTable::Patch*>(count) : Match(measured, *reference);
+    TakePatches(measured.chart, reference == nullptr ? nullptr : &reference->chart);
+    TakeRows(measured.chart);
+}
+
+ReportData::References ReportData::Match(const J4Chart::Chart& measured, const J4Chart::Chart& reference)
+{
+    for (const TextOfPatch text : {&J4Chart::Patch::name, &J4Chart::Patch::id}) {
+        Index index;
+        if (!MakeIndex(reference, text, index)) {
+            continue;
+        }
+        References references;
+        references.reserve(measured.patches.size());
+        for (const J4Chart::Patch& patch : measured.patches) {
+            const auto found = index.find(patch.*text);
+            references.push_back(found == index.end() ? std::nullopt : std::optional(found->second));
+        }
+        if (std::any_of(references.begin(), references.end(), [](const auto& patch) { return patch.has_value(); })) {
+            return references;
+        }
+    }
+    throw ToolError(ExitCode::File, "no patch of the measured file has a reference",
+                    "Both files need the same SAMPLE_NAME or SAMPLE_ID for a patch, each only once in the reference.");
+}
+
+void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Chart* reference)
+{
+    const size_t count = measured.patches.size();
+    const References references = reference == nullptr ? References(count) : Match(measured, *reference);
     std::vector<double> differences[std::size(formulaKinds)];
     size_t missing = 0;
     size_t outside = 0;
     patches.reserve(count);
     for (size_t i = 0; i < count; ++i) {
-        const ColourTable::Patch& source = measured.Patches()[i];
+        const J4Chart::Patch& source = measured.patches[i];
         Patch patch;
         patch.name = source.name;
         patch.measured = SideOf(source);
         outside += patch.measured.colour.inGamut ? 0 : 1;
-        if (references[i] != nullptr) {
-            patch.reference = SideOf(*references[i]);
+        if (references[i]) {
+            patch.reference = SideOf(reference->patches[*references[i]]);
         } else {
             ++missing;
         }
@@ -140,7 +151,7 @@ void ReportData::TakePatches(const ColourTable& measured, const ColourTable* ref
         }
         patches.push_back(std::move(patch));
     }
-    TakePlaces(measured, references);
+    TakePlaces(measured, reference, references);
     if (outside > 0) {
         notices.push_back(Counted(outside, "measured colour lies", "measured colours lie") +
                           " outside what an sRGB screen can show; the nearest is shown.");
@@ -149,38 +160,35 @@ void ReportData::TakePatches(const ColourTable& measured, const ColourTable* ref
         return;
     }
     for (size_t kind = 0; kind < std::size(formulaKinds); ++kind) {
-        formulas.push_back({formulaKinds[kind].name, DifferenceSummary(differences[kind])});
+        formulas.push_back({formulaKinds[kind].name, J4Chart::DifferenceSummary(differences[kind])});
     }
     if (missing > 0) {
         notices.push_back(Counted(missing, "measured patch has", "measured patches have") +
                           " no reference and no difference.");
     }
-    const size_t unused = reference->Patches().size() - std::min(reference->Patches().size(), count - missing);
+    const size_t unused = reference->patches.size() - std::min(reference->patches.size(), count - missing);
     if (unused > 0) {
         notices.push_back(Counted(unused, "patch of the reference was", "patches of the reference were") +
                           " not measured.");
     }
-    if (measured.Patches().front().spectrum.has_value() != reference->Patches().front().spectrum.has_value()) {
+    if (measured.patches.front().spectrum.has_value() != reference->patches.front().spectrum.has_value()) {
         notices.push_back(
             "One side has spectra and the other only colour values: make sure that those are for D50 "
             "and the 2 degree observer.");
     }
 }
 
-void ReportData::TakePlaces(const ColourTable& measured, const std::vector<const ColourTable::Patch*>& references)
+void ReportData::TakePlaces(const J4Chart::Chart& measured, const J4Chart::Chart* reference,
+                            const References& references)
 {
-    const auto take = [this](const auto& placeOf) {
-        for (size_t i = 0; i < patches.size(); ++i) {
-            const std::optional<ColourTable::Place> place = placeOf(i);
-            if (!place) {
-                return false;
-            }
-            patches[i].place = *place;
-        }
-        return true;
-    };
-    placed = take([&](size_t i) { return measured.Patches()[i].place; }) ||
-             take([&](size_t i) { return references[i] == nullptr ? std::nullopt : references[i]->place; });
+    const bool placedByReference =
+        reference != nullptr && !reference->places.empty() &&
+        std::all_of(references.begin(), references.end(), [](const auto& patch) { return patch.has_value(); });
+    placed = !measured.places.empty() || placedByReference;
+    for (size_t i = 0; placed && i < patches.size(); ++i) {
+        const J4Chart::Place& place = measured.places.empty() ? reference->places[*references[i]] : measured.places[i];
+        patches[i].place = {place.centre.x, place.centre.y, place.Width(), place.Height()};
+    }
     if (!placed) {
         // A field somewhat wider than high, as a screen is.
         const size_t columns = static_cast<size_t>(std::ceil(std::sqrt(1.6 * static_cast<double>(patches.size()))));
@@ -190,30 +198,30 @@ void ReportData::TakePlaces(const ColourTable& measured, const std::vector<const
     }
 }
 
-void ReportData::TakeRows(const ColourTable& measured)
+void ReportData::TakeRows(const J4Chart::Chart& measured)
 {
-    const std::optional<double> speed = PositiveKeyword(measured.Source(), "SCAN_SPEED");
+    constexpr double slowest = 0.001;      // mm/s
+    constexpr double shortestTime = 1e-6;  // s
+    const std::optional<double> speed = NumberOf(measured, "SCAN_SPEED", slowest);
     if (!placed || !speed) {
         return;
     }
-    std::map<double, std::map<double, size_t>> order;  // rows, and in each the patches, by their numbers
-    for (size_t i = 0; i < patches.size(); ++i) {
-        if (const auto& scan = measured.Patches()[i].scan) {
-            order[(*scan)[0]][(*scan)[1]] = i;
-        }
+    std::map<size_t, std::map<size_t, size_t>> order;  // rows, and in each the patches, by their numbers
+    for (size_t i = 0; i < measured.rowPlaces.size(); ++i) {
+        order[measured.rowPlaces[i].row][measured.rowPlaces[i].column] = i;
     }
-    const std::optional<double> margin = PositiveKeyword(measured.Source(), "SCAN_MARGIN");
+    const std::optional<double> margin = NumberOf(measured, "SCAN_MARGIN", 0.0);
     for (const auto& [number, row] : order) {
         const Patch& first = patches[row.begin()->second];
         const Patch& last = patches[row.rbegin()->second];
         const Direction direction(first.place, last.place);
-        const double before = first.place.width / 2.0 + margin.value_or(usualMargin);
-        const double behind = last.place.width / 2.0 + margin.value_or(usualMargin);
+        const double before = first.place.width / 2.0 + margin.value_or(J4Chart::ScanMotion::UsualMargin);
+        const double behind = last.place.width / 2.0 + margin.value_or(J4Chart::ScanMotion::UsualMargin);
         RowTravel::Scan scan;
-        scan.name = "row " + J4Chart::NumberText(number) + ", " + first.name + " to " + last.name;
+        scan.name = "row " + std::to_string(number) + ", " + first.name + " to " + last.name;
         scan.distance = before + direction.Along(last.place) + behind;
         scan.speed = *speed;
-        scan.integrationTime = PositiveKeyword(measured.Source(), "INTEGRATION_TIME");
+        scan.integrationTime = NumberOf(measured, "INTEGRATION_TIME", shortestTime);
         for (const auto& [column, index] : row) {
             Patch& patch = patches[index];
             const double middle = before + direction.Along(patch.place);
@@ -223,7 +231,9 @@ void ReportData::TakeRows(const ColourTable& measured)
             "Scan speed " + J4Chart::NumberText(*speed) +
             " mm/s from the file; drawn from the first patch to the last, whichever way it was driven.");
         if (!margin) {
-            scan.notes.push_back("Assumed: the travel begins and ends 8 mm beside the outer patches.");
+            scan.notes.push_back("Assumed: the travel begins and ends " +
+                                 J4Chart::NumberText(J4Chart::ScanMotion::UsualMargin) +
+                                 " mm beside the outer patches.");
         }
         rows.emplace_back(std::move(scan));
         if (direction.IsUpright()) {

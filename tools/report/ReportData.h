@@ -8,10 +8,11 @@
 #include <utility>
 #include <vector>
 
-#include "tools/report/ColourTable.h"
-#include "tools/report/DifferenceSummary.h"
+#include "chart/Chart.h"
+#include "chart/cgats/CgatsFile.h"
+#include "chart/colour/DifferenceSummary.h"
+#include "chart/colour/ScreenColour.h"
 #include "tools/report/RowTravel.h"
-#include "tools/report/ScreenColour.h"
 
 namespace J4Tool {
 
@@ -20,13 +21,20 @@ public:
     /// One of a patch's two colours.
     struct Side {
         J4Chart::Colorimetry::Triple lab{};
-        ScreenColour colour;
+        J4Chart::ScreenColour colour;
         std::optional<J4Chart::Spectrum> spectrum;
+    };
+
+    struct Rectangle {
+        double x = 0.0;  ///< of the middle
+        double y = 0.0;
+        double width = 0.0;   ///< along x
+        double height = 0.0;  ///< along y
     };
 
     struct Patch {
         std::string name;
-        ColourTable::Place place;  ///< width along x, height along y
+        Rectangle place;  ///< mm
         Side measured;
         std::optional<Side> reference;
         std::vector<double> differences;  ///< one for each formula; empty without a reference
@@ -34,13 +42,16 @@ public:
 
     struct Formula {
         std::string name;
-        DifferenceSummary summary;
+        J4Chart::DifferenceSummary summary;
     };
 
-    /// A file that the report was made of.
+    /// A file that the report is made of.
     struct Source {
         std::string name;
-        ColourTable table;
+        J4Chart::Chart chart;  ///< every patch has a colour
+
+        /// @throws J4Chart::CgatsError, also for a file without colours
+        static Source Read(const std::string& name, const J4Chart::CgatsFile& file);
     };
 
     /// Patches are matched by SAMPLE_NAME, or by SAMPLE_ID where names are missing or not unique.
@@ -71,9 +82,13 @@ public:
     const std::vector<RowTravel>& Rows() const { return rows; }
 
 private:
-    void TakePatches(const ColourTable& measured, const ColourTable* reference);
-    void TakePlaces(const ColourTable& measured, const std::vector<const ColourTable::Patch*>& references);
-    void TakeRows(const ColourTable& measured);
+    /// Of each measured patch the reference's patch, where it has one.
+    using References = std::vector<std::optional<size_t>>;
+
+    static References Match(const J4Chart::Chart& measured, const J4Chart::Chart& reference);
+    void TakePatches(const J4Chart::Chart& measured, const J4Chart::Chart* reference);
+    void TakePlaces(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const References& references);
+    void TakeRows(const J4Chart::Chart& measured);
 
     std::string measuredName;
     std::string referenceName;

@@ -78,7 +78,7 @@ Json SideObject(const ReportData::Side& side)
 
 Json PatchObject(const ReportData::Patch& patch)
 {
-    const ColourTable::Place& place = patch.place;
+    const ReportData::Rectangle& place = patch.place;
     Json object = {{"name", patch.name},
                    {"place", Rounded(std::array{place.x, place.y, place.width, place.height}, 3)},
                    {"measured", SideObject(patch.measured)}};
@@ -91,7 +91,7 @@ Json PatchObject(const ReportData::Patch& patch)
 
 Json FormulaObject(const ReportData::Formula& formula)
 {
-    const DifferenceSummary& summary = formula.summary;
+    const J4Chart::DifferenceSummary& summary = formula.summary;
     return {{"name", formula.name},
             {"count", summary.Count()},
             {"mean", Rounded(summary.Mean(), 4)},

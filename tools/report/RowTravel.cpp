@@ -4,13 +4,12 @@
 #include <utility>
 
 #include "chart/MotionProfile.h"
+#include "chart/ScanMotion.h"
+#include "chart/cgats/CgatsFields.h"
 
 namespace J4Tool {
 
 namespace {
-
-// A table does not tell its acceleration; this is what the virtual one drives with, mm/s².
-constexpr double usualAcceleration = 1600.0;
 
 constexpr size_t curvePoints = 201;
 
@@ -22,7 +21,8 @@ constexpr double mostSamples = 20000.0;
 
 RowTravel::RowTravel(Scan scanned) : scan(std::move(scanned))
 {
-    const J4Chart::MotionProfile profile(scan.distance, scan.speed, scan.acceleration.value_or(usualAcceleration));
+    const J4Chart::MotionProfile profile(scan.distance, scan.speed,
+                                         scan.acceleration.value_or(J4Chart::ScanMotion::UsualAcceleration));
     rampEnd = profile.AccelerationEnd();
     duration = profile.Duration();
     if (scan.integrationTime) {
@@ -39,7 +39,8 @@ RowTravel::RowTravel(Scan scanned) : scan(std::move(scanned))
     }
     scan.notes.push_back("The curve is computed, not recorded: a trapezoid of speed with equal ramps.");
     if (!scan.acceleration) {
-        scan.notes.push_back("Assumed acceleration: 1600 mm/s², that of the virtual table; the file does not tell it.");
+        scan.notes.push_back("Assumed acceleration: " + J4Chart::NumberText(J4Chart::ScanMotion::UsualAcceleration) +
+                             " mm/s², that of the virtual table; the file does not tell it.");
     }
     scan.notes.push_back(HasSamples() ? "Each mark is where a sample begins, one integration time after the other, "
                                         "the first one at the start of the motion."

@@ -4,7 +4,7 @@
 #include <fstream>
 
 #include "simulator/world/Bench.h"
-#include "tests/simulator/ChartText.h"
+#include "tests/support/ChartText.h"
 #include "tests/usb/windows/DriverStand.h"
 
 namespace J4Test {
@@ -80,13 +80,13 @@ TEST_F(ProcessTest, AProgramThatIsKilledLeavesTheDriverUsable)
 
 TEST_F(ProcessTest, TheExampleScansItsChartAndEnds)
 {
-    std::vector<J4Bench::FlatPatch> patches;
+    std::vector<J4Test::FlatPatch> patches;
     for (const double y : {200.0, 230.0}) {
         for (int i = 0; i < 4; ++i) {
             patches.push_back({"patch", 210.0 + 20.0 * i, y, 20.0, 20.0, i % 2 == 0 ? 0.2 + 0.05 * i : 0.6});
         }
     }
-    std::ofstream("example.cgats") << J4Bench::ChartText(patches);
+    std::ofstream("example.cgats") << J4Test::ChartText(patches);
     const HANDLE ready = CreateEventA(nullptr, TRUE, FALSE, relayReady);
     auto& relay = DriverStand::Instance().relay;
     relay.reset();

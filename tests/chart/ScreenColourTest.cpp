@@ -1,8 +1,8 @@
-#include "tools/report/ScreenColour.h"
+#include "chart/colour/ScreenColour.h"
 
 #include <gtest/gtest.h>
 
-namespace J4Tool {
+namespace J4Chart {
 namespace {
 
 TEST(ScreenColour, CornersOfTheScreensGamut)
@@ -35,4 +35,4 @@ TEST(ScreenColour, CornersOfTheScreensGamut)
 }
 
 }  // namespace
-}  // namespace J4Tool
+}  // namespace J4Chart

@@ -5,7 +5,7 @@
 
 #include "chart/colour/Colorimetry.h"
 
-namespace J4Tool {
+namespace J4Chart {
 
 struct ScreenColour {
     std::string code;     ///< "#rrggbb", sRGB
@@ -13,6 +13,6 @@ struct ScreenColour {
 };
 
 /// From CIELab under D50 to sRGB (IEC 61966-2-1, D65), adapted with the Bradford matrix of ICC.1, annex E.
-ScreenColour ScreenColourOf(const J4Chart::Colorimetry::Triple& lab);
+ScreenColour ScreenColourOf(const Colorimetry::Triple& lab);
 
-}  // namespace J4Tool
+}  // namespace J4Chart

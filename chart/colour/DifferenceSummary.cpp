@@ -1,10 +1,10 @@
-#include "tools/report/DifferenceSummary.h"
+#include "chart/colour/DifferenceSummary.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 
-namespace J4Tool {
+namespace J4Chart {
 
 namespace {
 
@@ -67,4 +67,4 @@ DifferenceSummary::DifferenceSummary(const std::vector<double>& differences)
     }
 }
 
-}  // namespace J4Tool
+}  // namespace J4Chart

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace J4Tool {
+namespace J4Chart {
 
 class DifferenceSummary {
 public:
@@ -40,4 +40,4 @@ private:
     std::vector<size_t> bins;
 };
 
-}  // namespace J4Tool
+}  // namespace J4Chart

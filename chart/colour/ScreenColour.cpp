@@ -1,14 +1,14 @@
-#include "tools/report/ScreenColour.h"
+#include "chart/colour/ScreenColour.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-namespace J4Tool {
+namespace J4Chart {
 
 namespace {
 
-using J4Chart::Colorimetry::Triple;
+using Colorimetry::Triple;
 using Matrix = std::array<Triple, 3>;
 
 // CIE 15: white of D50, Y = 1, for the 2 degree observer.
@@ -68,4 +68,4 @@ ScreenColour ScreenColourOf(const Triple& lab)
     return colour;
 }
 
-}  // namespace J4Tool
+}  // namespace J4Chart

@@ -1,4 +1,4 @@
-#include "tools/report/DifferenceSummary.h"
+#include "chart/colour/DifferenceSummary.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <limits>
 #include <numeric>
 
-namespace J4Tool {
+namespace J4Chart {
 namespace {
 
 constexpr double none = std::numeric_limits<double>::quiet_NaN();
@@ -80,4 +80,4 @@ TEST(DifferenceSummary, HistogramHoldsEveryDifferenceInRoundClasses)
 }
 
 }  // namespace
-}  // namespace J4Tool
+}  // namespace J4Chart

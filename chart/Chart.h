@@ -1,0 +1,50 @@
+// A chart: its patches with what is known of their colours, and apart from that where they lie.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "chart/Place.h"
+#include "chart/colour/Colorimetry.h"
+#include "chart/colour/Spectrum.h"
+
+namespace J4Chart {
+
+struct Patch {
+    std::string name;                 ///< SAMPLE_NAME, or SAMPLE_ID where there is no name
+    std::string id;                   ///< SAMPLE_ID; empty where there is none
+    int line = 0;                     ///< in the file that it was read from
+    std::vector<std::string> device;  ///< ink or screen values, one for each of the chart's device fields
+    std::optional<Spectrum> spectrum;
+    std::optional<Colorimetry::Triple> xyz;  ///< D50, white has Y = 100
+    std::optional<Colorimetry::Triple> lab;  ///< D50
+
+    /// CIELab: of the spectrum, or else the patch's own, or else of XYZ; nothing where there is none of them.
+    std::optional<Colorimetry::Triple> Colour() const;
+};
+
+struct Chart {
+    /// Where a patch was scanned, both counted from 1.
+    struct RowPlace {
+        size_t row = 0;
+        size_t column = 0;
+    };
+
+    /// Keyword and value, for instance "INSTRUMENT_SERIAL" and "240118".
+    using Conditions = std::vector<std::pair<std::string, std::string>>;
+
+    Conditions conditions;
+    std::vector<std::string> deviceFields;  ///< for instance "CMYK_C"
+    std::vector<Patch> patches;
+    std::vector<Place> places;        ///< one for each patch, or none at all
+    std::vector<RowPlace> rowPlaces;  ///< one for each patch, or none at all
+    std::optional<Spectrum> paper;    ///< beside the patches
+
+    /// Value of a condition, the last one where it stands there several times; empty where there is none.
+    std::string Condition(const std::string& keyword) const;
+};
+
+}  // namespace J4Chart

@@ -1,0 +1,392 @@
+#include "chart/ChartReader.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cmath>
+#include <iterator>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "chart/cgats/CgatsError.h"
+#include "chart/cgats/CgatsFields.h"
+
+namespace J4Chart {
+
+namespace {
+
+/// The values that something may have, and how that is told.
+struct Range {
+    double low;
+    double high;
+    const char* unit;  ///< for instance "a place"
+    const char* tail;  ///< for instance " mm"
+    bool whole = false;
+
+    bool Takes(const std::string& text, double& value) const
+    {
+        return ParseNumber(text, value) && value >= low && value <= high && (!whole || value == std::floor(value));
+    }
+
+    std::string Text() const
+    {
+        return std::string(unit) + " from " + NumberText(low) + " to " + NumberText(high) + tail;
+    }
+};
+
+// No bed is larger than this, and no colour farther away: it keeps the arithmetic tame.
+constexpr Range place = {-10000.0, 10000.0, "a place", " mm"};
+constexpr Range length = {0.1, 10000.0, "a length", " mm"};
+constexpr Range gap = {-10000.0, 10000.0, "a gap", " mm"};
+constexpr Range count = {1.0, 99999.0, "a whole number", "", true};
+constexpr Range colour = {-1000.0, 1000.0, "a colour value", ""};
+constexpr Range diffuser = {0.01, 65535.0, "a number", ""};
+constexpr Range paperFactor = {0.0, ChartReader::HighestReflectance, "a reflectance factor", ""};
+
+[[noreturn]] void Refuse(int line, const std::string& what, const std::string& text, const std::string& wanted)
+{
+    throw CgatsError(line, what + " '" + text + "' is not " + wanted);
+}
+
+/// The numbers of a keyword's value, separated by blanks.
+std::vector<double> Numbers(const CgatsTable::Keyword& keyword, const Range& range)
+{
+    std::vector<double> numbers;
+    for (size_t end = 0;;) {
+        const size_t begin = keyword.value.find_first_not_of(" \t", end);
+        if (begin == std::string::npos) {
+            return numbers;
+        }
+        end = std::min(keyword.value.find_first_of(" \t", begin), keyword.value.size());
+        const std::string word = keyword.value.substr(begin, end - begin);
+        if (!range.Takes(word, numbers.emplace_back())) {
+            Refuse(keyword.line, keyword.name, word, range.Text());
+        }
+    }
+}
+
+[[noreturn]] void RefuseCount(const CgatsTable::Keyword& keyword, size_t found, const std::string& wanted)
+{
+    throw CgatsError(keyword.line, keyword.name + " has " + std::to_string(found) + " values instead of " + wanted);
+}
+
+std::optional<double> OneNumber(const CgatsTable& table, const std::string& name, const Range& range)
+{
+    const CgatsTable::Keyword* const keyword = table.FindKeyword(name);
+    if (keyword == nullptr) {
+        return std::nullopt;
+    }
+    const std::vector<double> numbers = Numbers(*keyword, range);
+    if (numbers.size() != 1) {
+        RefuseCount(*keyword, numbers.size(), "1");
+    }
+    return numbers.front();
+}
+
+void FillCount(const CgatsTable& table, const std::string& name, std::optional<size_t>& target)
+{
+    const auto number = OneNumber(table, name, count);
+    if (!target && number) {
+        target = static_cast<size_t>(*number);
+    }
+}
+
+void FillPoint(const CgatsTable& table, const std::string& name, const Range& range, std::optional<Point>& target)
+{
+    const CgatsTable::Keyword* const keyword = table.FindKeyword(name);
+    if (keyword == nullptr) {
+        return;
+    }
+    const std::vector<double> numbers = Numbers(*keyword, range);
+    if (numbers.size() != 2) {
+        RefuseCount(*keyword, numbers.size(), "2");
+    }
+    target = target.value_or(Point{numbers[0], numbers[1]});
+}
+
+/// Several fields that say something only together, for instance LAB_L, LAB_A and LAB_B.
+template <size_t Count>
+class FieldGroup {
+public:
+    FieldGroup(const std::array<std::string, Count>& names, const std::array<int, Count>& fields) : fields(fields)
+    {
+        for (size_t i = 0; i < Count; ++i) {
+            any = any || fields[i] >= 0;
+            missing = missing.empty() && fields[i] < 0 ? names[i] : missing;
+        }
+    }
+
+    /// True when the table has all of the fields.
+    explicit operator bool() const { return missing.empty(); }
+
+    bool Any() const { return any; }
+
+    /// For a table that lacks one of them.
+    std::string Missing() const { return "the field " + missing + " is missing"; }
+
+    std::array<double, Count> Read(const CgatsTable& table, const CgatsTable::Row& row, const Range& range) const
+    {
+        std::array<const Range*, Count> ranges;
+        ranges.fill(&range);
+        return Read(table, row, ranges);
+    }
+
+    std::array<double, Count> Read(const CgatsTable& table, const CgatsTable::Row& row,
+                                   const std::array<const Range*, Count>& ranges) const
+    {
+        std::array<double, Count> numbers{};
+        for (size_t i = 0; i < Count; ++i) {
+            const size_t field = static_cast<size_t>(fields[i]);
+            if (!ranges[i]->Takes(row.values[field], numbers[i])) {
+                Refuse(row.line, table.fields[field], row.values[field], ranges[i]->Text());
+            }
+        }
+        return numbers;
+    }
+
+private:
+    std::array<int, Count> fields;
+    std::string missing;  ///< the first that the table lacks
+    bool any = false;
+};
+
+template <size_t Count>
+FieldGroup<Count> FindGroup(const CgatsTable& table, const std::array<std::string, Count>& names)
+{
+    std::array<int, Count> fields{};
+    std::transform(names.begin(), names.end(), fields.begin(),
+                   [&table](const std::string& name) { return table.FindField(name); });
+    return {names, fields};
+}
+
+/// The spectral fields of a table with the scale of their values.
+class SpectralFields {
+public:
+    explicit SpectralFields(const CgatsTable& table)
+        : group(Names(), FindSpectralFields(table)),
+          norm(OneNumber(table, "SPECTRAL_NORM", diffuser).value_or(1.0)),
+          scale(norm == 1.0 ? " (percentages need SPECTRAL_NORM \"100\")"
+                            : " (SPECTRAL_NORM is " + NumberText(norm) + ")")
+    {}
+
+    const FieldGroup<SpectrumLength>& Group() const { return group; }
+
+    Spectrum Read(const CgatsTable& table, const CgatsTable::Row& row) const
+    {
+        const Range range = {ChartReader::LowestReflectance * norm, ChartReader::HighestReflectance * norm,
+                             "a reflectance factor", scale.c_str()};
+        const auto values = group.Read(table, row, range);
+        Spectrum spectrum{};
+        std::transform(values.begin(), values.end(), spectrum.begin(),
+                       [this](double value) { return static_cast<float>(value / norm); });
+        return spectrum;
+    }
+
+private:
+    static std::array<std::string, SpectrumLength> Names()
+    {
+        std::array<std::string, SpectrumLength> names;
+        for (size_t band = 0; band < names.size(); ++band) {
+            names[band] = SpectralField(band);
+        }
+        return names;
+    }
+
+    FieldGroup<SpectrumLength> group;
+    double norm;  ///< what the table writes for the perfect diffuser
+    std::string scale;
+};
+
+/// A field that stands there twice may mean either.
+void RequireEachOnce(const std::vector<std::string>& fields)
+{
+    std::set<std::string> meanings;
+    for (const std::string& field : fields) {
+        const int wavelength = WavelengthOf(field);
+        if (!meanings.insert(wavelength < 0 ? field : std::to_string(wavelength)).second) {
+            throw CgatsError(0, "the field " + field + " stands there twice");
+        }
+    }
+}
+
+bool IsDeviceField(const std::string& field)
+{
+    const auto starts = [&field](const char* prefix) { return field.starts_with(prefix); };
+    const bool manyInks = field.size() > 5 && std::isxdigit(static_cast<unsigned char>(field[0])) != 0 &&
+                          field.compare(1, 4, "CLR_") == 0;
+    return starts("RGB_") || starts("CMY_") || starts("CMYK_") || starts("GRAY") || manyInks;
+}
+
+class TableReader {
+public:
+    TableReader(const CgatsTable& table, const ChartReader::Wanted& wanted)
+        : table(table),
+          nameField(table.FindField("SAMPLE_NAME")),
+          idField(table.FindField("SAMPLE_ID")),
+          places(FindGroup<4>(table, {"X", "Y", "WIDTH", "HEIGHT"})),
+          rowPlaces(FindGroup<2>(table, {"SCAN_ROW", "SCAN_COLUMN"})),
+          spectra(table),
+          lab(FindGroup<3>(table, {"LAB_L", "LAB_A", "LAB_B"})),
+          xyz(FindGroup<3>(table, {"XYZ_X", "XYZ_Y", "XYZ_Z"})),
+          grid(wanted.grid),
+          asGrid(wanted.grid.rows || wanted.grid.columns || !places.Any())
+    {
+        FillCount(table, "LAYOUT_ROWS", grid.rows);
+        FillCount(table, "LAYOUT_COLUMNS", grid.columns);
+        FillPoint(table, "PATCH_SIZE", length, grid.size);
+        FillPoint(table, "PATCH_GAP", gap, grid.gap);
+        FillPoint(table, "LAYOUT_START", place, grid.start);
+        if (wanted.fittedLater) {
+            grid.size = grid.size.value_or(Point{1.0, 1.0});
+            grid.start = grid.start.value_or(Point{});
+        }
+        missing = Lack(wanted);
+    }
+
+    /// What the table lacks of what is wanted; empty when it has it all.
+    const std::string& Missing() const { return missing; }
+
+    Chart Read() const
+    {
+        RequireEachOnce(table.fields);
+        Chart chart;
+        for (const CgatsTable::Keyword& keyword : table.keywords) {
+            chart.conditions.emplace_back(keyword.name, keyword.value);
+        }
+        chart.paper = Paper();
+        std::copy_if(table.fields.begin(), table.fields.end(), std::back_inserter(chart.deviceFields), IsDeviceField);
+        const bool atCorner = IsAtCorner();
+        chart.patches.reserve(table.rows.size());
+        for (const CgatsTable::Row& row : table.rows) {
+            chart.patches.push_back(ReadPatch(row));
+            if (!asGrid && places) {
+                chart.places.push_back(ReadPlace(row, atCorner));
+            }
+            if (rowPlaces) {
+                const auto [line, column] = rowPlaces.Read(table, row, count);
+                chart.rowPlaces.push_back({static_cast<size_t>(line), static_cast<size_t>(column)});
+            }
+        }
+        if (asGrid && grid.Fault(chart.patches.size()).empty()) {
+            chart.places = grid.Places(chart.patches.size());
+        }
+        return chart;
+    }
+
+private:
+    std::string Lack(const ChartReader::Wanted& wanted) const
+    {
+        if (wanted.names && nameField < 0 && idField < 0) {
+            return "the field SAMPLE_NAME or SAMPLE_ID is missing";
+        }
+        if (wanted.places && !asGrid && !places) {
+            return places.Missing();
+        }
+        if (wanted.places && asGrid && !table.rows.empty()) {
+            if (const std::string fault = grid.Fault(table.rows.size()); !fault.empty()) {
+                return fault;
+            }
+        }
+        if (wanted.spectra && !spectra.Group()) {
+            return spectra.Group().Missing();
+        }
+        return wanted.colours && !spectra.Group() && !lab && !xyz ? "no patches with spectra, LAB or XYZ values" : "";
+    }
+
+    /// One factor, or 36 in order of wavelength.
+    std::optional<Spectrum> Paper() const
+    {
+        const CgatsTable::Keyword* const keyword = table.FindKeyword("PAPER_REFLECTANCE");
+        if (keyword == nullptr) {
+            return std::nullopt;
+        }
+        const std::vector<double> factors = Numbers(*keyword, paperFactor);
+        Spectrum paper{};
+        if (factors.size() != 1 && factors.size() != paper.size()) {
+            RefuseCount(*keyword, factors.size(), "1 or " + std::to_string(paper.size()));
+        }
+        for (size_t band = 0; band < paper.size(); ++band) {
+            paper[band] = static_cast<float>(factors[factors.size() == 1 ? 0 : band]);
+        }
+        return paper;
+    }
+
+    bool IsAtCorner() const
+    {
+        const CgatsTable::Keyword* const origin = table.FindKeyword("LAYOUT_ORIGIN");
+        if (origin != nullptr && origin->value != "CORNER" && origin->value != "CENTRE") {
+            throw CgatsError(origin->line, "LAYOUT_ORIGIN '" + origin->value + "' is neither CENTRE nor CORNER");
+        }
+        return origin != nullptr && origin->value == "CORNER";
+    }
+
+    Patch ReadPatch(const CgatsTable::Row& row) const
+    {
+        const auto text = [&row](int field) {
+            return field < 0 ? std::string() : row.values[static_cast<size_t>(field)];
+        };
+        Patch patch;
+        patch.id = text(idField);
+        patch.name = nameField >= 0 ? text(nameField) : patch.id;
+        patch.line = row.line;
+        for (size_t field = 0; field < table.fields.size(); ++field) {
+            if (IsDeviceField(table.fields[field])) {
+                patch.device.push_back(row.values[field]);
+            }
+        }
+        if (spectra.Group()) {
+            patch.spectrum = spectra.Read(table, row);
+        }
+        if (lab) {
+            patch.lab = lab.Read(table, row, colour);
+        }
+        if (xyz) {
+            patch.xyz = xyz.Read(table, row, colour);
+        }
+        return patch;
+    }
+
+    Place ReadPlace(const CgatsTable::Row& row, bool atCorner) const
+    {
+        const auto [x, y, width, height] = places.Read(table, row, {&place, &place, &length, &length});
+        return Place::Upright({x + (atCorner ? width / 2.0 : 0.0), y + (atCorner ? height / 2.0 : 0.0)}, width, height);
+    }
+
+    const CgatsTable& table;
+    int nameField;
+    int idField;
+    FieldGroup<4> places;
+    FieldGroup<2> rowPlaces;
+    SpectralFields spectra;
+    FieldGroup<3> lab;
+    FieldGroup<3> xyz;
+    Grid grid;
+    bool asGrid;  ///< the patches lie as the grid says
+    std::string missing;
+};
+
+}  // namespace
+
+Chart ChartReader::Read(const CgatsFile& file, const Wanted& wanted)
+{
+    const CgatsTable* withoutPatches = nullptr;
+    std::string missing;
+    for (const CgatsTable& table : file.Tables()) {
+        const TableReader reader(table, wanted);
+        if (reader.Missing().empty() && !table.rows.empty()) {
+            return reader.Read();
+        }
+        if (reader.Missing().empty() && withoutPatches == nullptr) {
+            withoutPatches = &table;
+        }
+        missing = missing.empty() ? reader.Missing() : missing;
+    }
+    if (withoutPatches == nullptr) {
+        throw CgatsError(0, missing);
+    }
+    return TableReader(*withoutPatches, wanted).Read();
+}
+
+}  // namespace J4Chart
