@@ -293,20 +293,6 @@ TEST_F(CallsTest, ValuesPassAsTheyAre)
     ExpectFailure(1, {"J4_GetNumberOfAvailableSamples", 1, "gone"});
 }
 
-TEST_F(CallsTest, AFullResetReachesTheLibraryFirst)
-{
-    TakeJournal();
-    for (const char* value : {"All", "J4TAll"}) {
-        EXPECT_EQ(J4_SetOption("Reset", value), 0);
-        EXPECT_THAT(TakeJournal(), ElementsAre("set Reset All", "J4_RegisterErrorHandler set"))
-            << "the device message handler is given with the first forwarded call";
-    }
-    EXPECT_EQ(GetOption("LastError"), "no error");
-    EXPECT_EQ(J4_IsConnected(), 0);
-    EXPECT_THAT(TakeJournal(),
-                ElementsAre("J4_RegisterErrorHandler set", "J4_RegisterDeviceMessageHandler null", "J4_IsConnected"));
-}
-
 TEST_F(CallsTest, TheLibrarysErrorHandlerThrowsThroughTheLibrary)
 {
     for (const char* extended : {"first\nsecond\nthird\nfourth", "third\nfourth"}) {

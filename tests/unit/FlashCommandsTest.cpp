@@ -143,10 +143,7 @@ TEST(FlashCommands, TheTablesErrorsAreNamed)
 TEST(FlashCommands, BlockStatusIsDecodedAlsoWithAnError)
 {
     Flash table;
-    table.data =
-        "0C"
-        "e000"
-        "fffffffe";
+    table.data = "0Ce000fffffffe";
     const struct {
         char error;
         const char* thrown;
@@ -181,15 +178,13 @@ TEST(FlashCommands, BigReadsGoInPieces)
     Flash table;
     Bytes result{1, 2, 3};
     table.usb.Expect("u8000020000100", {Reply("$u80" + Repeated(256, "A5"))});
-    table.usb.Expect("u8000021000001", {Reply("$u80"
-                                              "5a")});
+    table.usb.Expect("u8000021000001", {Reply("$u805a")});
     table.flash->ReadBigMemory(result, 0x2000, 257, 1);
     Bytes expected(256, 0xA5);
     expected.push_back(0x5A);
     EXPECT_EQ(result, expected);
 
-    table.usb.Expect("u80001dfff0001", {Reply("$u80"
-                                              "11")});
+    table.usb.Expect("u80001dfff0001", {Reply("$u8011")});
     table.flash->ReadBigMemory(result, 0x1DFFF, 1, 1);
     EXPECT_EQ(result, Bytes{0x11});
     table.usb.Expect("u80001df010100", {});
@@ -207,12 +202,8 @@ TEST(FlashCommands, ReadsHaveToBringWhatWasAskedFor)
         const char* reply;
         const char* thrown;
     } cases[] = {
-        {"$u80"
-         "12345678",
-         ""},  // what is behind is left out
-        {"!u80"
-         "1",
-         "FirmwareException: Memory size not as expected (3)."},
+        {"$u8012345678", ""},  // what is behind is left out
+        {"!u801", "FirmwareException: Memory size not as expected (3)."},
         {"!u8", "FirmwareException: Can't read memory: unknown firmware error (255)."},
     };
     for (const auto& test : cases) {
@@ -228,11 +219,9 @@ TEST(FlashCommands, TransfersAreTriedAgainAfterATenthOfASecond)
     for (const int32_t attempts : {1, 2}) {
         Flash table;
         Bytes result;
-        table.usb.Expect("u8000000000001", {":$u80"
-                                            "1200\r"});
+        table.usb.Expect("u8000000000001", {":$u801200\r"});
         if (attempts == 2) {
-            table.usb.Expect("u8000000000001", {Reply("$u80"
-                                                      "12")});
+            table.usb.Expect("u8000000000001", {Reply("$u8012")});
         }
         EXPECT_EQ(Thrown([&] { table.flash->ReadMemory(result, 0, 1, attempts); }),
                   attempts == 2 ? "" : "CommunicationDataException: Checksum not valid.");

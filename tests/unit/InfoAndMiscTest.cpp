@@ -30,15 +30,8 @@ TEST_F(InfoAndMisc, StatusAndMode)
     EXPECT_EQ(Thrown([&] { info->GetMode(); }), "RuntimeException: Status empty");
 }
 
-TEST_F(InfoAndMisc, ValuesStandAtTheirPlaces)
+TEST_F(InfoAndMisc, NumbersKeepTheirSigns)
 {
-    uint32_t first = 0;
-    uint32_t second = 0;
-    uint32_t third = 0;
-    usb.Expect("a1", {Reply("$a100102fFfE9a")});
-    info->GetFirmware(first, second, third);
-    EXPECT_THAT((std::array{first, second, third}), ElementsAre(0x0102u, 0xFFFEu, 0x9Au));
-
     std::array<uint32_t, 7> metrics{};
     usb.Expect("a2", {Reply("$a200000000100000200ffffffff80000000000000050000beef12345678")});
     info->GetTableMetrics(metrics);
@@ -46,41 +39,16 @@ TEST_F(InfoAndMisc, ValuesStandAtTheirPlaces)
     usb.Expect("a2", {Reply("!a2"), Reply("!a2")});
     EXPECT_THAT(Thrown([&] { info->GetTableMetrics(metrics); }), StartsWith("OutOfRangeException: "))
         << "an answer without data is a failure, not an accident";
-
+    uint32_t first = 0;
+    uint32_t second = 0;
     uint16_t speed = 0;
     usb.Expect("a3", {Reply("$a30000001f4000109a0ffff")});
     info->GetRampData(first, second, speed);
     EXPECT_THAT((std::array{first, second, uint32_t{speed}}), ElementsAre(500u, 68000u, 65535u));
-
     std::array<int32_t, 6> deviations{};
     usb.Expect("a4", {Reply("$a40ffff000180007fff0000fffe")});
     info->GetControllerDeviation(deviations);
     EXPECT_THAT(deviations, ElementsAre(-1, 1, -32768, 32767, 0, -2));
-
-    usb.Expect("a5", {Reply("$a50ffff0010")});
-    info->GetControllerInfo(first, second);
-    EXPECT_EQ(first, 65535u);
-    EXPECT_EQ(second, 16u);
-}
-
-TEST_F(InfoAndMisc, SwitchesAreFlagsInTheSubCommand)
-{
-    const struct {
-        void (j4TableComMisc::*set)(bool);
-        bool on;
-        const char* request;
-        const char* reply;
-    } cases[] = {{&j4TableComMisc::J4CurrentInterrupt, false, "c0", "$c0000"},
-                 {&j4TableComMisc::J4CurrentInterrupt, true, "c1", "$c1000"},
-                 {&j4TableComMisc::ElectrostaticFoil, false, "f0", "$f0000"},
-                 {&j4TableComMisc::ElectrostaticFoil, true, "f1", "$f1901"},
-                 {&j4TableComMisc::ElectrostaticFoilButton, false, "f2", "$f2000"},
-                 {&j4TableComMisc::ElectrostaticFoilButton, true, "f3", "$f3000"}};
-    for (const auto& test : cases) {
-        usb.Expect(test.request, {Reply(test.reply)});
-        EXPECT_EQ(Thrown([&] { ((*misc).*test.set)(test.on); }), "") << test.request;
-    }
-    EXPECT_EQ(usb.idlePolls, 0) << "the replies' length is known";
 }
 
 TEST_F(InfoAndMisc, FoilAndButtonHaveOppositeSenses)

@@ -89,20 +89,15 @@ TEST(Motors, PositionsAreSigned)
     Machine machine;
     int32_t x = 0;
     int32_t y = 0;
-    machine.usb.Expect("p0", {Reply("$p00"
-                                    "ff38"
-                                    "07d0")});
+    machine.usb.Expect("p0", {Reply("$p00ff3807d0")});
     machine.motors->GetPosition(x, y, false);
     EXPECT_EQ(x, -200);
     EXPECT_EQ(y, 2000);
-    machine.usb.Expect("p1", {Reply("$p10"
-                                    "7FFF"
-                                    "8000")});
+    machine.usb.Expect("p1", {Reply("$p107FFF8000")});
     machine.motors->GetPosition(x, y, true);
     EXPECT_EQ(x, 32767);
     EXPECT_EQ(y, -32768);
-    machine.usb.Expect("p0", {Reply("$p01"
-                                    "00010001")});
+    machine.usb.Expect("p0", {Reply("$p0100010001")});
     EXPECT_EQ(Thrown([&] { machine.motors->GetPosition(x, y, false); }), "FirmwareException: No config block.");
     EXPECT_EQ(x, 32767) << "left alone";
 }

@@ -195,25 +195,15 @@ TEST(Properties, DumpOneValueBehindTheOther)
               "RuntimeException: Invalid configuration data type.");
 }
 
-TEST(TableProperties, StartFromTheirDefaultsAndGoBackToThem)
+TEST(TableProperties, GoBackToTheirDefaults)
 {
-    const std::map<uint16_t, Property> defaults = {
-        {5010, Property(300)}, {5011, Property(160)},  {5012, Property(200)},   {5020, Property(0)},
-        {5030, Property(0)},   {5040, Property(1)},    {5041, Property(1.15f)}, {5042, Property(1)},
-        {5043, Property(-5)},  {5044, Property(0.2f)}, {5050, Property(1)},     {5060, Property(2)}};
     j4TableProperties settings;
-    Keys keys;
-    for (const auto& entry : defaults) {
-        keys.push_back(entry.first);
-    }
-    EXPECT_EQ(settings.GetPropertyKeys(), keys);
+    const Keys keys = settings.GetPropertyKeys();
+    EXPECT_EQ(keys, (Keys{5010, 5011, 5012, 5020, 5030, 5040, 5041, 5042, 5043, 5044, 5050, 5060}));
     settings.SetProperty(5041, Property(7));
     settings.SetProperty(5045, Property(3.0f));
     settings.InitializeProperties();
-    for (const auto& [id, value] : defaults) {
-        EXPECT_EQ(settings.GetProperty(id).GetType(), value.GetType()) << id;
-        EXPECT_EQ(settings.GetProperty(id).AsByteVector(true), value.AsByteVector(true)) << id;
-    }
+    EXPECT_EQ(settings.GetProperty(5041).AsFloat(), 1.15f);
     for (const uint16_t id : {5013, 5045, 4000, 6000}) {
         EXPECT_EQ(Thrown([&] { settings.SetDefaultProperty(id); }),
                   "ProperyDataException: Invalid property id " + std::to_string(id));
