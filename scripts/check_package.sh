@@ -136,9 +136,9 @@ gcc "$examples"/*.c -o "$work/scan_chart" -I"$examples" $flags -lm
 quietly env LD_LIBRARY_PATH="$virtual" "$work/scan_chart" -o "Simulator.ChartFile=$work/chart.cgats" \
     "$work/chart.cgats" "$work/measured.cgats"
 echo "scan_chart.c: $(tail -n 1 "$work/log")"
-quietly python3 "$examples/scan_chart.py" -l "$virtual/libj4tavla64.so" -o "Simulator.ChartFile=$work/chart.cgats" \
-    199.5,250,356.5,250,5
-echo "scan_chart.py: $(wc -l <"$work/log") patches"
+python3 "$examples/scan_chart.py" -l "$virtual/libj4tavla64.so" -o "Simulator.ChartFile=$work/chart.cgats" \
+    199.5,250,356.5,250,5 >"$work/spectra" 2>"$work/log" || { cat "$work/log" >&2; exit 1; }
+echo "scan_chart.py: $(wc -l <"$work/spectra") patches"
 
 tool=$root/usr/bin/j4tavla
 quietly "$tool" --virtual scan "$work/chart.cgats" -o "$work/scanned.cgats"
