@@ -18,21 +18,20 @@ TEST(DifferenceSummary, FiguresAndWorst)
         hundredAndOne.push_back(100.0 - i);
     }
     struct Case {
-        const char* what;
         std::vector<double> differences;
         size_t count;
         double mean, percentile95, maximum;
         std::vector<size_t> worst;
     };
     const Case cases[] = {
-        {"one", {2.5}, 1, 2.5, 2.5, 2.5, {0}},
-        {"equal ones in the order of the file", {1.0, 1.0, 1.0}, 3, 1.0, 1.0, 1.0, {0, 1, 2}},
-        {"between the last two", {1.0, 4.0, 2.0}, 3, 7.0 / 3.0, 3.8, 4.0, {1, 2, 0}},
-        {"patches without a reference count for nothing", {none, 3.0, none, 1.0}, 2, 2.0, 2.9, 3.0, {1, 3}},
-        {"ten worst of many", hundredAndOne, 101, 50.0, 95.0, 100.0, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}},
+        {{2.5}, 1, 2.5, 2.5, 2.5, {0}},
+        {{1.0, 1.0, 1.0}, 3, 1.0, 1.0, 1.0, {0, 1, 2}},        // equal ones in the order of the file
+        {{1.0, 4.0, 2.0}, 3, 7.0 / 3.0, 3.8, 4.0, {1, 2, 0}},  // between the last two
+        {{none, 3.0, none, 1.0}, 2, 2.0, 2.9, 3.0, {1, 3}},    // patches without a reference count for nothing
+        {hundredAndOne, 101, 50.0, 95.0, 100.0, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}},
     };
     for (const Case& test : cases) {
-        SCOPED_TRACE(test.what);
+        SCOPED_TRACE(testing::PrintToString(test.differences));
         const DifferenceSummary summary(test.differences);
         EXPECT_EQ(summary.Count(), test.count);
         EXPECT_NEAR(summary.Mean(), test.mean, 1e-12);
@@ -44,25 +43,16 @@ TEST(DifferenceSummary, FiguresAndWorst)
 
 TEST(DifferenceSummary, HistogramHoldsEveryDifferenceInRoundClasses)
 {
-    struct Case {
-        const char* what;
-        std::vector<double> differences;
-        double width;
-        std::vector<size_t> bins;
+    const std::pair<std::vector<double>, std::vector<size_t>> cases[] = {
+        {{0.0, 0.0}, {2, 0, 0, 0, 0}},
+        // the last class holds its upper edge, a lower edge belongs to the class above it
+        {{0.0, 0.001, 0.003, 0.005}, {1, 1, 0, 1, 1}},
+        {{none, 0.0015}, {0, 1, 0, 0, 0}},
     };
-    const Case cases[] = {
-        {"all the same as the reference", {0.0, 0.0}, 0.001, {2, 0, 0, 0, 0}},
-        {"the last class holds its upper edge, a lower edge belongs to the class above it",
-         {0.0, 0.001, 0.003, 0.005},
-         0.001,
-         {1, 1, 0, 1, 1}},
-        {"without a reference", {none, 0.0015}, 0.001, {0, 1, 0, 0, 0}},
-    };
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.what);
-        const DifferenceSummary summary(test.differences);
-        EXPECT_DOUBLE_EQ(summary.BinWidth(), test.width);
-        EXPECT_EQ(summary.Bins(), test.bins);
+    for (const auto& [differences, bins] : cases) {
+        const DifferenceSummary summary(differences);
+        EXPECT_DOUBLE_EQ(summary.BinWidth(), 0.001);
+        EXPECT_EQ(summary.Bins(), bins);
     }
 
     // Whatever the largest difference is: a handful to about thirty classes, which reach just up to it.

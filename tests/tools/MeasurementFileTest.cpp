@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/tools/LayoutText.h"
 #include "tools/AtomicFile.h"
 #include "tools/ToolError.h"
@@ -11,55 +13,44 @@
 namespace J4Tool {
 namespace {
 
-using Form = MeasurementFile::Form;
-
 const MeasurementFile::Conditions Conditions = {{"TABLE_SERIAL", "640001"}, {"INSTRUMENT_SERIAL", "240118"}};
+const std::string partialFile = "measurement_file_test.partial";
 
-Measurements FirstRowOf(const ChartLayout& layout)
+TEST(MeasurementFile, PartialFilesGiveBackEveryBitToTheirOwnScan)
 {
+    const ChartLayout layout = GridLayout(2, 3);
     Measurements measurements(layout.Patches().size());
     for (const size_t patch : layout.Rows().front()) {
         measurements[patch].emplace().fill(0.1f + 0.1f * static_cast<float>(patch) / 3.0f);
     }
-    return measurements;
-}
-
-TEST(MeasurementFile, PartialFilesGiveBackEveryBit)
-{
-    const ChartLayout layout = GridLayout(2, 3);
-    const Measurements measurements = FirstRowOf(layout);
-    const std::string text = MeasurementFile::Text(layout, measurements, Conditions, Form::Cgats);
-    WriteAtomically("measurement_file_test.partial", text);
-    EXPECT_EQ(MeasurementFile::Load("measurement_file_test.partial", layout, Conditions), measurements);
+    const std::string text = MeasurementFile::Text(layout, measurements, Conditions, MeasurementFile::Form::Cgats);
+    WriteAtomically(partialFile, text);
+    EXPECT_EQ(MeasurementFile::Load(partialFile, layout, Conditions), measurements);
 
     const J4Chart::CgatsTable table = FileOf(text).Tables().front();
     EXPECT_EQ(table.rows.size(), 3u);
     EXPECT_EQ(table.ValueOf("INSTRUMENT_SERIAL"), "240118");
-    EXPECT_EQ(table.rows[1].values[static_cast<size_t>(table.FindField("SCAN_COLUMN"))], "2");
-    EXPECT_EQ(table.rows[0].values[static_cast<size_t>(table.FindField("XYZ_Y"))], "10.0000");
-    EXPECT_EQ(table.rows[0].values[static_cast<size_t>(table.FindField("LAB_L"))], "37.8424");  // CIE 15, Y = 10
-    std::remove("measurement_file_test.partial");
-}
+    const std::tuple<size_t, const char*, const char*> values[] = {
+        {1, "SCAN_COLUMN", "2"}, {0, "XYZ_Y", "10.0000"}, {0, "LAB_L", "37.8424"}};
+    for (const auto& [row, field, value] : values) {
+        EXPECT_EQ(table.rows[row].values.at(static_cast<size_t>(table.FindField(field))), value);
+    }
 
-TEST(MeasurementFile, PartialFilesOfOthersAreRefused)
-{
-    const ChartLayout layout = GridLayout(2, 3);
-    const std::string text = MeasurementFile::Text(layout, FirstRowOf(layout), Conditions, Form::Cgats);
-    WriteAtomically("measurement_file_test.partial", text);
-    const auto reason = [](const ChartLayout& other, const MeasurementFile::Conditions& conditions) {
+    const auto expectRefusal = [](const ChartLayout& other, const MeasurementFile::Conditions& conditions,
+                                  const char* reason) {
         try {
-            MeasurementFile::Load("measurement_file_test.partial", other, conditions);
+            MeasurementFile::Load(partialFile, other, conditions);
+            ADD_FAILURE() << "accepted: " << reason;
         } catch (const ToolError& error) {
-            return std::string(error.what());
+            EXPECT_THAT(error.what(), testing::HasSubstr(reason));
         }
-        return std::string("accepted");
     };
-    EXPECT_THAT(reason(layout, {{"INSTRUMENT_SERIAL", "240117"}}), testing::HasSubstr("INSTRUMENT_SERIAL is '240118'"));
-    EXPECT_THAT(reason(GridLayout(3, 2), Conditions), testing::HasSubstr("patch 3 'A3' is not of this layout"));
-    EXPECT_THAT(reason(GridLayout(1, 2), Conditions), testing::HasSubstr("patch 3 'A3' is not of this layout"));
-    WriteAtomically("measurement_file_test.partial", text.substr(0, text.size() / 2));
-    EXPECT_THAT(reason(layout, Conditions), testing::HasSubstr("line "));
-    std::remove("measurement_file_test.partial");
+    expectRefusal(layout, {{"INSTRUMENT_SERIAL", "240117"}}, "INSTRUMENT_SERIAL is '240118' and not '240117'");
+    expectRefusal(GridLayout(3, 2), Conditions, "patch 3 'A3' is not of this layout");
+    expectRefusal(GridLayout(1, 2), Conditions, "patch 3 'A3' is not of this layout");
+    WriteAtomically(partialFile, text.substr(0, text.size() / 2));
+    expectRefusal(layout, Conditions, "line ");
+    std::remove(partialFile.c_str());
 }
 
 TEST(WhiteBaseFile, WhiteBasesReadBackAndBrokenOnesAreRefused)

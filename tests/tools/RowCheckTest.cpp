@@ -26,18 +26,11 @@ Spectra Reversed(Spectra spectra)
     return spectra;
 }
 
-/// As if the first patch (or the last) had melted into the paper, and the paper counted as a patch at the other end.
-Spectra Shifted(Spectra spectra, bool first)
+/// As if the first patch had melted into the paper, and the paper counted as a patch at the other end.
+Spectra Shifted(Spectra spectra)
 {
-    RowCheck::Spectrum paper;
-    paper.fill(0.85f);
-    if (first) {
-        spectra.erase(spectra.begin());
-        spectra.push_back(paper);
-    } else {
-        spectra.pop_back();
-        spectra.insert(spectra.begin(), paper);
-    }
+    spectra.erase(spectra.begin());
+    spectra.emplace_back().fill(0.85f);
     return spectra;
 }
 
@@ -58,9 +51,8 @@ TEST(RowCheck, FindsWhatWasReadInstead)
         {"the row before once more", RowOf(0, columns), "row 1 was read instead"},
         {"the next row backwards", Reversed(RowOf(2, columns)), "row 3 was read instead, in the wrong direction"},
         {"backwards", Reversed(RowOf(1, columns)), "the row was read in the wrong direction"},
-        {"the first melted away", Shifted(RowOf(1, columns), true),
-         "the patches are shifted by one, the first is missing"},
-        {"the last melted away", Shifted(RowOf(1, columns), false),
+        {"the first melted away", Shifted(RowOf(1, columns)), "the patches are shifted by one, the first is missing"},
+        {"the last melted away", Reversed(Shifted(Reversed(RowOf(1, columns)))),
          "the patches are shifted by one, the last is missing"},
         {"a print far from the references", RowOf(1, columns, 0.1f), ""},
     };

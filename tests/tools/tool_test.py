@@ -135,6 +135,7 @@ class ToolTest(unittest.TestCase):
     def test_ends_with_a_code_for_each_kind_of_failure(self):
         head = b"CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID X\nEND_DATA_FORMAT\nBEGIN_DATA\n"
         write("broken.cgats", head + b"a 1 2\nEND_DATA\n")
+        write("far.cgats", head.replace(b" X", b" LAB_L LAB_A LAB_B") + b"R1C1 1e200 0 0\nEND_DATA\n")
         write("latin1.cgats", head + b"a \xe4\nEND_DATA\n")
         before = sorted(os.listdir())
         scan = "--virtual scan chart.cgats -o m.cgats "
@@ -150,6 +151,8 @@ class ToolTest(unittest.TestCase):
                 (scan + "--resume", FILE, "no file 'm.cgats.partial'"),
                 ("--virtual scan chart.cgats -o missing/m.cgats", FILE, "writing 'missing/m.cgats' failed"),
                 ("--virtual whitebase --write broken.cgats --yes", FILE, "line 6: 3 values instead of 2"),
+                ("report broken.cgats -o r.html", FILE, "broken.cgats: line 6: 3 values instead of 2"),
+                ("report chart.cgats --reference far.cgats -o r.html", FILE, "line 6: LAB_L '1e200' is not a colour"),
                 ("info --library missing.so", LIBRARY, "was not found"),
                 ("--virtual info --option Simulator.TableUnplugged=yes", NOT_CONNECTED, "J4_ResultDeviceNotConnected"),
                 ("--virtual home --option Simulator.SeatedInstrument=none", NOT_CONNECTED, "status 100"),
