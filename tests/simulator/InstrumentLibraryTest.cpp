@@ -103,6 +103,7 @@ TEST_F(LibraryTest, TheCorrectionMakesResultsTrue)
     ASSERT_EQ(library.Calibrate(), Status::Ok);
     EXPECT_THAT(Measure(), Near(reference));
     MoveTo(3000, 3000);
+    EXPECT_EQ(Set("Simulator.ChartFile", "none.cgats"), Status::InvalidValue) << "the old chart stays";
     Spectrum uncorrected{};
     for (size_t band = 0; band < vector.size(); ++band) {
         EXPECT_GT(reference[band], 0.85f);
