@@ -13,6 +13,8 @@ namespace J4Tool {
 
 ChartLayout::ChartLayout(J4Chart::Chart placed) : chart(std::move(placed))
 {
+    constexpr double unknownSize = 1.0;  // mm, of a grid that leaves its size to the corners
+    hasSizes = !chart.places.empty() && chart.places.front().Width() > unknownSize;
     std::vector<size_t> order(chart.patches.size());
     std::iota(order.begin(), order.end(), size_t{0});
     const auto byPlace = [this](double Point::*coordinate) {
@@ -79,6 +81,13 @@ void ChartLayout::PlaceCorners(const std::array<Point, 3>& corners)
                         "Give the first and the last patch of the first row, and the first of the last row.");
     }
     std::transform(chart.places.begin(), chart.places.end(), chart.places.begin(), J4Chart::PlaneMap(known, corners));
+}
+
+void ChartLayout::MoveTo(const Placement& placement)
+{
+    for (J4Chart::Place& place : chart.places) {
+        place = {placement.Of(place.centre), placement.Turned(place.along), placement.Turned(place.across)};
+    }
 }
 
 }  // namespace J4Tool

@@ -8,6 +8,7 @@
 #include "chart/Chart.h"
 #include "chart/Grid.h"
 #include "chart/cgats/CgatsFile.h"
+#include "tools/Placement.h"
 #include "tools/Point.h"
 
 namespace J4Tool {
@@ -36,6 +37,10 @@ public:
     const std::vector<Row>& Rows() const { return rows; }
     const std::vector<std::string>& DeviceFields() const { return chart.deviceFields; }
 
+    /// False for a grid that is going to be placed by its corners and tells no size: its patches then touch, whatever
+    /// paper is between them.
+    bool HasSizes() const { return hasSizes; }
+
     /// The patches by which the chart is found on the bed: the first of the first row, the last of the first row,
     /// the first of the last row.
     /// @throws ToolError for a chart with fewer than two rows or columns
@@ -44,9 +49,13 @@ public:
     /// Moves the chart so that the middles of its corner patches come to these places.
     void PlaceCorners(const std::array<Point, 3>& corners);
 
+    /// Moves the chart to where it was found.
+    void MoveTo(const Placement& placement);
+
 private:
     J4Chart::Chart chart;
     std::vector<Row> rows;
+    bool hasSizes = true;
 };
 
 }  // namespace J4Tool

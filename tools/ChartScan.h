@@ -30,6 +30,9 @@ public:
     /// Is asked before each travel: true ends the scan.
     std::function<bool()> interrupted = [] { return false; };
 
+    /// Reads what the instrument's own recognition can't tell; without it such rows fail.
+    void UseReader(RowReader& reader) { scanner.reader = &reader; }
+
     /// Takes up the rows of the partial file.
     /// @throws ToolError when it was measured of another chart, or otherwise
     void TakeUp();

@@ -1,5 +1,6 @@
 #include "tools/MeasurementFile.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include "chart/ChartReader.h"
@@ -34,8 +35,8 @@ void AddFields(CgatsTable& table, const ChartLayout& layout)
 {
     table.fields = {"SAMPLE_ID", "SAMPLE_NAME"};
     table.fields.insert(table.fields.end(), layout.DeviceFields().begin(), layout.DeviceFields().end());
-    for (const char* field : {"X", "Y", "WIDTH", "HEIGHT", "SCAN_ROW", "SCAN_COLUMN", "XYZ_X", "XYZ_Y", "XYZ_Z",
-                              "LAB_L", "LAB_A", "LAB_B"}) {
+    for (const char* field : {"X", "Y", "WIDTH", "HEIGHT", "SCAN_ROW", "SCAN_COLUMN", "SCAN_WAY", "SCAN_SAMPLES",
+                              "SCAN_SPREAD", "SCAN_RESIDUAL", "XYZ_X", "XYZ_Y", "XYZ_Z", "LAB_L", "LAB_A", "LAB_B"}) {
         table.fields.push_back(field);
     }
     for (size_t band = 0; band < Spectrum().size(); ++band) {
@@ -56,7 +57,7 @@ std::vector<RowPlace> PlacesInRows(const ChartLayout& layout)
     return places;
 }
 
-std::vector<std::string> Values(const ChartLayout& layout, size_t index, RowPlace rowPlace, const Spectrum& spectrum)
+std::vector<std::string> Values(const ChartLayout& layout, size_t index, RowPlace rowPlace, const PatchReading& reading)
 {
     const J4Chart::Patch& patch = layout.Patches()[index];
     const J4Chart::Place& place = layout.Places()[index];
@@ -67,13 +68,17 @@ std::vector<std::string> Values(const ChartLayout& layout, size_t index, RowPlac
     }
     values.push_back(std::to_string(rowPlace.row));
     values.push_back(std::to_string(rowPlace.column));
-    const Colorimetry::Triple xyz = Colorimetry::TristimulusValues(spectrum);
+    values.emplace_back(WayNames[static_cast<size_t>(reading.way)]);
+    values.push_back(std::to_string(reading.samples));
+    values.push_back(Fixed(reading.spread, ColourDigits));
+    values.push_back(Fixed(reading.residual, PlaceDigits));
+    const Colorimetry::Triple xyz = Colorimetry::TristimulusValues(reading.spectrum);
     for (const Colorimetry::Triple& triple : {xyz, Colorimetry::LabOfTristimulus(xyz)}) {
         for (const double value : triple) {
             values.push_back(Fixed(value, ColourDigits));
         }
     }
-    for (const float value : spectrum) {
+    for (const float value : reading.spectrum) {
         values.push_back(J4Chart::NumberText(value));
     }
     return values;
@@ -100,7 +105,7 @@ CgatsTable SpectraSheet(const ChartLayout& layout, const Measurements& measureme
         if (measurements[i]) {
             CgatsTable::Row& row = table.rows.emplace_back();
             row.values = {layout.Patches()[i].name};
-            for (const float value : *measurements[i]) {
+            for (const float value : measurements[i]->spectrum) {
                 row.values.push_back(J4Chart::NumberText(value));
             }
         }
@@ -126,6 +131,27 @@ CgatsTable FullTable(const ChartLayout& layout, const Measurements& measurements
     return table;
 }
 
+/// How a patch was read, as the file tells.
+void TakeReading(const CgatsTable& table, size_t row, PatchReading& reading)
+{
+    const auto text = [&](const char* field) {
+        const int column = table.FindField(field);
+        return column < 0 ? std::string() : table.rows[row].values[static_cast<size_t>(column)];
+    };
+    const auto number = [&](const char* field) {
+        double value = 0.0;
+        return J4Chart::ParseNumber(text(field), value) && value >= 0.0 ? value : 0.0;
+    };
+    for (size_t way = 0; way < WayNames.size(); ++way) {
+        if (text("SCAN_WAY") == WayNames[way]) {
+            reading.way = static_cast<ReadingWay>(way);
+        }
+    }
+    reading.samples = static_cast<size_t>(std::min(number("SCAN_SAMPLES"), 1e6));
+    reading.spread = number("SCAN_SPREAD");
+    reading.residual = number("SCAN_RESIDUAL");
+}
+
 [[noreturn]] void Refuse(const std::string& fileName, const std::string& reason)
 {
     throw ToolError(
@@ -147,11 +173,13 @@ std::string MeasurementFile::Text(const ChartLayout& layout, const Measurements&
 
 Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayout& layout, const Conditions& conditions)
 {
+    J4Chart::CgatsFile file;
     J4Chart::Chart partial;
     try {
         J4Chart::ChartReader::Wanted wanted;
         wanted.spectra = true;
-        partial = J4Chart::ChartReader::Read(J4Chart::CgatsFile::Read(fileName), wanted);
+        file = J4Chart::CgatsFile::Read(fileName);
+        partial = J4Chart::ChartReader::Read(file, wanted);
     } catch (const J4Chart::CgatsError& error) {
         Refuse(fileName, error.what());
     }
@@ -161,7 +189,8 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
         }
     }
     Measurements measurements(layout.Patches().size());
-    for (const J4Chart::Patch& patch : partial.patches) {
+    for (size_t row = 0; row < partial.patches.size(); ++row) {
+        const J4Chart::Patch& patch = partial.patches[row];
         double number = 0.0;
         if (!J4Chart::ParseNumber(patch.id, number) || number < 1.0 ||
             number > static_cast<double>(measurements.size()) ||
@@ -169,7 +198,10 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
             const std::string reason = "patch " + patch.id + " '" + patch.name + "' is not of this layout";
             Refuse(fileName, J4Chart::CgatsError(patch.line, reason).what());
         }
-        measurements[static_cast<size_t>(number) - 1] = patch.spectrum;
+        PatchReading reading;
+        reading.spectrum = *patch.spectrum;
+        TakeReading(file.Tables().front(), row, reading);
+        measurements[static_cast<size_t>(number) - 1] = reading;
     }
     return measurements;
 }

@@ -1,15 +1,15 @@
-// The spectra of a chart's patches as far as they are measured, by the layout's order of patches.
+// The readings of a chart's patches as far as they are measured, by the layout's order of patches.
 #pragma once
 
 #include <optional>
 #include <vector>
 
-#include "chart/colour/Spectrum.h"
 #include "tools/ChartLayout.h"
+#include "tools/PatchReading.h"
 
 namespace J4Tool {
 
-using Measurements = std::vector<std::optional<J4Chart::Spectrum>>;
+using Measurements = std::vector<std::optional<PatchReading>>;
 
 /// The rows that have a patch which is not measured.
 std::vector<size_t> OpenRows(const ChartLayout& layout, const Measurements& measurements);

@@ -1,5 +1,6 @@
 #include "tools/RowCheck.h"
 
+#include <cmath>
 #include <limits>
 
 namespace J4Tool {
@@ -84,6 +85,24 @@ std::string RowCheck::Fault(size_t row, const std::vector<Spectrum>& measured) c
         consider(MeanDifference(colours, rows[row], false, -1), "the patches are shifted by one, the last is missing");
     }
     return fault;
+}
+
+std::string RowCheck::Doubt(size_t row, const std::vector<Spectrum>& recognised) const
+{
+    constexpr double leastContrast = 3.0;  // CIE 1976
+    if (!rows[row].empty()) {
+        return {};
+    }
+    for (size_t i = 0; i < recognised.size(); ++i) {
+        const Colorimetry::Triple lab = Colorimetry::Lab(recognised[i]);
+        if (lab[0] > 80.0 && std::hypot(lab[1], lab[2]) < 10.0) {
+            return "a patch as light as paper can't be told from paper";
+        }
+        if (i > 0 && Colorimetry::Distance(lab, Colorimetry::Lab(recognised[i - 1])) < leastContrast) {
+            return "two neighbours are too alike to be told apart";
+        }
+    }
+    return {};
 }
 
 }  // namespace J4Tool

@@ -28,6 +28,11 @@ public:
     /// @return what is wrong; empty when the row is good
     std::string Fault(size_t row, const std::vector<Spectrum>& measured) const;
 
+    /// What may be wrong with patches that the instrument itself recognised, though their number is right: a patch cut
+    /// in two and two taken for one, or a light end that was lost and a gap taken for a patch.
+    /// @return empty where the row has references, which Fault() looks at
+    std::string Doubt(size_t row, const std::vector<Spectrum>& recognised) const;
+
 private:
     using Colours = std::vector<J4Chart::Colorimetry::Triple>;
 

@@ -79,13 +79,19 @@ std::vector<size_t> FirstRows(const std::vector<Pass>& forward, Point home)
 
 }  // namespace
 
+RowPlan::Pass RowPlan::Along(const ChartLayout& layout, size_t row, double margin, bool reversed)
+{
+    const ChartLayout::Row& patches = layout.Rows()[row];
+    const Pass forward{row, false, Beyond(layout.Places()[patches.front()], margin, -1.0),
+                       Beyond(layout.Places()[patches.back()], margin, 1.0)};
+    return reversed ? Reversed(forward) : forward;
+}
+
 RowPlan::RowPlan(const ChartLayout& layout, double margin, Point home, bool bothWays, const std::vector<size_t>& wanted)
 {
     std::vector<Pass> forward;
     for (const size_t row : wanted) {
-        const ChartLayout::Row& patches = layout.Rows()[row];
-        forward.push_back({row, false, Beyond(layout.Places()[patches.front()], margin, -1.0),
-                           Beyond(layout.Places()[patches.back()], margin, 1.0)});
+        forward.push_back(Along(layout, row, margin, false));
     }
     if (forward.empty()) {
         return;

@@ -25,6 +25,9 @@ public:
     /// @param wanted   the rows to scan
     RowPlan(const ChartLayout& layout, double margin, Point home, bool bothWays, const std::vector<size_t>& wanted);
 
+    /// One row by itself.
+    static Pass Along(const ChartLayout& layout, size_t row, double margin, bool reversed);
+
     const std::vector<Pass>& Passes() const { return passes; }
 
     /// The way from home through all passes, mm.

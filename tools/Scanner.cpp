@@ -32,26 +32,61 @@ std::vector<size_t> Scanner::Run(Measurements& measurements)
     return failed;
 }
 
-bool Scanner::ScanRow(const RowPlan::Pass& pass, Measurements& measurements)
+std::vector<ReadingWay> Scanner::Ways(size_t row) const
 {
-    for (int attempt = 1;; ++attempt) {
-        const std::string fault = Attempt(pass, measurements);
-        if (fault.empty()) {
-            return true;
-        }
-        const bool again = attempt <= settings.retries && !stop();
-        listener.RowFailed(State(measurements), pass.row, attempt, fault, again);
-        if (!again) {
-            return false;
-        }
+    if (reader == nullptr) {
+        return {ReadingWay::Recognised};
     }
+    if (settings.spotsOnly) {
+        return {ReadingWay::Spot};
+    }
+    if (!reader->CanBeRecognised(row)) {
+        return {ReadingWay::Fitted, ReadingWay::Spot};
+    }
+    return {ReadingWay::Recognised, ReadingWay::Fitted, ReadingWay::Spot};
 }
 
-std::string Scanner::Attempt(const RowPlan::Pass& pass, Measurements& measurements)
+bool Scanner::ScanRow(const RowPlan::Pass& pass, Measurements& measurements)
 {
-    std::vector<Session::Spectrum> spectra;
+    const ChartLayout::Row& patches = layout.Rows()[pass.row];
+    const std::vector<ReadingWay> ways = Ways(pass.row);
+    Readings readings;
+    int attempt = 0;
+    for (const ReadingWay way : ways) {
+        for (int tries = 0;; ++tries) {
+            const std::string fault = Attempt(way, pass, readings);
+            if (fault.empty()) {
+                for (size_t i = 0; i < patches.size(); ++i) {
+                    measurements[patches[i]] = readings[i];
+                }
+                return true;
+            }
+            // Another way finds more than the same way again.
+            const bool sameAgain = way == ways.back() && tries < settings.retries;
+            const bool again = (sameAgain || way != ways.back()) && !stop();
+            listener.RowFailed(State(measurements), pass.row, ++attempt, fault, again);
+            if (!again) {
+                return false;
+            }
+            if (!sameAgain) {
+                break;
+            }
+        }
+    }
+    return false;
+}
+
+std::string Scanner::Attempt(ReadingWay way, const RowPlan::Pass& pass, Readings& readings)
+{
     try {
-        spectra = session.Scan(pass.start, pass.end);
+        switch (way) {
+        case ReadingWay::Recognised:
+            return Recognise(pass, readings);
+        case ReadingWay::Fitted:
+            return reader->Fit(pass, readings);
+        case ReadingWay::Spot:
+            return reader->Measure(pass.row, readings);
+        }
     } catch (const ToolError& error) {
         // A fault of the moment may pass; a table that is gone or a row that can't be reached will not.
         if (error.status == 0 || !FindStatus(error.status).mayPass) {
@@ -59,14 +94,26 @@ std::string Scanner::Attempt(const RowPlan::Pass& pass, Measurements& measuremen
         }
         return error.what();
     }
+    return {};
+}
+
+std::string Scanner::Recognise(const RowPlan::Pass& pass, Readings& readings)
+{
+    if (reader != nullptr) {
+        reader->PrepareRecognition();
+    }
+    std::vector<Session::Spectrum> spectra = session.Scan(pass.start, pass.end);
     if (pass.reversed) {
         std::reverse(spectra.begin(), spectra.end());
     }
-    const std::string fault = check.Fault(pass.row, spectra);
+    std::string fault = check.Fault(pass.row, spectra);
+    if (fault.empty() && reader != nullptr) {
+        fault = check.Doubt(pass.row, spectra);
+    }
     if (fault.empty()) {
-        const ChartLayout::Row& patches = layout.Rows()[pass.row];
-        for (size_t i = 0; i < patches.size(); ++i) {
-            measurements[patches[i]] = spectra[i];
+        readings.clear();
+        for (const Session::Spectrum& spectrum : spectra) {
+            readings.push_back(PatchReading{spectrum, ReadingWay::Recognised, 0, 0.0, 0.0});
         }
     }
     return fault;

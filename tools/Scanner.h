@@ -2,12 +2,15 @@
 #pragma once
 
 #include <functional>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "chart/ScanMotion.h"
 #include "tools/Measurements.h"
 #include "tools/RowCheck.h"
 #include "tools/RowPlan.h"
+#include "tools/RowReader.h"
 #include "tools/ScanListener.h"
 #include "tools/Session.h"
 
@@ -19,11 +22,15 @@ public:
         double margin = J4Chart::ScanMotion::UsualMargin;  ///< bare paper before and behind a row, mm
         int retries = 2;                                   ///< how often a failed row is tried again
         bool bothWays = true;
+        bool spotsOnly = false;  ///< measure every patch singly
     };
 
     Scanner(Session& session, const ChartLayout& layout, const Settings& settings, ScanListener& listener)
         : session(session), layout(layout), settings(settings), listener(listener), check(layout)
     {}
+
+    /// Reads the rows that the instrument's own recognition can't tell; without it they fail.
+    RowReader* reader = nullptr;
 
     /// Is asked before each travel: true ends the scan.
     std::function<bool()> stop = [] { return false; };
@@ -43,8 +50,15 @@ private:
     /// @return false when the row has failed for good or the scan is stopped
     bool ScanRow(const RowPlan::Pass& pass, Measurements& measurements);
 
-    /// @return what is wrong; empty when the row was good and is stored
-    std::string Attempt(const RowPlan::Pass& pass, Measurements& measurements);
+    using Readings = std::vector<std::optional<PatchReading>>;
+
+    /// The ways to read a row, in the order in which they are tried.
+    std::vector<ReadingWay> Ways(size_t row) const;
+
+    /// @param readings  of the row so far; all of it when nothing is wrong
+    /// @return what is wrong; empty when the row was good
+    std::string Attempt(ReadingWay way, const RowPlan::Pass& pass, Readings& readings);
+    std::string Recognise(const RowPlan::Pass& pass, Readings& readings);
 
     Session& session;
     const ChartLayout& layout;

@@ -53,10 +53,10 @@ ChartLayout TrickyLayout()
 
 Measurements FourSpectra()
 {
-    Measurements measurements(4, J4Chart::Spectrum());
+    Measurements measurements(4, PatchReading());
     for (size_t i = 0; i < 4; ++i) {
         for (size_t band = 0; band < J4Chart::SpectrumLength; ++band) {
-            (*measurements[i])[band] = 1.0f / static_cast<float>(2 + i + band);
+            measurements[i]->spectrum[band] = 1.0f / static_cast<float>(2 + i + band);
         }
     }
     return measurements;
@@ -80,11 +80,11 @@ TEST(Interchange, LittleCmsReadsWhatTheToolWrites)
     for (size_t i = 0; i < 4; ++i) {
         const std::string id = std::to_string(i + 1);
         EXPECT_STREQ(cmsIT8GetData(it8.get(), id.c_str(), "SAMPLE_NAME"), names[i]);
-        const Colorimetry::Triple lab = Colorimetry::Lab(*measurements[i]);
+        const Colorimetry::Triple lab = Colorimetry::Lab(measurements[i]->spectrum);
         EXPECT_NEAR(cmsIT8GetDataDbl(it8.get(), id.c_str(), "LAB_A"), lab[1], 0.00006);
-        for (size_t band = 0; band < measurements[i]->size(); ++band) {
+        for (size_t band = 0; band < measurements[i]->spectrum.size(); ++band) {
             const double value = cmsIT8GetDataDbl(it8.get(), id.c_str(), J4Chart::SpectralField(band).c_str());
-            EXPECT_EQ(static_cast<float>(value), (*measurements[i])[band]) << id << " band " << band;
+            EXPECT_EQ(static_cast<float>(value), measurements[i]->spectrum[band]) << id << " band " << band;
         }
     }
     EXPECT_EQ(cmsIT8GetDataDbl(it8.get(), "1", "CMYK_K"), 12.5);
@@ -112,7 +112,7 @@ TEST(Interchange, TheToolReadsWhatLittleCmsWrites)
     ASSERT_EQ(read.Patches().size(), 4u);
     EXPECT_EQ(read.Patches()[0].name, "deep red # 1");
     EXPECT_EQ(read.Patches()[2].name, "6'");
-    EXPECT_NEAR((*read.Patches()[3].Colour())[0], Colorimetry::Lab(*FourSpectra()[3])[0], 0.001);
+    EXPECT_NEAR((*read.Patches()[3].Colour())[0], Colorimetry::Lab(FourSpectra()[3]->spectrum)[0], 0.001);
     EXPECT_EQ(file.Tables()[1].kind, "CTI3");
     EXPECT_EQ(file.Tables()[1].rows.front().values.back(), "95.5");
 }
@@ -135,7 +135,7 @@ TEST(Interchange, ColordReadsTheSheetOfSpectra)
         EXPECT_EQ(cd_spectrum_get_start(spectrum), 380.0);
         EXPECT_EQ(cd_spectrum_get_end(spectrum), 730.0);
         for (guint band = 0; band < 36; ++band) {
-            EXPECT_NEAR(cd_spectrum_get_value(spectrum, band), (*measurements[i])[band], 1e-6);
+            EXPECT_NEAR(cd_spectrum_get_value(spectrum, band), measurements[i]->spectrum[band], 1e-6);
         }
     }
     g_ptr_array_unref(spectra);

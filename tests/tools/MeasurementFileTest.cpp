@@ -21,7 +21,7 @@ TEST(MeasurementFile, PartialFilesGiveBackEveryBitToTheirOwnScan)
     const ChartLayout layout = GridLayout(2, 3);
     Measurements measurements(layout.Patches().size());
     for (const size_t patch : layout.Rows().front()) {
-        measurements[patch].emplace().fill(0.1f + 0.1f * static_cast<float>(patch) / 3.0f);
+        measurements[patch].emplace().spectrum.fill(0.1f + 0.1f * static_cast<float>(patch) / 3.0f);
     }
     const std::string text = MeasurementFile::Text(layout, measurements, Conditions, MeasurementFile::Form::Cgats);
     WriteAtomically(partialFile, text);

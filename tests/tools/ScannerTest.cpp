@@ -128,7 +128,7 @@ TEST_F(ScannerTest, EveryPatchGetsItsOwnSpectrumInBothDirections)
     EXPECT_THAT(table.scans, ElementsAre("A1", "B1<", "C1"));
     for (size_t i = 0; i < measurements.size(); ++i) {
         ASSERT_TRUE(measurements[i]) << i;
-        EXPECT_NEAR((*measurements[i])[7], ReflectanceOf(i / 5, i % 5), 1e-5) << i;
+        EXPECT_NEAR(measurements[i]->spectrum[7], ReflectanceOf(i / 5, i % 5), 1e-5) << i;
     }
     EXPECT_EQ(ear.last.patchesDone, 15u);
     EXPECT_EQ(ear.last.rowsDone, 3u);

@@ -64,6 +64,9 @@ def spectra(name):
             for row in lines[lines.index(["BEGIN_DATA"]) + 1:lines.index(["END_DATA"])]}
 
 
+WAYS = ("RECOGNISED", "FITTED", "SPOT")
+
+
 def tool(arguments, program=PROGRAM, **options):
     # Not into pipes: what Wine starts in the background would hold them open for seconds.
     with tempfile.TemporaryFile() as output, tempfile.TemporaryFile() as errors:
@@ -162,7 +165,8 @@ class ToolTest(unittest.TestCase):
                 ("--virtual get NoSuchOption", DEVICE, "no such option"),
                 ("--virtual set J4TScanSpeed fast", DEVICE, "setting the option J4TScanSpeed to 'fast' failed"),
                 (scan + "--margin 300", POSITION, "--margin"),
-                (scan + "--option J4TScanSpeed=9999", DEVICE, "J4_ResultResourceFault"),
+                (scan + "--option J4TScanSpeed=9999", USAGE, "--speed"),
+                (scan + "--speed 9999", DEVICE, "J4_ResultResourceFault"),
                 (scan + "--corners", NOT_CONFIRMED, "nobody is at the")):
             with self.subTest(arguments):
                 run = tool(arguments)
@@ -213,12 +217,49 @@ class ToolTest(unittest.TestCase):
         self.assert_measured("m.cgats", "layout.cgats")
         self.assertFalse(os.path.exists("m.cgats.partial"))
 
-    def test_patches_lost_in_noise_pass_by_scanning_again(self):
-        run = tool("--virtual chart.cgats scan -o m.cgats --retries 20 --option 5040=0 --option 5042=0 "
-                   "--option Simulator.Noise=0.15 --option Simulator.NoiseSeed=5")
-        self.assertEqual(run.returncode, DONE, run.stderr)
-        self.assertRegex(run.stdout, r'"event":"retry".*patches were found instead of 10')
-        self.assert_measured("m.cgats", "chart.cgats", 0.3)
+    def test_every_honest_chart_is_measured_and_a_wrong_one_refused(self):
+        """What lies on the bed is the chart moved by dx, dy; the layout tells no colours where it says so."""
+        colour = lambda row, column, third: 0.06 + 0.06 * ((row * 131 + column * 37) * (third + 3) // 5 % 13)
+        ends = lambda row, column, third: 0.85 if column < 2 or column > 9 else colour(row, column, third)
+        for name, size, gap, patches, move, known, code, ways in (
+                ("plain", 10, 0, colour, (2, -2), True, DONE, {"RECOGNISED", "FITTED"}),
+                ("equal neighbours", 10, 0, lambda r, c, t: colour(r, c // 3, t), (0, 0), False, DONE, {"FITTED"}),
+                ("ends like paper", 10, 0, ends, (0, 0), False, DONE, {"FITTED"}),
+                ("small", 6, 0, colour, (0, 0), False, DONE, {"FITTED"}),
+                ("wide gaps", 10, 8, colour, (0, 0), True, DONE, {"FITTED"}),
+                ("greys", 8, 0, lambda r, c, t: 0.2 + 0.004 * (12 * r + c), (1, 1), False, DONE, {"FITTED"}),
+                ("one by one --spots", 10, 0, colour, (0, 0), True, DONE, {"SPOT"}),
+                ("half a patch across", 10, 0, colour, (0, 5), False, CHECK, "mm in y, turned by"),
+                ("half a patch along", 10, 0, colour, (5, 0), True, CHECK, "mm in x"),
+                ("another chart", 10, 2, lambda r, c, t: colour(c, r, t), (-7, 6), False, CHECK, ""),
+                ("found --align", 10, 0, colour, (4, -4), False, DONE, {"RECOGNISED", "FITTED"}),
+                ("found --align", 7, 1, colour, (-3, 3), False, DONE, {"FITTED"})):
+            with self.subTest(name):
+                rows = [(f"R{row}C{column}", 200 + (size + gap) * column, 200 + (size + gap) * row,
+                         [colour_of for third in range(3) for colour_of in [patches(row, column, third)] * 12])
+                        for row in range(4) for column in range(12)]
+                spectral = "".join(f" SPECTRAL_NM{380 + 10 * band}" for band in range(36))
+
+                def text(with_colours, dx, dy):
+                    return ("CGATS.17\nPAPER_REFLECTANCE 0.85\nBEGIN_DATA_FORMAT\nSAMPLE_NAME X Y WIDTH HEIGHT" +
+                            (spectral if with_colours else "") + "\nEND_DATA_FORMAT\nBEGIN_DATA\n" +
+                            "".join(f"{patch} {x + dx} {y + dy} {size} {size}" +
+                                    ("".join(f" {value:.4f}" for value in values) if with_colours else "") + "\n"
+                                    for patch, x, y, values in rows) + "END_DATA\n")
+
+                write("bed.cgats", text(True, *move))
+                write("layout.cgats", text(known, 0, 0))
+                option = " ".join(word for word in name.split() if word.startswith("--"))
+                run = tool("--virtual --chart bed.cgats scan layout.cgats -o m.cgats --option Simulator.Noise=0.001 " +
+                           option)
+                self.assertEqual(run.returncode, code, run.stderr)
+                self.assertEqual(os.path.exists("m.cgats"), code == DONE)
+                if code == DONE:
+                    self.assert_measured("m.cgats", "bed.cgats", 0.004)
+                    self.assertEqual({word for word in content_of("m.cgats").split() if word in WAYS}, ways)
+                    os.remove("m.cgats")
+                else:
+                    self.assertIn(ways, run.stderr)
 
     def test_files_of_others_stay(self):
         for name in ("m.cgats", "m.cgats.tmp", "m.cgats.1.tmp"):

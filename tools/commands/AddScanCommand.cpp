@@ -7,6 +7,7 @@
 
 #include "chart/cgats/CgatsFields.h"
 #include "tools/AtomicFile.h"
+#include "tools/ChartFinder.h"
 #include "tools/ChartLayout.h"
 #include "tools/ChartScan.h"
 #include "tools/DateText.h"
@@ -14,6 +15,8 @@
 #include "tools/Platform.h"
 #include "tools/Progress.h"
 #include "tools/Question.h"
+#include "tools/RowReader.h"
+#include "tools/RowSpeed.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
 
@@ -34,6 +37,10 @@ struct Arguments {
     std::optional<double> margin;
     int retries = 2;
     bool oneWay = false;
+    bool align = false;
+    bool trustPlace = false;
+    bool spots = false;
+    int speed = 0;
     bool resume = false;
     bool restart = false;
     MeasurementFile::Form form = MeasurementFile::Form::Cgats;
@@ -65,17 +72,60 @@ public:
         const Interrupt interrupt;  // from here on the motors hold the arm, which has to be let go
         session->Calibrate();
         session->SetOption("MeasurementMode", "ScanningReflectance");
+        const RowSpeed speed(LineScan(*session).IntegrationTime(), arguments.speed);
+        const std::optional<ChartFinder::Finding> found = PlaceChart(speed);
         Progress progress(stdout, context.json || !Platform::IsTerminal(stdout));
         ChartScan scan(*session, layout, Settings(), Conditions(), files, progress);
         scan.interrupted = [&interrupt] { return interrupt.Requested(); };
         if (arguments.resume) {
             scan.TakeUp();
         }
+        RowReader reader(*session, layout, speed);
+        if (found) {
+            reader.Expect(*found);
+            scan.UseReader(reader);
+        }
         scan.Run();
     }
 
 private:
     bool PlacedByCorners() const { return arguments.cornersByHand || !arguments.corners.empty(); }
+
+    /// Finds out where the chart lies, and takes it from there or refuses it.
+    /// @return nothing where the layout does not tell how large patches are, so that only recognition can find them
+    std::optional<ChartFinder::Finding> PlaceChart(const RowSpeed& speed)
+    {
+        if (arguments.trustPlace) {
+            return ChartFinder::Finding{};
+        }
+        if (PlacedByCorners() && !arguments.align && arguments.size.empty() && !layout.HasSizes()) {
+            return std::nullopt;
+        }
+        ChartFinder finder(*session, layout, speed, [this](const std::string& what) {
+            if (!context.json) {
+                std::fprintf(stderr, "%s\n", what.c_str());
+            }
+        });
+        ChartFinder::Finding found = arguments.align ? finder.Find() : finder.Look();
+        if (!arguments.align) {
+            const std::string fault = finder.Fault(found);
+            if (!fault.empty()) {
+                throw ToolError(ExitCode::Check, fault,
+                                "Lay it where the layout says, or let the instrument find it: --align.");
+            }
+            return found;
+        }
+        if (!found.isSure) {
+            throw ToolError(ExitCode::Check, "the chart can't be found: no edges of patches were seen",
+                            "Lay it where the layout says, or give its corners with --corners.");
+        }
+        layout.MoveTo(found.placement);
+        if (!context.json) {
+            std::fprintf(stderr, "found: %s (edges within %.2f mm)\n", finder.Words(found).c_str(), found.residual);
+        }
+        found.placement = Placement{found.placement.middle, {}, 0.0, 1.0, 1.0};
+        return found;
+    }
 
     std::optional<Point> Pair(const std::vector<double>& numbers) const
     {
@@ -175,6 +225,7 @@ private:
         settings.margin = arguments.margin ? units.ToMillimetres(*arguments.margin) : settings.margin;
         settings.retries = arguments.retries;
         settings.bothWays = !arguments.oneWay;
+        settings.spotsOnly = arguments.spots;
         return settings;
     }
 
@@ -186,8 +237,24 @@ private:
     Session* session = nullptr;
 };
 
+/// Options of the library that a scan sets itself, or that would make its coordinates mean something else.
+void RefuseOptionsOfTheScan(const ToolContext& context)
+{
+    for (const std::string& setting : context.settings) {
+        const std::string key = setting.substr(0, setting.find('='));
+        for (const char* own : {"J4TScanSpeed", "J4TRecognitionAlgorithm", "Recognition", "MeasurementMode",
+                                "J4TIsVisorCoordinate", "5011", "5020", "5030", "5060"}) {
+            if (key == own) {
+                throw ToolError(ExitCode::Usage, "--option " + key + " can't be given with scan: it sets that itself",
+                                "For the speed along a row there is --speed, for the unit --unit.");
+            }
+        }
+    }
+}
+
 void Run(ToolContext& context, Arguments arguments)
 {
+    RefuseOptionsOfTheScan(context);
     if (context.isVirtual) {
         // One file may be both: what is printed on the chart and where it lies.
         arguments.layout = arguments.layout.empty() ? context.chartFile : arguments.layout;
@@ -236,6 +303,13 @@ void AddScanCommand(CLI::App& app, ToolContext& context)
         ->capture_default_str()
         ->check(CLI::Range(0, 100));
     command->add_flag("--one-way", arguments->oneWay, "scan all rows in the same direction");
+    CLI::Option* align = command->add_flag("--align", arguments->align,
+                                           "let the instrument find the chart: up to half a patch and two degrees off");
+    command->add_flag("--trust-place", arguments->trustPlace, "scan without looking first whether the chart lies right")
+        ->excludes(align);
+    command->add_flag("--spots", arguments->spots, "measure every patch singly instead of scanning rows");
+    command->add_option("--speed", arguments->speed, "speed along a row, mm/s (default: as the patches allow)")
+        ->check(CLI::Range(1, 65535));
     CLI::Option* resume = command->add_flag("--resume", arguments->resume, "go on from MEASURED.partial");
     command->add_flag("--restart", arguments->restart, "throw MEASURED.partial away")->excludes(resume);
     command

@@ -1,0 +1,273 @@
+#include "tools/ChartFinder.h"
+
+#include <Eigen/Dense>
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <numbers>
+#include <utility>
+
+#include "tools/CrossedPatches.h"
+#include "tools/ToolError.h"
+
+namespace J4Tool {
+
+namespace {
+
+/// What is expected of a chart before anything is measured, as standard deviations.
+constexpr double UsualShift = 10.0;     // mm
+constexpr double UsualRotation = 0.05;  // radians
+constexpr double UsualLatency = 0.02;   // s
+
+/// How well a travel tells a place at best, mm.
+constexpr double BestPlace = 0.02;
+
+/// An edge this far from its place, or so much light that the layout does not explain, is no matter of placement.
+constexpr double LargestResidual = 0.7;      // mm
+constexpr double LargestRemainder = 0.01;    // reflectance
+constexpr double LargestUnexplained = 0.15;  // share of what the line shows at all
+
+/// Patches of a short look across an outer edge of the chart.
+constexpr double ShortLook = 4.0;
+
+Point Minus(Point a, Point b) { return {a.x - b.x, a.y - b.y}; }
+Point Plus(Point a, Point b) { return {a.x + b.x, a.y + b.y}; }
+Point Times(Point a, double factor) { return {a.x * factor, a.y * factor}; }
+double Dot(Point a, Point b) { return a.x * b.x + a.y * b.y; }
+double Length(Point a) { return std::hypot(a.x, a.y); }
+Point Unit(Point a) { return Times(a, 1.0 / Length(a)); }
+
+std::string Text(const char* format, double value)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, format, value);
+    return text;
+}
+
+}  // namespace
+
+ChartFinder::ChartFinder(Session& session, const ChartLayout& layout, const RowSpeed& speed,
+                         std::function<void(const std::string&)> say)
+    : layout(layout), speed(speed), say(std::move(say)), scan(session)
+{
+    Point least{std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
+    Point most{-least.x, -least.y};
+    for (const J4Chart::Place& patch : layout.Places()) {
+        least = {std::min(least.x, patch.centre.x), std::min(least.y, patch.centre.y)};
+        most = {std::max(most.x, patch.centre.x), std::max(most.y, patch.centre.y)};
+    }
+    finding.placement.middle = Times(Plus(least, most), 0.5);
+}
+
+ChartFinder::Line ChartFinder::Column(double share, double patches) const
+{
+    const ChartLayout::Row& firstRow = layout.Rows().front();
+    const ChartLayout::Row& lastRow = layout.Rows().back();
+    const auto index = static_cast<size_t>(std::lround(share * static_cast<double>(firstRow.size() - 1)));
+    const J4Chart::Place& first = layout.Places()[firstRow[index]];
+    const Point along = Unit(first.along);
+    const auto distance = [&](size_t patch) {
+        return std::abs(Dot(Minus(layout.Places()[patch].centre, first.centre), along));
+    };
+    const J4Chart::Place& last = layout.Places()[*std::min_element(
+        lastRow.begin(), lastRow.end(), [&](size_t a, size_t b) { return distance(a) < distance(b); })];
+    const Point way = Minus(last.centre, first.centre);
+    const double sign = Dot(first.across, way) < 0.0 ? -1.0 : 1.0;
+    Line line{Minus(first.centre, Times(first.across, sign)), Plus(last.centre, Times(last.across, sign))};
+    const double longest = 2.0 * patches * Length(first.across);
+    if (Length(Minus(line.end, line.start)) > longest) {
+        line.end = Plus(line.start, Times(Unit(Minus(line.end, line.start)), longest));
+    }
+    return line;
+}
+
+ChartFinder::Line ChartFinder::Row(bool last, double patches) const
+{
+    const ChartLayout::Row& row = last ? layout.Rows().back() : layout.Rows().front();
+    const J4Chart::Place& first = layout.Places()[row.front()];
+    const size_t count = std::min(row.size(), static_cast<size_t>(patches));
+    const J4Chart::Place& end = layout.Places()[row[count - 1]];
+    return {Minus(first.centre, first.along), Plus(end.centre, end.along)};
+}
+
+bool ChartFinder::Travel(const Line& line, bool bothWays)
+{
+    const bool seen = TravelOnce(line);
+    if (bothWays && seen) {
+        TravelOnce({line.end, line.start});
+    }
+    Solve();
+    return seen;
+}
+
+bool ChartFinder::TravelOnce(const Line& line)
+{
+    // A first look finds the patches, with as much paper before and behind as the speed will need.
+    const Point along = Unit(Minus(line.end, line.start));
+    const CrossedPatches inside(layout, line.start, line.end);
+    double shortest = std::numeric_limits<double>::infinity();
+    for (const LineFit::Stretch& stretch : inside.stretches) {
+        shortest = std::min(shortest, stretch.end - stretch.begin);
+    }
+    if (inside.stretches.empty()) {
+        return false;
+    }
+    const int carried = speed.For(shortest);
+    // Paper has to be seen evenly behind the rim, wherever that is.
+    const double margin = RowSpeed::Margin(carried) + (isPartial ? 0.0 : reach * shortest);
+    const Point start = Minus(line.start, Times(along, margin));
+    const Point end = Plus(line.end, Times(along, margin));
+    const CrossedPatches crossed(layout, start, end);
+
+    const Placement& placement = finding.placement;
+    LineScan::Samples samples;
+    try {
+        samples = scan.Take(placement.Of(start), placement.Of(end), carried);
+    } catch (const ToolError& error) {
+        if (error.status == J4_ResultIllegalPosition) {
+            return false;  // no room for this look; the rows themselves may have it
+        }
+        throw;
+    }
+    LineFit::Settings settings;
+    settings.blur = samples.blur;
+    settings.largestOffset = reach * shortest + carried * UsualLatency;
+    const LineFit fit(samples.spectra, samples.places, crossed.stretches, settings);
+    if (!fit.Located()) {
+        return false;
+    }
+    const bool otherChart = fit.Remainder() > LargestRemainder && fit.Unexplained() > LargestUnexplained;
+    if (otherChart || fit.Residual() > LargestResidual) {
+        throw ToolError(ExitCode::Check,
+                        "what lies on the bed is not the chart of the layout, or lies quite elsewhere: the edges of "
+                        "its patches are " +
+                            Text("%.1f mm", fit.Residual()) + " off, and " +
+                            Text("%.0f %%", 100.0 * fit.Unexplained()) + " of what was seen there is not explained",
+                        "Look whether it is this chart, the right way round, and where the layout says; or let the "
+                        "instrument find it "
+                        "with --align, which bears half a patch and two degrees.");
+    }
+    constexpr double leastDistinctness = 1.5;
+    if (!isPartial && fit.Distinctness() < leastDistinctness && std::abs(fit.Offset()) > 0.3 * shortest) {
+        throw ToolError(ExitCode::Check, "it can't be told which of two places, a patch apart, is the chart's",
+                        "Lay it where the layout says, or give its corners with --corners.");
+    }
+    const Point at = Plus(start, Times(along, fit.Pivot()));
+    const Point direction = Unit(placement.Turned(along));
+    measured.push_back({at, direction, Dot(direction, placement.Of(at)) - fit.Offset(),
+                        std::hypot(fit.OffsetError(), BestPlace), static_cast<double>(carried)});
+    edges += fit.VisibleEdges();
+    squares += fit.Residual() * fit.Residual() * static_cast<double>(fit.VisibleEdges());
+    return true;
+}
+
+/// Least squares over all travels so far, with what is usual as a weak expectation.
+void ChartFinder::Solve()
+{
+    Placement& placement = finding.placement;
+    const auto rows = static_cast<Eigen::Index>(measured.size()) + 4;
+    for (int round = 0; round < 4; ++round) {
+        Eigen::MatrixXd slopes = Eigen::MatrixXd::Zero(rows, 4);
+        Eigen::VectorXd left = Eigen::VectorXd::Zero(rows);
+        for (size_t i = 0; i < measured.size(); ++i) {
+            const Measured& travel = measured[i];
+            const auto row = static_cast<Eigen::Index>(i);
+            const Point arm = Minus(Minus(placement.Of(travel.at), placement.middle), placement.shift);
+            left(row) = travel.place + travel.speed * finding.latency - Dot(travel.direction, placement.Of(travel.at));
+            slopes.row(row) << travel.direction.x, travel.direction.y, Dot(travel.direction, {-arm.y, arm.x}),
+                -travel.speed;
+            slopes.row(row) /= travel.error;
+            left(row) /= travel.error;
+        }
+        const double usual[] = {UsualShift, UsualShift, UsualRotation, UsualLatency};
+        const double now[] = {placement.shift.x, placement.shift.y, placement.rotation, finding.latency};
+        for (Eigen::Index i = 0; i < 4; ++i) {
+            slopes(rows - 4 + i, i) = 1.0 / usual[i];
+            left(rows - 4 + i) = -now[i] / usual[i];
+        }
+        const Eigen::Vector4d step = slopes.colPivHouseholderQr().solve(left);
+        placement.shift = {placement.shift.x + step(0), placement.shift.y + step(1)};
+        placement.rotation += step(2);
+        finding.latency += step(3);
+    }
+}
+
+ChartFinder::Finding ChartFinder::Look()
+{
+    constexpr double whole = std::numeric_limits<double>::max();
+    say("looking where the chart lies");
+    measured.clear();
+    edges = 0;
+    squares = 0.0;
+    Travel(Row(false, 1e6), true);
+    int columns = 0;
+    // The outer columns tell most; where they are of one colour, those inside.
+    for (const double share : {0.0, 1.0, 0.5, 0.25, 0.75}) {
+        columns += Travel(Column(share, whole), columns == 0) ? 1 : 0;
+        if (columns == 2) {
+            break;
+        }
+    }
+    if (layout.Rows().size() > 1) {
+        Travel(Row(true, 1e6), false);
+    }
+    finding.isSure = columns > 0;
+    finding.residual = edges > 0 ? std::sqrt(squares / static_cast<double>(edges)) : 0.0;
+    finding.edges = edges;
+    return finding;
+}
+
+ChartFinder::Finding ChartFinder::Find()
+{
+    say("finding the chart");
+    // Short looks at one corner first: a chart that is turned leads a long line into the next row. They may be a patch
+    // off, where the outer patches could be taken for paper; whole lines over both rims put that right.
+    isPartial = true;
+    Travel(Column(0.0, ShortLook), true);
+    Travel(Row(false, ShortLook), true);
+    for (const double share : {0.33, 1.0}) {
+        Travel(Column(share, ShortLook), false);
+    }
+    Travel(Column(0.0, std::numeric_limits<double>::max()), false);
+    if (layout.Rows().size() > 1) {
+        Travel(Row(true, ShortLook), false);
+    }
+    isPartial = false;
+    reach = 1.4;
+    Look();
+    reach = 0.5;
+    return Look();
+}
+
+std::string ChartFinder::Fault(const Finding& found) const
+{
+    constexpr double room = 0.2;  // mm
+    double worst = 0.0;
+    std::string patchName;
+    for (size_t i = 0; i < layout.Places().size(); ++i) {
+        const J4Chart::Place& patch = layout.Places()[i];
+        const Point off = Minus(found.placement.Of(patch.centre), patch.centre);
+        const double along = std::abs(Dot(off, Unit(patch.along))) - Length(patch.along);
+        const double across =
+            std::abs(Dot(off, Unit(patch.across))) - (Length(patch.across) - 0.5 * LineFit::Aperture - room);
+        if (std::max(along, across) > worst) {
+            worst = std::max(along, across);
+            patchName = layout.Patches()[i].name;
+        }
+    }
+    if (patchName.empty()) {
+        return {};
+    }
+    return "the chart lies " + Words(found) + " from where the layout has it: patch " + patchName +
+           ", and perhaps others, would be mixed with its neighbours";
+}
+
+std::string ChartFinder::Words(const Finding& found) const
+{
+    const Placement& placement = found.placement;
+    return Text("%.1f", placement.shift.x) + " mm in x and " + Text("%.1f", placement.shift.y) +
+           " mm in y, turned by " + Text("%.2f", placement.rotation * 180.0 / std::numbers::pi) + " degrees,";
+}
+
+}  // namespace J4Tool

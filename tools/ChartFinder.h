@@ -1,0 +1,83 @@
+// Finds out with the instrument itself where a chart lies: carries it along and across the rows without patch
+// recognition, lays the samples over the layout, and solves for shift, rotation and stretch of the whole chart.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tools/ChartLayout.h"
+#include "tools/LineFit.h"
+#include "tools/LineScan.h"
+#include "tools/Placement.h"
+#include "tools/RowSpeed.h"
+
+namespace J4Tool {
+
+class ChartFinder {
+public:
+    struct Finding {
+        Placement placement;
+        double latency = 0.0;   ///< s, by which the samples lag behind the motion
+        double residual = 0.0;  ///< mm, root mean square of the edges that were seen, about where they are now
+        size_t edges = 0;       ///< how many were seen
+        bool isSure = false;    ///< false on a chart of one colour all over, where nothing can be told
+    };
+
+    /// @param say  hears what is being done
+    ChartFinder(Session& session, const ChartLayout& layout, const RowSpeed& speed,
+                std::function<void(const std::string&)> say);
+
+    /// Looks whether the chart lies where the layout says, give or take half a patch.
+    /// @throws ToolError when what lies there is not this chart
+    Finding Look();
+
+    /// Finds a chart that lies up to half a patch and two degrees wrong.
+    /// @throws ToolError as above
+    Finding Find();
+
+    /// A placement for people: shift and turn.
+    std::string Words(const Finding& finding) const;
+
+    /// What is wrong with a placement for scanning where the layout says; empty when every patch is seen whole.
+    std::string Fault(const Finding& finding) const;
+
+private:
+    /// One travel: where a place of the layout was found in the direction of the travel.
+    struct Measured {
+        Point at;
+        Point direction;
+        double place = 0.0;  ///< mm, before the latency is taken into account
+        double error = 0.0;  ///< standard deviation, mm
+        double speed = 0.0;  ///< mm/s
+    };
+
+    /// From rim to rim, in the layout.
+    struct Line {
+        Point start;
+        Point end;
+    };
+
+    /// @param share    of the first row's length, 0 to 1
+    /// @param patches  how many at most
+    Line Column(double share, double patches) const;
+    Line Row(bool last, double patches) const;
+
+    /// @return false where no edge was seen
+    bool Travel(const Line& line, bool bothWays);
+    bool TravelOnce(const Line& line);
+    void Solve();
+
+    const ChartLayout& layout;
+    const RowSpeed& speed;
+    std::function<void(const std::string&)> say;
+    LineScan scan;
+    Finding finding;
+    std::vector<Measured> measured;
+    size_t edges = 0;
+    double squares = 0.0;
+    double reach = 0.5;      ///< how far off the chart is looked for, in patches
+    bool isPartial = false;  ///< short looks, which can't tell one patch from the next
+};
+
+}  // namespace J4Tool

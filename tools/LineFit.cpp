@@ -1,0 +1,409 @@
+#include "tools/LineFit.h"
+
+#include <Eigen/Dense>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <numeric>
+
+#include "chart/colour/Colorimetry.h"
+
+namespace J4Tool {
+
+namespace Colorimetry = J4Chart::Colorimetry;
+
+namespace {
+
+/// Bands are summed up to so many channels: enough to tell colours apart, few enough to be quick.
+constexpr Eigen::Index Channels = 6;
+
+/// Paper narrower than this leaves no trace between two patches, mm.
+constexpr double NarrowestGap = 0.2;
+
+/// Steps of the search for the place, mm and as a share.
+constexpr double OffsetStep = 0.25;
+constexpr double StretchStep = 0.0025;
+
+/// Share of a disc of diameter 1 that lies before a line at this distance from its middle: 0 up to -0.5, 1 from 0.5 on.
+double ShareBefore(double distance)
+{
+    const double u = std::clamp(2.0 * distance, -1.0, 1.0);
+    return 0.5 + (u * std::sqrt(1.0 - u * u) + std::asin(u)) / std::numbers::pi;
+}
+
+double Median(std::vector<double> values)
+{
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+/// An instrument is never steadier than this, as reflectance.
+constexpr double LeastNoise = 0.0003;
+
+/// Charts and tables are made to this: standard deviation of the stretch, as a share. It decides where the edges don't.
+constexpr double UsualStretch = 0.003;
+
+/// Edges are visible when their place can be told so well, and the series is located when its own can, mm.
+constexpr double LargestEdgeError = 0.1;
+constexpr double LargestOffsetError = 0.2;
+
+/// The mean of the samples that agree.
+LineFit::Reading Average(const std::vector<LineFit::Spectrum>& samples, const std::vector<size_t>& inside)
+{
+    LineFit::Reading reading;
+    if (inside.empty()) {
+        return reading;
+    }
+    const auto mean = [&](const std::vector<size_t>& chosen) {
+        LineFit::Spectrum result{};
+        for (size_t band = 0; band < result.size(); ++band) {
+            double sum = 0.0;
+            for (const size_t sample : chosen) {
+                sum += static_cast<double>(samples[sample][band]);
+            }
+            result[band] = static_cast<float>(sum / static_cast<double>(chosen.size()));
+        }
+        return result;
+    };
+    LineFit::Spectrum typical{};
+    for (size_t band = 0; band < typical.size(); ++band) {
+        std::vector<double> values;
+        for (const size_t sample : inside) {
+            values.push_back(static_cast<double>(samples[sample][band]));
+        }
+        typical[band] = static_cast<float>(Median(values));
+    }
+    std::vector<double> distances;
+    for (const size_t sample : inside) {
+        distances.push_back(Colorimetry::Distance(Colorimetry::Lab(samples[sample]), Colorimetry::Lab(typical)));
+    }
+    constexpr double outlier = 3.0;  // times the median distance
+    const double limit = outlier * Median(distances) + 1e-3;
+    std::vector<size_t> kept;
+    for (size_t i = 0; i < inside.size(); ++i) {
+        if (distances[i] <= limit) {
+            kept.push_back(inside[i]);
+        }
+    }
+    reading.mean = mean(kept);
+    reading.inside = inside.size();
+    reading.samples = kept.size();
+    double squares = 0.0;
+    for (const size_t sample : inside) {
+        const double distance =
+            Colorimetry::Distance(Colorimetry::Lab(samples[sample]), Colorimetry::Lab(reading.mean));
+        reading.worst = std::max(reading.worst, distance);
+        squares += std::find(kept.begin(), kept.end(), sample) != kept.end() ? distance * distance : 0.0;
+    }
+    reading.spread = std::sqrt(squares / static_cast<double>(kept.size()));
+    return reading;
+}
+
+}  // namespace
+
+/// What the layout says the samples should look like: a stretch of one colour after the other, seen through the
+/// aperture. The colours are whatever fits best.
+class LineFit::Model {
+public:
+    Model(const std::vector<Spectrum>& samples, const std::vector<double>& places, const std::vector<Stretch>& patches,
+          const Settings& settings)
+        : settings(settings)
+    {
+        AddStretches(patches);
+        const double reach = settings.aperture + settings.largestOffset;
+        std::vector<size_t> used;
+        for (size_t i = 0; i < samples.size(); ++i) {
+            if (places[i] > patches.front().begin - reach - settings.aperture &&
+                places[i] < patches.back().end + reach + settings.aperture) {
+                used.push_back(i);
+            }
+        }
+        at.resize(used.size());
+        light.resize(static_cast<Eigen::Index>(used.size()), Channels);
+        for (size_t row = 0; row < used.size(); ++row) {
+            at[row] = places[used[row]];
+            const Spectrum& spectrum = samples[used[row]];
+            const size_t width = spectrum.size() / Channels;
+            for (size_t channel = 0; channel < Channels; ++channel) {
+                double sum = 0.0;
+                for (size_t band = channel * width; band < (channel + 1) * width; ++band) {
+                    sum += static_cast<double>(spectrum[band]);
+                }
+                light(static_cast<Eigen::Index>(row), static_cast<Eigen::Index>(channel)) =
+                    sum / static_cast<double>(width);
+            }
+        }
+    }
+
+    struct Fit {
+        double squares = std::numeric_limits<double>::infinity();
+        Eigen::MatrixXd colours;   ///< stretch by channel
+        Eigen::MatrixXd leftOver;  ///< sample by channel
+    };
+
+    bool Usable() const { return at.size() > 4; }
+    size_t Samples() const { return at.size(); }
+    double Middle() const { return 0.5 * (edges.front() + edges.back()); }
+    /// All edges between stretches, in order.
+    const std::vector<double>& Edges() const { return edges; }
+
+    /// How much the samples differ: root mean square about their mean.
+    double Variation() const
+    {
+        return std::sqrt((light.rowwise() - light.colwise().mean()).squaredNorm() / static_cast<double>(light.size()));
+    }
+
+    double PlaceOf(size_t sample, double offset, double scale) const
+    {
+        return Middle() + offset + scale * (at[sample] - Middle());
+    }
+
+    Fit At(double offset, double scale, bool whole = false) const
+    {
+        const auto count = static_cast<Eigen::Index>(colourCount);
+        Eigen::MatrixXd normal = Eigen::MatrixXd::Identity(count, count) * 1e-6;
+        Eigen::MatrixXd right = Eigen::MatrixXd::Zero(count, Channels);
+        std::vector<std::vector<std::pair<Eigen::Index, double>>> weights(at.size());
+        for (size_t i = 0; i < at.size(); ++i) {
+            const double place = PlaceOf(i, offset, scale);
+            std::vector<std::pair<Eigen::Index, double>>& row = weights[i];
+            double before = 0.0;
+            const double reach = 0.5 * (settings.aperture + settings.blur);
+            const auto first =
+                static_cast<size_t>(std::lower_bound(edges.begin(), edges.end(), place - reach) - edges.begin());
+            for (size_t edge = first; edge <= edges.size(); ++edge) {
+                const double share = edge < edges.size() ? Share(edges[edge] - place) : 1.0;
+                if (share > before) {
+                    row.emplace_back(static_cast<Eigen::Index>(colourOf[edge]), share - before);
+                    before = share;
+                }
+                if (share >= 1.0) {
+                    break;
+                }
+            }
+            for (const auto& [a, wa] : row) {
+                for (const auto& [b, wb] : row) {
+                    normal(a, b) += wa * wb;
+                }
+                right.row(a) += wa * light.row(static_cast<Eigen::Index>(i));
+            }
+        }
+        Fit fit;
+        fit.colours = normal.ldlt().solve(right);
+        Eigen::MatrixXd left = light;
+        for (size_t i = 0; i < at.size(); ++i) {
+            for (const auto& [column, weight] : weights[i]) {
+                left.row(static_cast<Eigen::Index>(i)) -= weight * fit.colours.row(column);
+            }
+        }
+        const double unusual = (scale - 1.0) / UsualStretch * LeastNoise;
+        fit.squares = left.squaredNorm() + unusual * unusual;
+        if (whole) {
+            fit.leftOver = std::move(left);
+        }
+        return fit;
+    }
+
+    /// Colours on both sides of an edge.
+    std::pair<size_t, size_t> Sides(size_t edge) const { return {colourOf[edge], colourOf[edge + 1]}; }
+
+    /// How the share of what lies before an edge changes when the edge moves on by a millimetre.
+    double Slope(double distance) const { return (Share(distance + 0.05) - Share(distance - 0.05)) / 0.1; }
+
+private:
+    double Share(double distance) const
+    {
+        const double a = settings.aperture;
+        const double third = settings.blur / 3.0;
+        return (ShareBefore((distance - third) / a) + ShareBefore(distance / a) + ShareBefore((distance + third) / a)) /
+               3.0;
+    }
+
+    void AddStretches(const std::vector<Stretch>& patches)
+    {
+        // The paper before, behind and between may differ: the first two can be the bed, or another chart.
+        constexpr size_t lead = 0;
+        size_t next = 1;
+        size_t between = 0;
+        colourOf.push_back(lead);
+        for (size_t i = 0; i < patches.size(); ++i) {
+            if (i > 0 && patches[i].begin - patches[i - 1].end > NarrowestGap) {
+                if (between == 0) {
+                    between = next++;
+                }
+                edges.push_back(patches[i - 1].end);
+                colourOf.push_back(between);
+            }
+            edges.push_back(patches[i].begin);
+            colourOf.push_back(next++);
+        }
+        edges.push_back(patches.back().end);
+        colourOf.push_back(next++);
+        colourCount = next;
+    }
+
+    Settings settings;
+    std::vector<double> edges;
+    std::vector<size_t> colourOf;  ///< of the stretch before each edge, and behind the last
+    size_t colourCount = 0;
+    std::vector<double> at;
+    Eigen::MatrixXd light;
+};
+
+LineFit::LineFit(const std::vector<Spectrum>& samples, const std::vector<double>& places,
+                 const std::vector<Stretch>& patches, const Settings& settings)
+{
+    if (patches.empty() || samples.size() != places.size()) {
+        return;
+    }
+    const Model model(samples, places, patches, settings);
+    pivot = model.Middle();
+    if (model.Usable()) {
+        Locate(model, settings);
+    }
+    Read(samples, places, patches, settings);
+}
+
+void LineFit::Locate(const Model& model, const Settings& settings)
+{
+    struct Candidate {
+        double offset;
+        double scale;
+        double squares;
+    };
+    // The valleys along the offset, each at its best scale.
+    std::vector<Candidate> course;
+    const int offsets = static_cast<int>(std::ceil(settings.largestOffset / OffsetStep));
+    const int stretches = static_cast<int>(std::ceil(settings.largestStretch / StretchStep));
+    for (int i = -offsets; i <= offsets; ++i) {
+        Candidate best{0.0, 1.0, std::numeric_limits<double>::infinity()};
+        for (int k = -stretches; k <= stretches; ++k) {
+            const Candidate here{i * OffsetStep, 1.0 + k * StretchStep, 0.0};
+            const double squares = model.At(here.offset, here.scale).squares;
+            if (squares < best.squares) {
+                best = {here.offset, here.scale, squares};
+            }
+        }
+        course.push_back(best);
+    }
+    std::vector<Candidate> valleys;
+    for (size_t i = 0; i < course.size(); ++i) {
+        if ((i == 0 || course[i].squares <= course[i - 1].squares) &&
+            (i + 1 == course.size() || course[i].squares < course[i + 1].squares)) {
+            valleys.push_back(course[i]);
+        }
+    }
+    for (Candidate& valley : valleys) {
+        double offsetStep = OffsetStep / 2.0;
+        double scaleStep = StretchStep / 2.0;
+        while (offsetStep > 0.005) {
+            const Candidate before = valley;
+            for (const auto& [byOffset, byScale] :
+                 {std::pair(offsetStep, 0.0), {-offsetStep, 0.0}, {0.0, scaleStep}, {0.0, -scaleStep}}) {
+                const double at = before.offset + byOffset;
+                const double stretched = before.scale + byScale;
+                if (std::abs(at) > settings.largestOffset || std::abs(stretched - 1.0) > settings.largestStretch) {
+                    continue;
+                }
+                const double squares = model.At(at, stretched).squares;
+                if (squares < valley.squares) {
+                    valley = {at, stretched, squares};
+                }
+            }
+            if (valley.squares >= before.squares) {
+                offsetStep /= 2.0;
+                scaleStep /= 2.0;
+            }
+        }
+    }
+    std::sort(valleys.begin(), valleys.end(),
+              [](const Candidate& a, const Candidate& b) { return a.squares < b.squares; });
+    offset = valleys.front().offset;
+    scale = valleys.front().scale;
+
+    const auto values = static_cast<double>(model.Samples() * Channels);
+    const double floor = values * LeastNoise * LeastNoise;
+    distinctness = std::numeric_limits<double>::infinity();
+    for (const Candidate& other : valleys) {
+        if (std::abs(other.offset - offset) > 1.0) {
+            distinctness = (other.squares + floor) / (valleys.front().squares + floor);
+            break;
+        }
+    }
+    MeasureEdges(model);
+    located = visibleEdges > 0 && offsetError < LargestOffsetError;
+    if (!located) {
+        offset = 0.0;
+        scale = 1.0;
+    }
+}
+
+void LineFit::MeasureEdges(const Model& model)
+{
+    const Model::Fit fit = model.At(offset, scale, true);
+    std::vector<double> squares;
+    for (Eigen::Index i = 0; i < fit.leftOver.rows(); ++i) {
+        squares.push_back(fit.leftOver.row(i).squaredNorm());
+    }
+    std::sort(squares.begin(), squares.end());
+    squares.resize(std::max<size_t>(1, squares.size() * 4 / 5));
+    remainder = std::sqrt(std::accumulate(squares.begin(), squares.end(), 0.0) /
+                          static_cast<double>(squares.size() * Channels));
+    unexplained = remainder / std::max(LeastNoise, model.Variation());
+    const double noise = std::max(LeastNoise, remainder);
+    double sum = 0.0;
+    // How much the edges hold the offset, the stretch, and both together.
+    double holdOffset = 0.0;
+    double holdBoth = 0.0;
+    double holdStretch = noise * noise / (UsualStretch * UsualStretch);
+    for (size_t edge = 0; edge < model.Edges().size(); ++edge) {
+        const auto [before, behind] = model.Sides(edge);
+        const Eigen::RowVectorXd step =
+            fit.colours.row(static_cast<Eigen::Index>(before)) - fit.colours.row(static_cast<Eigen::Index>(behind));
+        double steepness = 0.0;
+        double pull = 0.0;
+        for (size_t i = 0; i < model.Samples(); ++i) {
+            const double slope = model.Slope(model.Edges()[edge] - model.PlaceOf(i, offset, scale));
+            if (slope > 0.0) {
+                steepness += slope * slope * step.squaredNorm();
+                pull += slope * fit.leftOver.row(static_cast<Eigen::Index>(i)).dot(step);
+            }
+        }
+        const double lever = model.Edges()[edge] - model.Middle();
+        holdOffset += steepness;
+        holdBoth += steepness * lever;
+        holdStretch += steepness * lever * lever;
+        if (steepness > 0.0 && noise / std::sqrt(steepness) < LargestEdgeError) {
+            const double shift = pull / steepness;
+            sum += shift * shift;
+            worstEdge = std::max(worstEdge, std::abs(shift));
+            ++visibleEdges;
+        }
+    }
+    residual = visibleEdges > 0 ? std::sqrt(sum / static_cast<double>(visibleEdges)) : 0.0;
+    const double held = holdOffset * holdStretch - holdBoth * holdBoth;
+    offsetError = held > 0.0 ? noise * std::sqrt(holdStretch / held) : std::numeric_limits<double>::infinity();
+}
+
+void LineFit::Read(const std::vector<Spectrum>& samples, const std::vector<double>& places,
+                   const std::vector<Stretch>& patches, const Settings& settings)
+{
+    const double rim = 0.5 * (settings.aperture + settings.blur) + Guard;
+    const auto between = [&](double begin, double end) {
+        std::vector<size_t> inside;
+        for (size_t i = 0; i < samples.size(); ++i) {
+            const double place = Place(places[i]);
+            if (place >= begin + rim && place <= end - rim) {
+                inside.push_back(i);
+            }
+        }
+        return inside;
+    };
+    for (const Stretch& patch : patches) {
+        readings.push_back(Average(samples, between(patch.begin, patch.end)));
+    }
+}
+
+}  // namespace J4Tool

@@ -1,0 +1,32 @@
+// What was measured of one patch, and how.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+#include "chart/colour/Spectrum.h"
+
+namespace J4Tool {
+
+/// How a row was read.
+enum class ReadingWay {
+    Recognised,  ///< by the instrument's own patch recognition
+    Fitted,      ///< by raw samples and the layout
+    Spot,        ///< by single measurements
+};
+
+/// As they stand in files, in the order of ReadingWay.
+inline constexpr std::array<std::string_view, 3> WayNames = {"RECOGNISED", "FITTED", "SPOT"};
+
+struct PatchReading {
+    J4Chart::Spectrum spectrum{};
+    ReadingWay way = ReadingWay::Recognised;
+    size_t samples = 0;     ///< that were averaged; 0 where the instrument does not tell
+    double spread = 0.0;    ///< of these samples, CIE 1976, root mean square
+    double residual = 0.0;  ///< of the row's edges, mm; 0 unless the row was fitted
+
+    bool operator==(const PatchReading&) const = default;
+};
+
+}  // namespace J4Tool

@@ -1,0 +1,58 @@
+// Reads the patches of a row where the instrument's own recognition can't: by raw samples over which the layout is laid,
+// and by single measurements. Both have checks of their own, and say what they found wrong.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/ChartFinder.h"
+#include "tools/ChartLayout.h"
+#include "tools/LineScan.h"
+#include "tools/PatchReading.h"
+#include "tools/RowCheck.h"
+#include "tools/RowPlan.h"
+#include "tools/RowSpeed.h"
+#include "tools/Session.h"
+
+namespace J4Tool {
+
+class RowReader {
+public:
+    /// For each patch of a row, in its order; nothing where it could not be told.
+    using Readings = std::vector<std::optional<PatchReading>>;
+
+    RowReader(Session& session, const ChartLayout& layout, const RowSpeed& speed);
+
+    /// Where the chart was found, and by how much samples lag.
+    void Expect(const ChartFinder::Finding& finding) { expected = finding; }
+
+    /// Whether the layout lets the instrument's own recognition tell the patches of a row.
+    bool CanBeRecognised(size_t row) const;
+
+    /// Sets the instrument up for its own recognition.
+    void PrepareRecognition();
+
+    /// Lays raw samples over the row.
+    /// @return what is wrong; empty when every patch was read
+    std::string Fit(const RowPlan::Pass& pass, Readings& readings);
+
+    /// Measures singly those patches of the row for which there is no reading yet.
+    /// @return as above
+    std::string Measure(size_t row, Readings& readings);
+
+    /// Speed at which a row is fitted, mm/s.
+    int FitSpeed(size_t row) const;
+
+private:
+    std::optional<PatchReading> MeasureOne(size_t patch);
+
+    Session& session;
+    const ChartLayout& layout;
+    const RowSpeed& speed;
+    RowCheck check;
+    LineScan scan;
+    ChartFinder::Finding expected;
+};
+
+}  // namespace J4Tool
