@@ -12,6 +12,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 PROGRAM, FOLDER = map(os.path.abspath, sys.argv[1:3])
@@ -101,7 +102,12 @@ def at_terminal(arguments, answers=()):
 
 class ToolTest(unittest.TestCase):
     def setUp(self):
-        shutil.rmtree(FOLDER, ignore_errors=True)
+        # Wine may hold a file for a moment after the program that had it has ended.
+        for _ in range(100):
+            shutil.rmtree(FOLDER, ignore_errors=True)
+            if not os.path.exists(FOLDER):
+                break
+            time.sleep(0.1)
         os.makedirs(FOLDER)
         os.chdir(FOLDER)
         write("chart.cgats", chart(4, 10))
