@@ -1,6 +1,8 @@
 #include "simulator/chart/PrintedChart.h"
 
+#include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include "chart/ChartReader.h"
 #include "simulator/chart/Aperture.h"
@@ -26,6 +28,13 @@ PrintedChart::PrintedChart(const J4Chart::Chart& chart) : PrintedChart()
                            place.Height() * TenthsPerMillimetre,
                            *chart.patches[i].spectrum});
     }
+    if (!patches.empty()) {
+        const auto byX = [](const Patch& a, const Patch& b) { return a.centre.x < b.centre.x; };
+        const auto byY = [](const Patch& a, const Patch& b) { return a.centre.y < b.centre.y; };
+        const auto [left, right] = std::minmax_element(patches.begin(), patches.end(), byX);
+        const auto [lower, upper] = std::minmax_element(patches.begin(), patches.end(), byY);
+        middle = {(left->centre.x + right->centre.x) / 2, (lower->centre.y + upper->centre.y) / 2};
+    }
 }
 
 PrintedChart PrintedChart::Load(const std::string& fileName)
@@ -36,8 +45,18 @@ PrintedChart PrintedChart::Load(const std::string& fileName)
     return PrintedChart(J4Chart::ChartReader::Read(J4Chart::CgatsFile::Read(fileName), wanted));
 }
 
-Spectrum PrintedChart::ReflectanceAt(Point centre, double apertureDiameter) const
+Point PrintedChart::Uncovered(Point place) const
 {
+    const double turn = offset.degrees * std::numbers::pi / 180.0;
+    const Point shifted{place.x - offset.shift.x, place.y - offset.shift.y};
+    const Point arm{shifted.x - middle.x, shifted.y - middle.y};
+    return {shifted.x + arm.x * (std::cos(turn) - 1.0) + arm.y * std::sin(turn),
+            shifted.y + arm.y * (std::cos(turn) - 1.0) - arm.x * std::sin(turn)};
+}
+
+Spectrum PrintedChart::ReflectanceAt(Point place, double apertureDiameter) const
+{
+    const Point centre = Uncovered(place);  // a round aperture is the same in every direction
     // Only the few patches near the aperture take part in the test of each sub-point.
     std::vector<const Patch*> around;
     for (const Patch& patch : patches) {

@@ -11,6 +11,12 @@
 
 namespace J4Bench {
 
+/// How a chart lies on the bed, against where its file says.
+struct ChartOffset {
+    Point shift;           ///< tenths of a millimetre
+    double degrees = 0.0;  ///< from x towards y, about the middle of the patches' centres
+};
+
 class PrintedChart {
 public:
     /// Bare paper of reflectance 0.85.
@@ -22,20 +28,28 @@ public:
     /// @throws J4Chart::CgatsError for a file that is broken or lacks places or spectra
     static PrintedChart Load(const std::string& fileName);
 
-    /// Mean reflectance under a round aperture, over the sub-points of UnitDisc(). Where patches overlap the
+    const ChartOffset& Offset() const { return offset; }
+    void SetOffset(const ChartOffset& value) { offset = value; }
+
+    /// Mean reflectance under a round aperture at a place of the bed, over the sub-points of UnitDisc(). Where patches overlap the
     /// later one of the file lies on top.
-    Spectrum ReflectanceAt(Point centre, double apertureDiameter) const;
+    Spectrum ReflectanceAt(Point place, double apertureDiameter) const;
 
 private:
     struct Patch {
-        Point centre;   ///< on the bed, tenths of a millimetre
+        Point centre;   ///< as the file says, tenths of a millimetre
         double width;   ///< along x, tenths of a millimetre
         double height;  ///< along y, tenths of a millimetre
         Spectrum reflectance;
     };
 
+    /// Which place of the chart's file a place of the bed shows.
+    Point Uncovered(Point place) const;
+
     std::vector<Patch> patches;
     Spectrum paper{};
+    Point middle;  ///< of the patches' centres
+    ChartOffset offset;
 };
 
 }  // namespace J4Bench

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 #include "chart/cgats/CgatsError.h"
@@ -15,6 +16,11 @@ namespace J4Bench {
 namespace {
 
 constexpr int64_t NumberLimit = std::numeric_limits<int32_t>::max();
+
+// A chart that is moved farther lies on no bed.
+constexpr double LargestShift = 1000.0;  // mm
+constexpr double LargestTurn = 360.0;    // degrees
+constexpr double TenthsPerMillimetre = 10.0;
 
 }  // namespace
 
@@ -29,6 +35,9 @@ void SimulatorOptions::AddWorld()
     table.Add({"Simulator.Help", "the list of these options", {}, [this] { return table.Help(); }});
     table.Add({"Simulator.ChartFile", "CGATS.17 file with layout of the chart on the bed",
                [this](const std::string& text) { return LoadChart(text); }, [this] { return chartFile; }});
+    table.Add({"Simulator.ChartOffset",
+               "\"dx dy degrees\" by which the chart lies wrong: millimetres, then turned from x towards y",
+               [this](const std::string& text) { return MoveChart(text); }, [this] { return ChartMoved(); }});
     table.Add({"Simulator.TimeScale", "0: nothing waits; 1: real pace; 2: half speed",
                [this](const std::string& text) {
                    return OptionTable::ReadReal(text, 0.0, 1000.0,
@@ -118,12 +127,40 @@ void SimulatorOptions::AddFaults()
 Outcome SimulatorOptions::LoadChart(const std::string& fileName)
 {
     try {
-        bench.GetChart() = PrintedChart::Load(fileName);
+        PrintedChart chart = PrintedChart::Load(fileName);
+        chart.SetOffset(bench.GetChart().Offset());
+        bench.GetChart() = std::move(chart);
     } catch (const J4Chart::CgatsError& error) {
         return {Status::InvalidValue, "Chart file '" + fileName + "': " + error.what() + "."};
     }
     chartFile = fileName;
     return {};
+}
+
+Outcome SimulatorOptions::MoveChart(const std::string& text)
+{
+    std::istringstream stream(text);
+    std::vector<double> numbers;
+    for (std::string word; stream >> word;) {
+        const double largest = numbers.size() < 2 ? LargestShift : LargestTurn;
+        const Outcome outcome =
+            OptionTable::ReadReal(word, -largest, largest, [&numbers](double number) { numbers.push_back(number); });
+        if (outcome.Failed()) {
+            return outcome;
+        }
+    }
+    if (numbers.size() != 3) {
+        return Refuse(text, "an offset \"dx dy degrees\"");
+    }
+    bench.GetChart().SetOffset({{numbers[0] * TenthsPerMillimetre, numbers[1] * TenthsPerMillimetre}, numbers[2]});
+    return {};
+}
+
+std::string SimulatorOptions::ChartMoved() const
+{
+    const ChartOffset& offset = bench.GetChart().Offset();
+    return OptionTable::WriteReal(offset.shift.x / TenthsPerMillimetre) + " " +
+           OptionTable::WriteReal(offset.shift.y / TenthsPerMillimetre) + " " + OptionTable::WriteReal(offset.degrees);
 }
 
 Outcome SimulatorOptions::Seat(const std::string& list)

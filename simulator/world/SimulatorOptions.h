@@ -26,6 +26,8 @@ private:
     void AddWorld();
     void AddFaults();
     Outcome LoadChart(const std::string& fileName);
+    Outcome MoveChart(const std::string& text);
+    std::string ChartMoved() const;
     Outcome Seat(const std::string& list);
     std::string Seated() const;
     Outcome Unplug(const std::string& serial);

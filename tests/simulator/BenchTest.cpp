@@ -49,6 +49,7 @@ TEST(Bench, ResetMakesAFreshWorldInWhichTimeGoesOn)
     bench.SetTableCount(3);
     bench.SetInstrumentCount(0);
     bench.GetNoise().SetDeviation(0.1);
+    bench.GetChart().SetOffset({{10, 20}, 3});
     bench.Reset();
     EXPECT_EQ(bench.TableCount(), 1u);
     EXPECT_NE(bench.TableAt(0), old);
@@ -56,6 +57,7 @@ TEST(Bench, ResetMakesAFreshWorldInWhichTimeGoesOn)
     EXPECT_FALSE(bench.GetJournal().Enabled());
     EXPECT_EQ(bench.GetJournal().Take(), "");
     EXPECT_EQ(bench.GetNoise().Deviation(), 0.0);
+    EXPECT_EQ(bench.GetChart().Offset().degrees, 0.0);
     EXPECT_EQ(bench.Clock().Now(), 5000);
     EXPECT_NE(bench.CarriageOf(bench.SeatedInstrument(0)), nullptr) << "an instrument sits in the table";
 }

@@ -94,7 +94,8 @@ auto Near(const Spectrum& expected) { return testing::Pointwise(testing::FloatNe
 
 TEST_F(LibraryTest, TheCorrectionMakesResultsTrue)
 {
-    PutChart({{"grey", 300, 300, 30, 30, 0.4}});
+    ASSERT_EQ(Set("Simulator.ChartOffset", "30 -20 0"), Status::Ok);
+    PutChart({{"grey", 270, 320, 30, 30, 0.4}});
     const Spectrum& tile = ConfigurationBlock::FactoryWhiteBase();
     const Spectrum reference = Reference();
     const Spectrum vector = Correction();
@@ -235,6 +236,9 @@ TEST_F(LibraryTest, OptionsTakeWhatTheyShouldAndRefuseTheRest)
         {"ColorSpaceDescription.Type", "XYZ", "RGB", "'RGB' is not a colour space of this library."},
         {"Colorimetric.Illumination", "D50", "A", "'A' is not \"D50\"."},
         {"Colorimetric.Observer", "TwoDegree", "TenDegree", "'TenDegree' is not \"TwoDegree\"."},
+        {"Simulator.ChartOffset", "-2.5 100 0.25", "1 2", "'1 2' is not an offset \"dx dy degrees\"."},
+        {"Simulator.ChartOffset", "0 0 -360", "0 nan 0", "'nan' is not a number from -1000 to 1000."},
+        {"Simulator.ChartOffset", "0 0 0", "0 0 361", "'361' is not a number from -360 to 360."},
         {"Simulator.TimeScale", "0", "-1", "'-1' is not a number from 0 to 1000."},
         {"Simulator.Noise", "0.001", "nan", "'nan' is not a number from 0 to 1."},
         {"Simulator.NoiseSeed", "12", "1x", "'1x' is not a number from 0 to 2147483647."},

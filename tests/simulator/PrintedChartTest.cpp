@@ -16,10 +16,11 @@ TEST(PrintedChart, ApertureSeesTheShareOfWhatLiesUnderIt)
         chart.patches.emplace_back().spectrum.emplace().fill(reflectance);
         chart.places.push_back(J4Chart::Place::Upright({x, 30}, 10, 10));
     }
-    const PrintedChart printed(chart);
+    PrintedChart printed(chart);
     struct Case {
         Point place;
         double reflectance;
+        ChartOffset offset{};  // of a chart whose middle is at 250, 300
     };
     const Case cases[] = {
         {{200, 300}, 0.5},              // inside
@@ -28,8 +29,13 @@ TEST(PrintedChart, ApertureSeesTheShareOfWhatLiesUnderIt)
         {{250, 350}, (0.9 + 0.3) / 2},  // over both patches and the paper
         {{500, 300}, 0.9},              // beside the chart
         {{223, 300}, 0.5},              // just inside still
+        {{100, 700}, 0.5, {{-100, 400}, 0}},
+        {{250, 250}, 0.5, {{0, 0}, 90}},
+        {{250, 350}, 0.1, {{0, 0}, 90}},
+        {{307, 175}, 0.5, {{100, -100}, 30}},  // 43 to the left and 25 down from the middle
     };
     for (const Case& test : cases) {
+        printed.SetOffset(test.offset);
         // An edge through the middle of the grid may give its cells to either side.
         EXPECT_NEAR(printed.ReflectanceAt(test.place, ApertureDiameter)[10], test.reflectance, 0.03)
             << test.place.x << "/" << test.place.y;
