@@ -40,13 +40,18 @@ public:
     Row(const std::vector<Spectrum>& samples, const std::vector<uint16_t>& positions, const Spectrum& noise)
         : samples(samples), byTravel(!positions.empty()), noiseSquare(MeanSquare(noise))
     {
-        // The position list falls again behind the end of the travel, where the table stands still.
+        // The position list falls again behind the end of the travel, where the table stands still; on a short row
+        // below 0, which leaves large numbers.
         double reached = 0.0;
+        size_t told = 0;
+        while (told < positions.size() && (told == 0 || positions[told] >= positions[told - 1])) {
+            ++told;
+        }
         for (size_t i = 0; i < samples.size(); ++i) {
             if (!byTravel) {
                 reached = static_cast<double>(i);
-            } else if (i < positions.size()) {
-                reached = std::max(reached, static_cast<double>(positions[i]));
+            } else if (i < told) {
+                reached = static_cast<double>(positions[i]);
             }
             travel.push_back(reached);
             colours.push_back(Colorimetry::Lab(samples[i]));

@@ -37,8 +37,8 @@ public:
     static constexpr double PaperChroma = 10.0;
 
     /// @param samples    in order of time
-    /// @param positions  travel of each sample in tenths of a millimetre; where it is shorter than samples
-    ///                   the rest stands at the last position; empty: samples alone decide
+    /// @param positions  travel of each sample in tenths of a millimetre; where it falls or is
+    ///                   shorter than samples the rest stands at the place before that; empty: samples alone decide
     /// @param noise      standard deviation of each band of a sample, which an instrument knows of itself
     /// @return one spectrum for each patch, in order of travel
     static std::vector<Spectrum> Reduce(const std::vector<Spectrum>& samples, const std::vector<uint16_t>& positions,

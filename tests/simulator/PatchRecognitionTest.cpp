@@ -23,7 +23,7 @@ struct RowOnPaper {
 constexpr double Width = 12.0;
 
 /// What the samples of a travel at constant speed become; the instrument stands still for ten more samples at
-/// each end, and the positions behind the end fall again.
+/// each end, and the positions behind the end fall again, on a short row below 0, which leaves their low 16 bits.
 std::vector<Spectrum> Recognised(const RowOnPaper& row, bool withPositions, double deviation = 0.0)
 {
     J4Chart::Chart printed;
@@ -46,7 +46,8 @@ std::vector<Spectrum> Recognised(const RowOnPaper& row, bool withPositions, doub
         const double travel = std::clamp(i * row.pace, 0.0, length);
         samples.push_back(chart.ReflectanceAt({row.from * 10 + travel, 500}, ApertureDiameter));
         noise.AddTo(samples.back(), 1);
-        positions.push_back(static_cast<uint16_t>(i <= moving ? travel : length - (i - moving) * row.pace / 2));
+        const int fallen = std::max(0, i - moving);
+        positions.push_back(static_cast<uint16_t>(static_cast<int>(travel) - 10 * fallen * fallen));
     }
     return PatchRecognition::Reduce(samples, withPositions ? positions : std::vector<uint16_t>(), known);
 }
@@ -102,6 +103,7 @@ TEST(PatchRecognition, LivesWithNoise)
 TEST(PatchRecognition, PaperGapsAndFewSamples)
 {
     EXPECT_EQ(Recognised({{0.1, 0.2}, 10.0, 8.0, 35, 15}, true).size(), 3u) << "a gap as wide as a patch is one";
+    EXPECT_EQ(Recognised({{0.1, 0.2}, 0.0, 8.0, 35, 6}, true).size(), 2u) << "at rest over an edge there is no patch";
     EXPECT_TRUE(Recognised({{0.85}, 0.0, 8.0, 35, 15}, true).empty());
     EXPECT_TRUE(Recognised({{0.85}, 0.0, 8.0, 35, 15}, false).empty());
     Spectrum dark;
