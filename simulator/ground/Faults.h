@@ -15,6 +15,7 @@ struct Faults {
     int32_t corruptReplies = 0;         ///< so many of the next replies have a damaged checksum
     bool dirtyTile = false;             ///< a spot lies on the white tile beside the middle
     bool instrumentLoose = false;       ///< the instrument does not sit tight: less light comes back
+    double drift = 0.0;                 ///< readings grow by this share in a minute since the calibration
     bool errorHandlerCalls = false;     ///< failures of the instrument's library also go to its error handler
 };
 

@@ -44,6 +44,7 @@ Outcome Instrument::Calibrate(Optics& optics, BenchClock& clock)
         return {Status::CalibrationFailed, "There is no white under the instrument."};
     }
     Current().whiteLight = light;
+    Current().calibrated = clock.Now();
     Current().integrationTime = std::llround(static_cast<double>(cleanWhiteTime) * CleanWhite / Mean(light));
     return {};
 }
@@ -60,7 +61,7 @@ Outcome Instrument::Measure(Optics& optics, BenchClock& clock, Spectrum& result)
     if (!Current().whiteLight) {
         return NotCalibrated();
     }
-    result = Reflectance(light);
+    result = Drifted(light, optics, clock);
     return {};
 }
 
@@ -79,7 +80,7 @@ Spectrum Instrument::NextSample(Optics& optics, BenchClock& clock)
 {
     const int64_t begin = clock.Now();
     clock.Advance(Current().integrationTime);
-    return Reflectance(optics.Light(serial, whiteReference, begin, clock.Now(), 1));
+    return Drifted(optics.Light(serial, whiteReference, begin, clock.Now(), 1), optics, clock);
 }
 
 Spectrum Instrument::SampleNoise(const Optics& optics) const
@@ -109,6 +110,16 @@ Spectrum Instrument::Reflectance(const Spectrum& light) const
         if (state.correction) {
             result[band] *= (*state.correction)[band];
         }
+    }
+    return result;
+}
+
+Spectrum Instrument::Drifted(const Spectrum& light, const Optics& optics, const BenchClock& clock) const
+{
+    Spectrum result = Reflectance(light);
+    const double drift = optics.Drift(clock.Now() - Current().calibrated);
+    for (float& value : result) {
+        value = static_cast<float>(value * drift);
     }
     return result;
 }

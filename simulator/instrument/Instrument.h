@@ -79,12 +79,16 @@ private:
         std::optional<Spectrum> whiteLight;  ///< the light at the calibration
         std::optional<Spectrum> correction;
         int64_t integrationTime = 0;
+        int64_t calibrated = 0;  ///< end of the calibration, on the bench's clock
     };
 
     ModeState& Current() { return states[static_cast<size_t>(mode)]; }
     const ModeState& Current() const { return states[static_cast<size_t>(mode)]; }
     Outcome NotCalibrated() const;
     Spectrum Reflectance(const Spectrum& light) const;
+
+    /// With the drift since the calibration.
+    Spectrum Drifted(const Spectrum& light, const Optics& optics, const BenchClock& clock) const;
 
     std::string serial;
     Spectrum whiteReference{};

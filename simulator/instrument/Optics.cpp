@@ -1,5 +1,6 @@
 #include "simulator/instrument/Optics.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -14,6 +15,12 @@ Spectrum Optics::Light(const std::string& serial, const Spectrum& rest, int64_t 
     Spectrum light = carriage == nullptr ? rest : OnTable(*carriage, begin, end);
     noise.AddTo(light, samples);
     return light;
+}
+
+double Optics::Drift(int64_t elapsed) const
+{
+    constexpr double minute = 60e6;
+    return std::max(0.0, 1.0 + faults.drift * static_cast<double>(elapsed) / minute);
 }
 
 Spectrum Optics::OnTable(Carriage& carriage, int64_t begin, int64_t end) const

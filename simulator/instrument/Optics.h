@@ -30,6 +30,9 @@ public:
     /// @param samples  number of samples that are averaged, which lowers the noise
     Spectrum Light(const std::string& serial, const Spectrum& rest, int64_t begin, int64_t end, int samples);
 
+    /// What a reading is multiplied by, this many microseconds after the calibration.
+    double Drift(int64_t elapsed) const;
+
     /// Standard deviation of each band of the light of one sample.
     double SampleNoise() const { return noise.Deviation(); }
 

@@ -117,6 +117,11 @@ void SimulatorOptions::AddFaults()
     table.AddSwitch("Simulator.DirtyTile", "a spot lies on the white tile beside its middle", faults.dirtyTile);
     table.AddSwitch("Simulator.InstrumentLoose", "the instrument does not sit tight: a fifth of the light is lost",
                     faults.instrumentLoose);
+    table.Add({"Simulator.Drift", "relative change of all readings per minute of virtual time since the calibration",
+               [&faults](const std::string& text) {
+                   return OptionTable::ReadReal(text, -1.0, 1.0, [&faults](double drift) { faults.drift = drift; });
+               },
+               [&faults] { return OptionTable::WriteReal(faults.drift); }});
     table.Add({"Simulator.Unplug", "serial number of an instrument that goes off the bus; \"none\": all come back",
                [this](const std::string& text) { return Unplug(text); },
                [this] { return bench.Instruments().UnpluggedSerials(); }});

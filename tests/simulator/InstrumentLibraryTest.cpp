@@ -224,6 +224,25 @@ TEST_F(LibraryTest, NoiseIsOffUnlessAskedForAndRepeatable)
     EXPECT_NEAR(deviation([&](uint32_t index) { return Sample(index); }), 0.002, 0.0003);
 }
 
+TEST_F(LibraryTest, DriftGrowsFromTheCalibrationOn)
+{
+    ASSERT_EQ(Set("MeasurementMode", "ScanningReflectance"), Status::Ok);
+    ASSERT_EQ(Set("Simulator.Drift", "0.002"), Status::Ok);
+    const auto expectShare = [&](float share) {
+        Spectrum expected = Reference();
+        std::transform(expected.begin(), expected.end(), expected.begin(), [&](float value) { return value * share; });
+        EXPECT_THAT(Measure(), testing::Pointwise(testing::FloatNear(1e-4f), expected)) << "a single measurement";
+        ASSERT_EQ(library.TriggerCountedScan(1), Status::Ok);
+        EXPECT_THAT(Sample(0), testing::Pointwise(testing::FloatNear(1e-4f), expected)) << "a scan";
+    };
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_EQ(library.Calibrate(), Status::Ok);
+        expectShare(1.0f);
+        bench.Clock().Advance(180'000'000);
+        expectShare(1.006f);
+    }
+}
+
 TEST_F(LibraryTest, OptionsTakeWhatTheyShouldAndRefuseTheRest)
 {
     struct Case {
@@ -249,6 +268,7 @@ TEST_F(LibraryTest, OptionsTakeWhatTheyShouldAndRefuseTheRest)
         {"Simulator.SeatedInstrument", "none;240118", "240118;240118", "Instrument 240118 can't sit in two tables."},
         {"Simulator.UnplugAfterTransfers", "10", "-2", "'-2' is not a number from -1 to 2147483647."},
         {"Simulator.CorruptReplies", "3", "-1", "'-1' is not a number from 0 to 2147483647."},
+        {"Simulator.Drift", "-0.001", "inf", "'inf' is not a number from -1 to 1."},
         {"Simulator.Unplug", "240117", "5", "There is no instrument with the serial number '5'."},
     };
     for (const char* key : {"Recognition", "NoPersistentCalibrationLog", "Simulator.TableUnplugged",
