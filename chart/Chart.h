@@ -26,6 +26,15 @@ struct Patch {
     std::optional<Colorimetry::Triple> Colour() const;
 };
 
+/// What does not belong on a chart and lies over its patches: a line with round ends, or where both are the same, a
+/// speck.
+struct Blemish {
+    Point start;         ///< mm, in the coordinates of the places
+    Point end;           ///< mm
+    double width = 0.0;  ///< mm
+    float reflectance = 0.0f;
+};
+
 struct Chart {
     /// Where a patch was scanned, both counted from 1.
     struct RowPlace {
@@ -42,6 +51,7 @@ struct Chart {
     std::vector<Place> places;        ///< one for each patch, or none at all
     std::vector<RowPlace> rowPlaces;  ///< one for each patch, or none at all
     std::optional<Spectrum> paper;    ///< beside the patches
+    std::vector<Blemish> blemishes;   ///< the later ones on top; for the virtual table, all others see a clean chart
 
     /// Value of a condition, the last one where it stands there several times; empty where there is none.
     std::string Condition(const std::string& keyword) const;

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -43,28 +44,28 @@ constexpr Range gap = {-10000.0, 10000.0, "a gap", " mm"};
 constexpr Range count = {1.0, 99999.0, "a whole number", "", true};
 constexpr Range colour = {-1000.0, 1000.0, "a colour value", ""};
 constexpr Range diffuser = {0.01, 65535.0, "a number", ""};
-constexpr Range paperFactor = {0.0, ChartReader::HighestReflectance, "a reflectance factor", ""};
+constexpr Range stroke = {0.2, 1000.0, "a width", " mm"};
+constexpr Range flatFactor = {0.0, ChartReader::HighestReflectance, "a reflectance factor", ""};
 
 [[noreturn]] void Refuse(int line, const std::string& what, const std::string& text, const std::string& wanted)
 {
     throw CgatsError(line, what + " '" + text + "' is not " + wanted);
 }
 
-/// The numbers of a keyword's value, separated by blanks.
-std::vector<double> Numbers(const CgatsTable::Keyword& keyword, const Range& range)
+/// The words of a keyword's value, separated by blanks.
+std::vector<std::string> Words(const CgatsTable::Keyword& keyword)
 {
-    std::vector<double> numbers;
-    for (size_t end = 0;;) {
-        const size_t begin = keyword.value.find_first_not_of(" \t", end);
-        if (begin == std::string::npos) {
-            return numbers;
-        }
-        end = std::min(keyword.value.find_first_of(" \t", begin), keyword.value.size());
-        const std::string word = keyword.value.substr(begin, end - begin);
-        if (!range.Takes(word, numbers.emplace_back())) {
-            Refuse(keyword.line, keyword.name, word, range.Text());
-        }
+    std::istringstream stream(keyword.value);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
+double Number(const CgatsTable::Keyword& keyword, const std::string& word, const Range& range)
+{
+    double number = 0.0;
+    if (!range.Takes(word, number)) {
+        Refuse(keyword.line, keyword.name, word, range.Text());
     }
+    return number;
 }
 
 [[noreturn]] void RefuseCount(const CgatsTable::Keyword& keyword, size_t found, const std::string& wanted)
@@ -72,17 +73,25 @@ std::vector<double> Numbers(const CgatsTable::Keyword& keyword, const Range& ran
     throw CgatsError(keyword.line, keyword.name + " has " + std::to_string(found) + " values instead of " + wanted);
 }
 
+/// The numbers of a keyword's value, each in its own range.
+template <size_t Count>
+std::array<double, Count> Numbers(const CgatsTable::Keyword& keyword, const std::array<Range, Count>& ranges)
+{
+    const std::vector<std::string> words = Words(keyword);
+    if (words.size() != Count) {
+        RefuseCount(keyword, words.size(), std::to_string(Count));
+    }
+    std::array<double, Count> numbers{};
+    for (size_t i = 0; i < Count; ++i) {
+        numbers[i] = Number(keyword, words[i], ranges[i]);
+    }
+    return numbers;
+}
+
 std::optional<double> OneNumber(const CgatsTable& table, const std::string& name, const Range& range)
 {
     const CgatsTable::Keyword* const keyword = table.FindKeyword(name);
-    if (keyword == nullptr) {
-        return std::nullopt;
-    }
-    const std::vector<double> numbers = Numbers(*keyword, range);
-    if (numbers.size() != 1) {
-        RefuseCount(*keyword, numbers.size(), "1");
-    }
-    return numbers.front();
+    return keyword == nullptr ? std::nullopt : std::optional(Numbers<1>(*keyword, {range})[0]);
 }
 
 void FillCount(const CgatsTable& table, const std::string& name, std::optional<size_t>& target)
@@ -99,11 +108,8 @@ void FillPoint(const CgatsTable& table, const std::string& name, const Range& ra
     if (keyword == nullptr) {
         return;
     }
-    const std::vector<double> numbers = Numbers(*keyword, range);
-    if (numbers.size() != 2) {
-        RefuseCount(*keyword, numbers.size(), "2");
-    }
-    target = target.value_or(Point{numbers[0], numbers[1]});
+    const auto [x, y] = Numbers<2>(*keyword, {range, range});
+    target = target.value_or(Point{x, y});
 }
 
 /// Several fields that say something only together, for instance LAB_L, LAB_A and LAB_B.
@@ -256,6 +262,7 @@ public:
             chart.conditions.emplace_back(keyword.name, keyword.value);
         }
         chart.paper = Paper();
+        chart.blemishes = Blemishes();
         std::copy_if(table.fields.begin(), table.fields.end(), std::back_inserter(chart.deviceFields), IsDeviceField);
         const bool atCorner = IsAtCorner();
         chart.patches.reserve(table.rows.size());
@@ -302,15 +309,31 @@ private:
         if (keyword == nullptr) {
             return std::nullopt;
         }
-        const std::vector<double> factors = Numbers(*keyword, paperFactor);
+        const std::vector<std::string> words = Words(*keyword);
         Spectrum paper{};
-        if (factors.size() != 1 && factors.size() != paper.size()) {
-            RefuseCount(*keyword, factors.size(), "1 or " + std::to_string(paper.size()));
+        if (words.size() != 1 && words.size() != paper.size()) {
+            RefuseCount(*keyword, words.size(), "1 or " + std::to_string(paper.size()));
         }
         for (size_t band = 0; band < paper.size(); ++band) {
-            paper[band] = static_cast<float>(factors[factors.size() == 1 ? 0 : band]);
+            paper[band] = static_cast<float>(Number(*keyword, words[words.size() == 1 ? 0 : band], flatFactor));
         }
         return paper;
+    }
+
+    std::vector<Blemish> Blemishes() const
+    {
+        std::vector<Blemish> blemishes;
+        for (const CgatsTable::Keyword& keyword : table.keywords) {
+            if (keyword.name == "SPECK") {
+                const auto [x, y, width, factor] = Numbers<4>(keyword, {place, place, stroke, flatFactor});
+                blemishes.push_back({{x, y}, {x, y}, width, static_cast<float>(factor)});
+            } else if (keyword.name == "SCRATCH") {
+                const auto [x1, y1, x2, y2, width, factor] =
+                    Numbers<6>(keyword, {place, place, place, place, stroke, flatFactor});
+                blemishes.push_back({{x1, y1}, {x2, y2}, width, static_cast<float>(factor)});
+            }
+        }
+        return blemishes;
     }
 
     bool IsAtCorner() const

@@ -14,6 +14,8 @@ namespace {
 constexpr float DefaultPaper = 0.85f;
 constexpr double TenthsPerMillimetre = 10.0;
 
+Point Tenths(J4Chart::Point place) { return {place.x * TenthsPerMillimetre, place.y * TenthsPerMillimetre}; }
+
 }  // namespace
 
 PrintedChart::PrintedChart() { paper.fill(DefaultPaper); }
@@ -23,17 +25,30 @@ PrintedChart::PrintedChart(const J4Chart::Chart& chart) : PrintedChart()
     paper = chart.paper.value_or(paper);
     for (size_t i = 0; i < chart.patches.size(); ++i) {
         const J4Chart::Place& place = chart.places[i];
-        patches.push_back({{place.centre.x * TenthsPerMillimetre, place.centre.y * TenthsPerMillimetre},
-                           place.Width() * TenthsPerMillimetre,
-                           place.Height() * TenthsPerMillimetre,
-                           *chart.patches[i].spectrum});
+        areas.push_back({Tenths(place.centre),
+                         {1.0, 0.0},
+                         place.Width() * TenthsPerMillimetre,
+                         place.Height() * TenthsPerMillimetre,
+                         0.0,
+                         *chart.patches[i].spectrum});
     }
-    if (!patches.empty()) {
-        const auto byX = [](const Patch& a, const Patch& b) { return a.centre.x < b.centre.x; };
-        const auto byY = [](const Patch& a, const Patch& b) { return a.centre.y < b.centre.y; };
-        const auto [left, right] = std::minmax_element(patches.begin(), patches.end(), byX);
-        const auto [lower, upper] = std::minmax_element(patches.begin(), patches.end(), byY);
+    if (!areas.empty()) {
+        const auto byX = [](const Area& a, const Area& b) { return a.centre.x < b.centre.x; };
+        const auto byY = [](const Area& a, const Area& b) { return a.centre.y < b.centre.y; };
+        const auto [left, right] = std::minmax_element(areas.begin(), areas.end(), byX);
+        const auto [lower, upper] = std::minmax_element(areas.begin(), areas.end(), byY);
         middle = {(left->centre.x + right->centre.x) / 2, (lower->centre.y + upper->centre.y) / 2};
+    }
+    for (const J4Chart::Blemish& blemish : chart.blemishes) {
+        const Point start = Tenths(blemish.start);
+        const Point end = Tenths(blemish.end);
+        const double length = std::hypot(end.x - start.x, end.y - start.y);
+        Area& area = areas.emplace_back();
+        area.centre = {(start.x + end.x) / 2, (start.y + end.y) / 2};
+        area.direction = length > 0.0 ? Point{(end.x - start.x) / length, (end.y - start.y) / length} : Point{1.0, 0.0};
+        area.length = length;
+        area.brim = blemish.width * TenthsPerMillimetre / 2;
+        area.reflectance.fill(blemish.reflectance);
     }
 }
 
@@ -54,25 +69,30 @@ Point PrintedChart::Uncovered(Point place) const
             shifted.y + arm.y * (std::cos(turn) - 1.0) - arm.x * std::sin(turn)};
 }
 
+bool PrintedChart::Area::IsNear(Point place, double distance) const
+{
+    const Point arm{place.x - centre.x, place.y - centre.y};
+    const double along = std::max(0.0, std::abs(arm.x * direction.x + arm.y * direction.y) - length / 2);
+    const double across = std::max(0.0, std::abs(arm.y * direction.x - arm.x * direction.y) - width / 2);
+    return along * along + across * across <= (brim + distance) * (brim + distance);
+}
+
 Spectrum PrintedChart::ReflectanceAt(Point place, double apertureDiameter) const
 {
     const Point centre = Uncovered(place);  // a round aperture is the same in every direction
-    // Only the few patches near the aperture take part in the test of each sub-point.
-    std::vector<const Patch*> around;
-    for (const Patch& patch : patches) {
-        if (std::abs(patch.centre.x - centre.x) <= (patch.width + apertureDiameter) / 2 &&
-            std::abs(patch.centre.y - centre.y) <= (patch.height + apertureDiameter) / 2) {
-            around.push_back(&patch);
+    // Only the few areas near the aperture take part in the test of each sub-point.
+    std::vector<const Area*> around;
+    for (const Area& area : areas) {
+        if (area.IsNear(centre, apertureDiameter / 2)) {
+            around.push_back(&area);
         }
     }
     std::vector<size_t> hits(around.size(), 0);
     size_t onPaper = 0;
     for (const Point& point : UnitDisc()) {
-        const double x = centre.x + point.x * apertureDiameter;
-        const double y = centre.y + point.y * apertureDiameter;
+        const Point seen{centre.x + point.x * apertureDiameter, centre.y + point.y * apertureDiameter};
         size_t top = around.size();
-        while (top > 0 && (std::abs(x - around[top - 1]->centre.x) > around[top - 1]->width / 2 ||
-                           std::abs(y - around[top - 1]->centre.y) > around[top - 1]->height / 2)) {
+        while (top > 0 && !around[top - 1]->IsNear(seen, 0.0)) {
             --top;
         }
         ++(top == 0 ? onPaper : hits[top - 1]);

@@ -32,21 +32,28 @@ public:
     void SetOffset(const ChartOffset& value) { offset = value; }
 
     /// Mean reflectance under a round aperture at a place of the bed, over the sub-points of UnitDisc(). Where patches overlap the
-    /// later one of the file lies on top.
+    /// later one of the file lies on top; blemishes lie on all of them.
     Spectrum ReflectanceAt(Point place, double apertureDiameter) const;
 
 private:
-    struct Patch {
-        Point centre;   ///< as the file says, tenths of a millimetre
-        double width;   ///< along x, tenths of a millimetre
-        double height;  ///< along y, tenths of a millimetre
+    /// What lies on the paper: a rectangle, and all that is no farther from it than its brim. A patch has no brim, a
+    /// speck nothing else. As the file says, tenths of a millimetre.
+    struct Area {
+        Point centre;
+        Point direction;  ///< of the rectangle's length, a unit vector
+        double length;
+        double width;
+        double brim;
         Spectrum reflectance;
+
+        /// Whether a place is no farther from it than so.
+        bool IsNear(Point place, double distance) const;
     };
 
     /// Which place of the chart's file a place of the bed shows.
     Point Uncovered(Point place) const;
 
-    std::vector<Patch> patches;
+    std::vector<Area> areas;  ///< the later ones on top
     Spectrum paper{};
     Point middle;  ///< of the patches' centres
     ChartOffset offset;

@@ -16,6 +16,7 @@ TEST(PrintedChart, ApertureSeesTheShareOfWhatLiesUnderIt)
         chart.patches.emplace_back().spectrum.emplace().fill(reflectance);
         chart.places.push_back(J4Chart::Place::Upright({x, 30}, 10, 10));
     }
+    chart.blemishes = {{{40, 20}, {60, 20}, 1, 0.3f}, {{35, 26}, {35, 26}, 5, 0.2f}};  // a scratch and a speck
     PrintedChart printed(chart);
     struct Case {
         Point place;
@@ -23,12 +24,16 @@ TEST(PrintedChart, ApertureSeesTheShareOfWhatLiesUnderIt)
         ChartOffset offset{};  // of a chart whose middle is at 250, 300
     };
     const Case cases[] = {
-        {{200, 300}, 0.5},              // inside
-        {{250, 300}, 0.3},              // half and half, the last one on top
-        {{150, 300}, (0.5 + 0.9) / 2},  // over the outer edge
-        {{250, 350}, (0.9 + 0.3) / 2},  // over both patches and the paper
-        {{500, 300}, 0.9},              // beside the chart
-        {{223, 300}, 0.5},              // just inside still
+        {{200, 300}, 0.5},                // inside
+        {{250, 300}, 0.3},                // half and half, the last one on top
+        {{150, 300}, (0.5 + 0.9) / 2},    // over the outer edge
+        {{250, 350}, (0.9 + 0.3) / 2},    // over both patches and the paper
+        {{500, 300}, 0.9},                // beside the chart
+        {{223, 300}, 0.5},                // just inside still
+        {{350, 260}, 0.2},                // whole in the speck, which lies over a patch and paper
+        {{500, 200}, 0.9 - 0.6 * 0.281},  // across the scratch
+        {{400, 200}, 0.9 - 0.6 * 0.165},  // over its round end
+        {{600, 300}, 0.9 - 0.6 * 0.281, {{100, 100}, 0}},
         {{100, 700}, 0.5, {{-100, 400}, 0}},
         {{250, 250}, 0.5, {{0, 0}, 90}},
         {{250, 350}, 0.1, {{0, 0}, 90}},
