@@ -86,7 +86,7 @@ struct DriverInfo {
     uint32_t flags;
 };
 
-/// The device descriptor of the USB standard (USB 2.0, table 9-8).
+/// The device descriptor of the USB standard.
 struct DeviceDescriptor {
     uint8_t bLength;
     uint8_t bDescriptorType;

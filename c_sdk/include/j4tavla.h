@@ -62,7 +62,7 @@
  * | "LastError"                        | text   | r      | message of the last failed call, "no error" after a good one |
  * | "ExtendedErrorInformation"         | text   | r      | the same with the type of the error and the trace through the library |
  * | "Reset"                            | text   | w      | "All" or "J4TAll": release table and instrument and load the instrument's library anew. The error handler has to be registered again |
- * | "Please throw an exception in the j4tavla SDK" | - | r   | fails on purpose with status 9, to test an error path |
+ * | "Please throw an exception in the j4tavla SDK" | - | r   | always fails with status 9, to test an error path |
  * | "5000" to "5999"                   | any    | rw     | raw access to the table's numbered properties; lists are separated by blanks. Digits that make 65536 or more are no key: status 9 |
  *
  * Boolean keys read "yes" or "no"; when written, "yes" and "1" mean yes and any other text means no, but for

@@ -61,7 +61,7 @@ void Sandbox::ReportException(const char* name)
     } catch (const EEPromException& exception) {
         Report(name, J4_ResultDeviceFault, exception);
     } catch (const J4LibraryException&) {
-        // Not reported on purpose: applications rely on status 0 here.
+        // Without the instrument's library there is no context that could hold a report.
     } catch (const ResourceException& exception) {
         Report(name, J4_ResultResourceFault, exception);
     } catch (const SDKError& exception) {

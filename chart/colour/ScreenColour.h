@@ -12,7 +12,7 @@ struct ScreenColour {
     bool inGamut = true;  ///< false: the nearest value of each channel stands for a colour that no sRGB screen shows
 };
 
-/// From CIELab under D50 to sRGB (IEC 61966-2-1, D65), adapted with the Bradford matrix of ICC.1, annex E.
+/// From CIELab under D50 to sRGB (IEC 61966-2-1, D65), adapted with the Bradford matrix of ICC.1.
 ScreenColour ScreenColourOf(const Colorimetry::Triple& lab);
 
 }  // namespace J4Chart

@@ -134,7 +134,7 @@ try {
 J4T_TRACE_FRAME
 
 /// A one-byte version number as four ASCII characters, first character in the lowest byte: 12 is "V1.2".
-/// From 100 on the first digit is a letter that skips ten; readers of old blocks know it so.
+/// From 100 on the first digit is a letter that skips ten, from "VK.0" on.
 uint32_t j4TableFlashDataHandle::CharID2LongID(uint8_t id)
 {
     const uint32_t tens = id / 10;

@@ -8,7 +8,7 @@
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
-/// Writes the text of a string descriptor (USB 2.0, 9.6.7: two bytes of header, then UTF-16) up to its first
+/// Writes the text of a string descriptor (two bytes of header, then UTF-16) up to its first
 /// zero, its end, or what the caller has room for. Characters beyond 8 bits become "?".
 /// @param size    bytes of the descriptor
 /// @param serial  room for Usb::SerialNumberSize bytes

@@ -41,7 +41,7 @@ public:
     /// The device's serial number. Asks the device, so that an unplugged table shows as a failure.
     std::string SerialNumber();
 
-    /// Deliberately does nothing: no log of the traffic is kept.
+    /// Does nothing: no log of the traffic is kept.
     void WriteToLogFile(const std::string& text);
 
 private:

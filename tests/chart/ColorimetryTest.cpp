@@ -57,7 +57,7 @@ TEST(Colorimetry, WhiteGreyAndBlack)
 
 TEST(Ciede2000, GivesTheDifferencesOfThePublishedPairs)
 {
-    // Of the test data of Sharma, Wu and Dalal, Color Research and Application 30 (2005), table 1: the pairs at which
+    // Of the test data of Sharma, Wu and Dalal, Color Research and Application 30 (2005), the pairs at which
     // the formula jumps or bends.
     const std::tuple<Colorimetry::Triple, Colorimetry::Triple, double> cases[] = {
         {{50.0000, 2.6772, -79.7751}, {50.0000, 0.0000, -82.7485}, 2.0425},

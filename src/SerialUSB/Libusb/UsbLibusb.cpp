@@ -24,7 +24,7 @@ constexpr unsigned char EndpointIn = 0x81;
 constexpr int TableInterface = 0;
 constexpr unsigned long MaximumTransferSize = 0x20000;
 constexpr unsigned TransferTimeout = 1000;  ///< ms
-constexpr int LongestPortPath = 7;          ///< USB 3.0, 8.9: tiers below the root
+constexpr int LongestPortPath = 7;          ///< tiers below the root, by the USB standard
 constexpr std::size_t LongestStringDescriptor = 255;
 
 // Languages of a string descriptor. Some devices stall on the first.

@@ -93,7 +93,7 @@ try {
     UsbIo::DeviceParameters parameters{};
     ThrowIfUsbIoError(device->GetDeviceParameters(parameters), *device, "GetDeviceParameters");
     parameters.requestTimeout = 0;
-    // The label of the step before, as service people know it.
+    // A failure is told under the name of the request before it.
     ThrowIfUsbIoError(device->SetDeviceParameters(parameters), *device, "GetDeviceParameters");
     ThrowIfUsbIoError(outPipe->Bind(index, EndpointOut, list.Get(), &interfaceGuid), *device, "Bind(out)");
     ThrowIfUsbIoError(inPipe->Bind(index, EndpointIn, list.Get(), &interfaceGuid), *device, "Bind(in)");
