@@ -45,6 +45,7 @@ struct Chart {
     /// Keyword and value, for instance "INSTRUMENT_SERIAL" and "240118".
     using Conditions = std::vector<std::pair<std::string, std::string>>;
 
+    size_t table = 0;  ///< which one of its file
     Conditions conditions;
     std::vector<std::string> deviceFields;  ///< for instance "CMYK_C"
     std::vector<Patch> patches;

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <cmath>
 #include <iterator>
+#include <numbers>
 #include <optional>
 #include <set>
 #include <sstream>
@@ -41,6 +42,7 @@ struct Range {
 constexpr Range place = {-10000.0, 10000.0, "a place", " mm"};
 constexpr Range length = {0.1, 10000.0, "a length", " mm"};
 constexpr Range gap = {-10000.0, 10000.0, "a gap", " mm"};
+constexpr Range angle = {-180.0, 180.0, "an angle", " degrees"};
 constexpr Range count = {1.0, 99999.0, "a whole number", "", true};
 constexpr Range colour = {-1000.0, 1000.0, "a colour value", ""};
 constexpr Range diffuser = {0.01, 65535.0, "a number", ""};
@@ -265,11 +267,12 @@ public:
         chart.blemishes = Blemishes();
         std::copy_if(table.fields.begin(), table.fields.end(), std::back_inserter(chart.deviceFields), IsDeviceField);
         const bool atCorner = IsAtCorner();
+        const double rotation = OneNumber(table, "LAYOUT_ROTATION", angle).value_or(0.0) * std::numbers::pi / 180.0;
         chart.patches.reserve(table.rows.size());
         for (const CgatsTable::Row& row : table.rows) {
             chart.patches.push_back(ReadPatch(row));
             if (!asGrid && places) {
-                chart.places.push_back(ReadPlace(row, atCorner));
+                chart.places.push_back(ReadPlace(row, atCorner, rotation));
             }
             if (rowPlaces) {
                 const auto [line, column] = rowPlaces.Read(table, row, count);
@@ -371,10 +374,14 @@ private:
         return patch;
     }
 
-    Place ReadPlace(const CgatsTable::Row& row, bool atCorner) const
+    Place ReadPlace(const CgatsTable::Row& row, bool atCorner, double rotation) const
     {
         const auto [x, y, width, height] = places.Read(table, row, {&place, &place, &length, &length});
-        return Place::Upright({x + (atCorner ? width / 2.0 : 0.0), y + (atCorner ? height / 2.0 : 0.0)}, width, height);
+        Place patch = Place::Upright({x, y}, width, height).Turned(rotation);
+        if (atCorner) {
+            patch.centre = {x + patch.along.x + patch.across.x, y + patch.along.y + patch.across.y};
+        }
+        return patch;
     }
 
     const CgatsTable& table;
@@ -399,7 +406,9 @@ Chart ChartReader::Read(const CgatsFile& file, const Wanted& wanted)
     for (const CgatsTable& table : file.Tables()) {
         const TableReader reader(table, wanted);
         if (reader.Missing().empty() && !table.rows.empty()) {
-            return reader.Read();
+            Chart chart = reader.Read();
+            chart.table = static_cast<size_t>(&table - file.Tables().data());
+            return chart;
         }
         if (reader.Missing().empty() && withoutPatches == nullptr) {
             withoutPatches = &table;
@@ -409,7 +418,9 @@ Chart ChartReader::Read(const CgatsFile& file, const Wanted& wanted)
     if (withoutPatches == nullptr) {
         throw CgatsError(0, missing);
     }
-    return TableReader(*withoutPatches, wanted).Read();
+    Chart chart = TableReader(*withoutPatches, wanted).Read();
+    chart.table = static_cast<size_t>(withoutPatches - file.Tables().data());
+    return chart;
 }
 
 }  // namespace J4Chart

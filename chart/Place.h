@@ -13,6 +13,13 @@ struct Place {
     /// A patch whose sides lie along x and y.
     static Place Upright(Point centre, double width, double height);
 
+    /// The same turned about its centre, from x towards y.
+    /// @param radians  beside the turn that it has
+    Place Turned(double radians) const;
+
+    /// By how much the row runs from x towards y, radians.
+    double Rotation() const;
+
     /// Length of a side, mm.
     double Width() const;
     double Height() const;

@@ -8,7 +8,6 @@ set(j4_core_sources
     c_sdk/src/Sandbox.cpp
     c_sdk/src/Validator.cpp
     c_sdk/src/j4T_c_sdk.cpp
-    src/Communication/j4TableArmGeometry.cpp
     src/Communication/j4TableComCommand.cpp
     src/Communication/j4TableComFlash.cpp
     src/Communication/j4TableComInfo.cpp
@@ -28,8 +27,11 @@ set(j4_core_sources
     src/j4TableProperties.cpp
     src/j4TableSDK.cpp
     src/j4TableScanHandle.cpp)
+# Which places the arm reaches; the tool asks that too, before it moves anything.
+add_library(j4_arm_geometry STATIC src/Communication/j4TableArmGeometry.cpp)
+target_link_libraries(j4_arm_geometry PUBLIC j4_foundation)
 add_library(j4_core OBJECT ${j4_core_sources})
-target_link_libraries(j4_core PUBLIC j4_foundation)
+target_link_libraries(j4_core PUBLIC j4_arm_geometry j4_foundation)
 target_include_directories(j4_core
     PUBLIC ${PROJECT_SOURCE_DIR}/c_sdk/include
     PRIVATE ${CMAKE_BINARY_DIR}/generated)

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <limits>
 #include <numbers>
+#include <optional>
 #include <utility>
 
 #include "tools/CrossedPatches.h"
@@ -31,6 +32,9 @@ constexpr double LargestUnexplained = 0.15;  // share of what the line shows at 
 /// Patches of a short look across an outer edge of the chart.
 constexpr double ShortLook = 4.0;
 
+/// Below it a look takes too long, mm/s.
+constexpr int SlowestLook = 20;
+
 Point Minus(Point a, Point b) { return {a.x - b.x, a.y - b.y}; }
 Point Plus(Point a, Point b) { return {a.x + b.x, a.y + b.y}; }
 Point Times(Point a, double factor) { return {a.x * factor, a.y * factor}; }
@@ -47,9 +51,9 @@ std::string Text(const char* format, double value)
 
 }  // namespace
 
-ChartFinder::ChartFinder(Session& session, const ChartLayout& layout, const RowSpeed& speed,
+ChartFinder::ChartFinder(Session& session, const ChartLayout& layout, const WorkArea& area, const RowSpeed& speed,
                          std::function<void(const std::string&)> say)
-    : layout(layout), speed(speed), say(std::move(say)), scan(session)
+    : layout(layout), area(area), speed(speed), say(std::move(say)), scan(session)
 {
     Point least{std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
     Point most{-least.x, -least.y};
@@ -113,23 +117,34 @@ bool ChartFinder::TravelOnce(const Line& line)
     if (inside.stretches.empty()) {
         return false;
     }
-    const int carried = speed.For(shortest);
-    // Paper has to be seen evenly behind the rim, wherever that is.
-    const double margin = RowSpeed::Margin(carried) + (isPartial ? 0.0 : reach * shortest);
-    const Point start = Minus(line.start, Times(along, margin));
-    const Point end = Plus(line.end, Times(along, margin));
-    const CrossedPatches crossed(layout, start, end);
-
     const Placement& placement = finding.placement;
-    LineScan::Samples samples;
-    try {
-        samples = scan.Take(placement.Of(start), placement.Of(end), carried);
-    } catch (const ToolError& error) {
-        if (error.status == J4_ResultIllegalPosition) {
-            return false;  // no room for this look; the rows themselves may have it
-        }
-        throw;
+    int carried = speed.For(shortest);
+    // Paper has to be seen evenly behind the rim, wherever that is. A slower look needs less of it.
+    const auto margin = [&] { return RowSpeed::Margin(carried) + (isPartial ? 0.0 : reach * shortest); };
+    const auto hasRoom = [&] {
+        return area.Holds(placement.Of(Minus(line.start, Times(along, margin())))) &&
+               area.Holds(placement.Of(Plus(line.end, Times(along, margin()))));
+    };
+    while (carried > SlowestLook && !hasRoom()) {
+        carried = std::max(SlowestLook, carried / 2);
     }
+    Point start = Minus(line.start, Times(along, margin()));
+    Point end = Plus(line.end, Times(along, margin()));
+    CrossedPatches crossed(layout, start, end);
+
+    // At the limits of the work area the rim itself may be out of reach; the edges inside tell too.
+    const double length = Length(Minus(end, start));
+    const std::optional<double> before = Trimmed(start, along, length);
+    const std::optional<double> behind = Trimmed(end, Times(along, -1.0), length);
+    if (!before || !behind) {
+        return false;
+    }
+    start = Plus(start, Times(along, *before));
+    end = Minus(end, Times(along, *behind));
+    for (LineFit::Stretch& stretch : crossed.stretches) {
+        stretch = {stretch.begin - *before, stretch.end - *before};
+    }
+    const LineScan::Samples samples = scan.Take(placement.Of(start), placement.Of(end), carried);
     LineFit::Settings settings;
     settings.blur = samples.blur;
     settings.largestOffset = reach * shortest + carried * UsualLatency;
@@ -160,6 +175,17 @@ bool ChartFinder::TravelOnce(const Line& line)
     edges += fit.VisibleEdges();
     squares += fit.Residual() * fit.Residual() * static_cast<double>(fit.VisibleEdges());
     return true;
+}
+
+std::optional<double> ChartFinder::Trimmed(Point start, Point along, double length) const
+{
+    constexpr double step = 0.5;  // mm
+    for (double by = 0.0; by < 0.4 * length; by += step) {
+        if (area.Holds(finding.placement.Of(Plus(start, Times(along, by))))) {
+            return by;
+        }
+    }
+    return std::nullopt;
 }
 
 /// Least squares over all travels so far, with what is usual as a weak expectation.
@@ -203,7 +229,7 @@ ChartFinder::Finding ChartFinder::Look()
     Travel(Row(false, 1e6), true);
     int columns = 0;
     // The outer columns tell most; where they are of one colour, those inside.
-    for (const double share : {0.0, 1.0, 0.5, 0.25, 0.75}) {
+    for (const double share : {0.0, 1.0, 0.5, 0.25, 0.75, 0.12, 0.37, 0.62, 0.87}) {
         columns += Travel(Column(share, whole), columns == 0) ? 1 : 0;
         if (columns == 2) {
             break;

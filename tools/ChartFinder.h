@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "tools/LineScan.h"
 #include "tools/Placement.h"
 #include "tools/RowSpeed.h"
+#include "tools/WorkArea.h"
 
 namespace J4Tool {
 
@@ -21,11 +23,11 @@ public:
         double latency = 0.0;   ///< s, by which the samples lag behind the motion
         double residual = 0.0;  ///< mm, root mean square of the edges that were seen, about where they are now
         size_t edges = 0;       ///< how many were seen
-        bool isSure = false;    ///< false on a chart of one colour all over, where nothing can be told
+        bool isSure = false;    ///< false where no edges show across the rows, so that nothing can be told
     };
 
     /// @param say  hears what is being done
-    ChartFinder(Session& session, const ChartLayout& layout, const RowSpeed& speed,
+    ChartFinder(Session& session, const ChartLayout& layout, const WorkArea& area, const RowSpeed& speed,
                 std::function<void(const std::string&)> say);
 
     /// Looks whether the chart lies where the layout says, give or take half a patch.
@@ -66,9 +68,14 @@ private:
     /// @return false where no edge was seen
     bool Travel(const Line& line, bool bothWays);
     bool TravelOnce(const Line& line);
+
+    /// Shortens a way at its beginning to what lies in the work area.
+    /// @return by how much, mm; nothing when there is too little left
+    std::optional<double> Trimmed(Point start, Point along, double length) const;
     void Solve();
 
     const ChartLayout& layout;
+    const WorkArea& area;
     const RowSpeed& speed;
     std::function<void(const std::string&)> say;
     LineScan scan;

@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <numbers>
 #include <numeric>
+#include <sstream>
 #include <utility>
 
 #include "chart/ChartReader.h"
 #include "chart/PlaneMap.h"
+#include "chart/cgats/CgatsFields.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -17,21 +21,26 @@ ChartLayout::ChartLayout(J4Chart::Chart placed) : chart(std::move(placed))
     hasSizes = !chart.places.empty() && chart.places.front().Width() > unknownSize;
     std::vector<size_t> order(chart.patches.size());
     std::iota(order.begin(), order.end(), size_t{0});
-    const auto byPlace = [this](double Point::*coordinate) {
-        return [this, coordinate](size_t left, size_t right) {
-            return chart.places[left].centre.*coordinate < chart.places[right].centre.*coordinate;
+    // The chart may lie askew: its rows run as the first patch does.
+    const double turn = chart.places.empty() ? 0.0 : chart.places.front().Rotation();
+    const auto alongRow = [&](const Point& p) { return p.x * std::cos(turn) + p.y * std::sin(turn); };
+    const auto acrossRows = [&](const Point& p) { return p.y * std::cos(turn) - p.x * std::sin(turn); };
+    const auto byPlace = [this](const auto& coordinate) {
+        return [this, &coordinate](size_t left, size_t right) {
+            return coordinate(chart.places[left].centre) < coordinate(chart.places[right].centre);
         };
     };
-    std::stable_sort(order.begin(), order.end(), byPlace(&Point::y));
+    std::stable_sort(order.begin(), order.end(), byPlace(acrossRows));
     for (const size_t patch : order) {
         const J4Chart::Place* const first = rows.empty() ? nullptr : &chart.places[rows.back().front()];
-        if (first == nullptr || chart.places[patch].centre.y - first->centre.y >= first->across.y) {
+        if (first == nullptr ||
+            acrossRows(chart.places[patch].centre) - acrossRows(first->centre) >= acrossRows(first->across)) {
             rows.emplace_back();
         }
         rows.back().push_back(patch);
     }
     for (Row& row : rows) {
-        std::stable_sort(row.begin(), row.end(), byPlace(&Point::x));
+        std::stable_sort(row.begin(), row.end(), byPlace(alongRow));
     }
 }
 
@@ -56,7 +65,41 @@ ChartLayout ChartLayout::Read(const J4Chart::CgatsFile& file, const J4Chart::Gri
     if (chart.patches.empty()) {
         throw J4Chart::CgatsError(0, "there are no patches");
     }
-    return ChartLayout(std::move(chart));
+    ChartLayout layout(std::move(chart));
+    layout.source = file.Tables()[layout.chart.table];
+    return layout;
+}
+
+std::string ChartLayout::FileText() const
+{
+    J4Chart::CgatsTable table = source;
+    std::erase_if(table.keywords, [](const J4Chart::CgatsTable::Keyword& keyword) {
+        return keyword.name.starts_with("LAYOUT_") || keyword.name == "PATCH_SIZE" || keyword.name == "PATCH_GAP";
+    });
+    const double turn = chart.places.front().Rotation() * 180.0 / std::numbers::pi;
+    table.SetKeyword("LAYOUT_ROTATION", J4Chart::NumberText(std::round(turn * 1e4) / 1e4));
+    const auto column = [&table](const char* field) {
+        int index = table.FindField(field);
+        if (index < 0) {
+            index = static_cast<int>(table.fields.size());
+            table.fields.emplace_back(field);
+        }
+        return static_cast<size_t>(index);
+    };
+    const std::array<size_t, 4> columns = {column("X"), column("Y"), column("WIDTH"), column("HEIGHT")};
+    for (size_t i = 0; i < table.rows.size(); ++i) {
+        const J4Chart::Place& place = chart.places[i];
+        const std::array<double, 4> values = {place.centre.x, place.centre.y, place.Width(), place.Height()};
+        table.rows[i].values.resize(table.fields.size());
+        for (size_t k = 0; k < values.size(); ++k) {
+            table.rows[i].values[columns[k]] = J4Chart::NumberText(std::round(values[k] * 1e3) / 1e3);
+        }
+    }
+    J4Chart::CgatsFile file;
+    file.Add(std::move(table));
+    std::ostringstream text;
+    file.Write(text);
+    return text.str();
 }
 
 std::array<size_t, 3> ChartLayout::CornerPatches() const
@@ -81,6 +124,76 @@ void ChartLayout::PlaceCorners(const std::array<Point, 3>& corners)
                         "Give the first and the last patch of the first row, and the first of the last row.");
     }
     std::transform(chart.places.begin(), chart.places.end(), chart.places.begin(), J4Chart::PlaneMap(known, corners));
+}
+
+void ChartLayout::RequireMeasurable() const
+{
+    const auto refuse = [this](size_t patch, const std::string& reason) {
+        throw ToolError(
+            ExitCode::File,
+            J4Chart::CgatsError(chart.patches[patch].line, "patch " + chart.patches[patch].name + " " + reason).what(),
+            "Correct the layout, or --patch and --gap.");
+    };
+    std::map<std::string, size_t> names;
+    for (size_t i = 0; i < chart.patches.size(); ++i) {
+        const std::string& name = chart.patches[i].name;
+        const auto isControl = [](unsigned char character) { return character < 0x20 || character == 0x7f; };
+        const bool bothQuotes = name.find('"') != std::string::npos && name.find('\'') != std::string::npos;
+        if (std::any_of(name.begin(), name.end(), isControl) || bothQuotes || name == "END_DATA") {
+            refuse(i, "has a name that no file can hold");
+        }
+        if (const auto [other, isNew] = names.emplace(name, i); !isNew) {
+            refuse(i, "has the name of the patch of line " + std::to_string(chart.patches[other->second].line));
+        }
+        if (!hasSizes) {
+            continue;
+        }
+        const J4Chart::Place& place = chart.places[i];
+        for (const double side : {place.Width(), place.Height()}) {
+            if (!(side >= SmallestPatch)) {
+                refuse(i, "is " + J4Chart::NumberText(std::round(side * 100.0) / 100.0) +
+                              " mm long or wide; the instrument sees a spot of 4.5 mm and needs 5 mm at least");
+            }
+        }
+    }
+    if (const auto pair = Overlapping()) {
+        refuse(pair->second, "overlaps patch " + chart.patches[pair->first].name);
+    }
+}
+
+/// The first two patches of which one lies on the other.
+std::optional<std::pair<size_t, size_t>> ChartLayout::Overlapping() const
+{
+    constexpr double harmless = 0.05;  // mm, of rounding in files
+    if (!hasSizes) {
+        return std::nullopt;
+    }
+    // Patches of a chart are turned alike, so they overlap where they do in both of these directions.
+    std::vector<size_t> order(chart.places.size());
+    std::iota(order.begin(), order.end(), size_t{0});
+    const auto top = [this](size_t patch) { return chart.places[patch].centre.y; };
+    std::sort(order.begin(), order.end(), [&](size_t left, size_t right) { return top(left) < top(right); });
+    for (size_t i = 0; i < order.size(); ++i) {
+        const J4Chart::Place& one = chart.places[order[i]];
+        const double width = one.Width();
+        const double height = one.Height();
+        const double reach = std::hypot(width, height);
+        for (size_t k = i + 1; k < order.size(); ++k) {
+            const J4Chart::Place& other = chart.places[order[k]];
+            const double x = other.centre.x - one.centre.x;
+            const double y = other.centre.y - one.centre.y;
+            if (y > reach + std::hypot(other.Width(), other.Height())) {
+                break;
+            }
+            const double along = std::abs(x * one.along.x + y * one.along.y) / (0.5 * width);
+            const double across = std::abs(x * one.across.x + y * one.across.y) / (0.5 * height);
+            if (along < 0.5 * (width + other.Width()) - harmless &&
+                across < 0.5 * (height + other.Height()) - harmless) {
+                return std::minmax(order[i], order[k]);
+            }
+        }
+    }
+    return std::nullopt;
 }
 
 void ChartLayout::MoveTo(const Placement& placement)

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "chart/Chart.h"
@@ -37,6 +39,13 @@ public:
     const std::vector<Row>& Rows() const { return rows; }
     const std::vector<std::string>& DeviceFields() const { return chart.deviceFields; }
 
+    /// Side of the smallest patch that can be measured: the spot that the instrument sees, and what it may lie off, mm.
+    static constexpr double SmallestPatch = 5.0;
+
+    /// @throws ToolError for a chart that can't be measured rightly, or whose measurement no file could hold: patches
+    ///         that are too small, overlap, or have the same name
+    void RequireMeasurable() const;
+
     /// False for a grid that is going to be placed by its corners and tells no size: its patches then touch, whatever
     /// paper is between them.
     bool HasSizes() const { return hasSizes; }
@@ -49,11 +58,18 @@ public:
     /// Moves the chart so that the middles of its corner patches come to these places.
     void PlaceCorners(const std::array<Point, 3>& corners);
 
+    /// The file that it was read from, with the places as they are now.
+    /// @pre it was made by Load()
+    std::string FileText() const;
+
     /// Moves the chart to where it was found.
     void MoveTo(const Placement& placement);
 
 private:
+    std::optional<std::pair<size_t, size_t>> Overlapping() const;
+
     J4Chart::Chart chart;
+    J4Chart::CgatsTable source;  ///< as it was read
     std::vector<Row> rows;
     bool hasSizes = true;
 };

@@ -1,17 +1,12 @@
 #include "tools/ChartScan.h"
 
-#include <chrono>
-#include <filesystem>
-
-#include "tools/AtomicFile.h"
+#include "tools/ColourCheck.h"
+#include "tools/Plural.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
 
 namespace {
-
-/// A power cut must not cost more than this; each write costs a moment of the table's time.
-constexpr std::chrono::seconds KeepEvery{10};
 
 std::string Names(const std::vector<size_t>& rows)
 {
@@ -32,43 +27,65 @@ ChartScan::ChartScan(Session& session, const ChartLayout& layout, const Scanner:
       files(files),
       progress(progress),
       scanner(session, layout, settings, progress),
-      measurements(layout.Patches().size())
+      measurements(layout.Patches().size()),
+      partial(files.partial, layout, conditions)
 {}
 
-void ChartScan::TakeUp() { measurements = MeasurementFile::Load(files.partial, layout, conditions); }
+void ChartScan::TakeUp()
+{
+    measurements = MeasurementFile::Load(files.partial, layout, conditions);
+    // What an interruption may have cut is put right before more is added.
+    if (const std::string fault = partial.End(measurements); !fault.empty()) {
+        progress.Notice(fault);
+    }
+}
+
+std::string ChartScan::Advice(const std::string& first) const
+{
+    return first + (CountMeasured(measurements) > 0 ? "Go on with --resume." : "Nothing was measured: scan again.");
+}
 
 void ChartScan::Run()
 {
     const std::vector<size_t> failed = ScanRows();
     const ScanState state = scanner.State(measurements);
     if (state.patchesDone == state.patches) {
+        CheckColours();
         WriteWhole();
-        progress.Ended(state, "done", files.whole);
+        progress.Ended(state, "done", files.whole.Name());
         return;
     }
     const bool wasInterrupted = interrupted();
     EndWithPartial(wasInterrupted ? "interrupted" : "failed");
     if (wasInterrupted) {
-        throw ToolError(ExitCode::Interrupted, "the scan was interrupted", "Go on with --resume.");
+        throw ToolError(ExitCode::Interrupted, "the scan was interrupted", Advice(""));
     }
-    throw ToolError(ExitCode::Check, std::to_string(failed.size()) + " rows failed in every attempt: " + Names(failed),
-                    "Look at the reasons above, at the chart's place and at --margin, then go on with --resume.");
+    throw ToolError(ExitCode::Check, Plural(failed.size(), "row") + " failed in every attempt: " + Names(failed),
+                    Advice("Look at the reasons above, at the chart's place and at --margin. "));
 }
 
 std::vector<size_t> ChartScan::ScanRows()
 {
     scanner.stop = interrupted;
-    auto lastKept = std::chrono::steady_clock::now();
-    scanner.keep = [&] {
-        if (std::chrono::steady_clock::now() - lastKept >= KeepEvery) {
-            WritePartial();
-            lastKept = std::chrono::steady_clock::now();
+    std::string lastFault;
+    scanner.keep = [&](size_t row) {
+        const std::string fault = partial.Add(layout.Rows()[row], measurements);
+        if (!fault.empty() && fault != lastFault) {
+            progress.Notice(fault + "; the scan goes on, and the next row tries again");
         }
+        lastFault = fault;
     };
     try {
         std::vector<size_t> failed = scanner.Run(measurements);
         session.Release();
         return failed;
+    } catch (const ToolError& error) {
+        session.Release();
+        EndWithPartial(error.code == ExitCode::Interrupted ? "interrupted" : "failed");
+        if (error.code == ExitCode::Interrupted) {
+            throw ToolError(ExitCode::Interrupted, "the scan was interrupted", Advice(""));
+        }
+        throw;
     } catch (...) {
         session.Release();
         EndWithPartial("failed");
@@ -76,29 +93,42 @@ std::vector<size_t> ChartScan::ScanRows()
     }
 }
 
-void ChartScan::WritePartial()
+void ChartScan::CheckColours()
 {
-    if (CountMeasured(measurements) > 0) {
-        WriteAtomically(files.partial,
-                        MeasurementFile::Text(layout, measurements, conditions, MeasurementFile::Form::Cgats));
+    const ColourCheck check(layout, measurements);
+    if (!check.HasColours()) {
+        return;
     }
+    if (const std::string fault = check.Fault(); !fault.empty()) {
+        EndWithPartial("failed");
+        throw ToolError(
+            ExitCode::Check, fault,
+            "Look whether it is the chart of the layout and lies where the layout says, and scan again with "
+            "--align --restart; or scan by a layout without colours.");
+    }
+    progress.Differences(check.Summary(), check.Words());
 }
 
 void ChartScan::WriteWhole()
 {
     try {
-        WriteAtomically(files.whole, MeasurementFile::Text(layout, measurements, conditions, files.form));
+        files.whole.Write(MeasurementFile::Text(layout, measurements, conditions, files.form));
+    } catch (ToolError& error) {
+        EndWithPartial("failed");
+        error.advice += " All patches are measured: with --resume only the file is written.";
+        throw;
     } catch (...) {
-        WritePartial();
+        EndWithPartial("failed");
         throw;
     }
-    std::error_code ignored;
-    std::filesystem::remove(files.partial, ignored);
+    partial.Remove();
 }
 
 void ChartScan::EndWithPartial(const char* result)
 {
-    WritePartial();
+    if (const std::string fault = partial.End(measurements); !fault.empty()) {
+        progress.Notice(fault);
+    }
     progress.Ended(scanner.State(measurements), result, CountMeasured(measurements) > 0 ? files.partial : "");
 }
 

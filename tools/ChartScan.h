@@ -7,6 +7,8 @@
 
 #include "tools/MeasurementFile.h"
 #include "tools/Measurements.h"
+#include "tools/OutputFile.h"
+#include "tools/PartialFile.h"
 #include "tools/Progress.h"
 #include "tools/Scanner.h"
 
@@ -15,12 +17,8 @@ namespace J4Tool {
 class ChartScan {
 public:
     struct Files {
-        Files(const std::string& whole, MeasurementFile::Form form)
-            : whole(whole), form(form), partial(whole + ".partial")
-        {}
-
-        std::string whole;
-        MeasurementFile::Form form;
+        OutputFile whole;
+        MeasurementFile::Form form = MeasurementFile::Form::Cgats;
         std::string partial;
     };
 
@@ -31,7 +29,7 @@ public:
     std::function<bool()> interrupted = [] { return false; };
 
     /// Reads what the instrument's own recognition can't tell; without it such rows fail.
-    void UseReader(RowReader& reader) { scanner.reader = &reader; }
+    void UseReader(RowReader& reader, const ScanPlan& plan) { scanner.UseReader(reader, plan); }
 
     /// Takes up the rows of the partial file.
     /// @throws ToolError when it was measured of another chart, or otherwise
@@ -42,9 +40,12 @@ public:
 
 private:
     std::vector<size_t> ScanRows();
-    void WritePartial();
+    void CheckColours();
     void WriteWhole();
     void EndWithPartial(const char* result);
+
+    /// What to do after a scan that was not finished.
+    std::string Advice(const std::string& first) const;
 
     Session& session;
     const ChartLayout& layout;
@@ -53,6 +54,7 @@ private:
     Progress& progress;
     Scanner scanner;
     Measurements measurements;
+    PartialFile partial;
 };
 
 }  // namespace J4Tool

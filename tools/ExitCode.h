@@ -15,6 +15,7 @@ enum class ExitCode {
     Device = 8,
     Check = 9,
     NotConfirmed = 10,
+    Refused = 11,
     Interrupted = 130,
 };
 
@@ -35,7 +36,8 @@ inline constexpr ExitCodeText ExitCodes[] = {
     {ExitCode::Device, "any other failure of table or instrument"},
     {ExitCode::Check, "rows of the chart did not pass their check; what was measured is in the partial file"},
     {ExitCode::NotConfirmed, "a question was answered with no, or could not be asked"},
-    {ExitCode::Interrupted, "ended by Ctrl-C; what was measured is in the partial file"},
+    {ExitCode::Refused, "table or instrument refused an option or a speed"},
+    {ExitCode::Interrupted, "ended by Ctrl-C, a closed terminal or a signal; what was measured is in the partial file"},
 };
 
 }  // namespace J4Tool

@@ -1,34 +1,45 @@
 #include "tools/Interrupt.h"
 
-#include <csignal>
+#include <atomic>
+
+#include "tools/Platform.h"
+#include "tools/ToolError.h"
 
 namespace J4Tool {
 
 namespace {
 
-volatile std::sig_atomic_t requested = 0;
+std::atomic<bool> requested = false;
+std::atomic<const char*> words = nullptr;
 
-void OnSignal(int signal)
+// A signal handler may touch nothing that takes a lock.
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const char*>::is_always_lock_free);
+
+void OnRequest()
 {
-    requested = 1;
-    std::signal(signal, OnSignal);  // some systems forget the handler once it was called
+    const char* const notice = words;
+    if (!requested.exchange(true) && notice != nullptr) {
+        Platform::WriteNow(notice);
+    }
 }
 
 }  // namespace
 
-Interrupt::Interrupt()
+void Interrupt::Install(const char* notice)
 {
-    requested = 0;
-    previousInterrupt = std::signal(SIGINT, OnSignal);
-    previousTermination = std::signal(SIGTERM, OnSignal);
+    words = notice;
+    Platform::OnEndRequest(OnRequest);
 }
 
-Interrupt::~Interrupt()
-{
-    std::signal(SIGINT, previousInterrupt);
-    std::signal(SIGTERM, previousTermination);
-}
+void Interrupt::SetNotice(const char* notice) { words = notice; }
 
-bool Interrupt::Requested() const { return requested != 0; }
+bool Interrupt::Requested() { return requested; }
+
+void Interrupt::Check()
+{
+    if (requested) {
+        throw ToolError(ExitCode::Interrupted, "ended before the work was done", "The table was let go.");
+    }
+}
 
 }  // namespace J4Tool

@@ -1,22 +1,19 @@
-// Ctrl-C as a question instead of an end: while an object lives, the key only sets a flag that the work asks for
-// between its steps.
+// Ctrl-C as a question instead of an end: once it is installed, a request to end the program (the key, a closed
+// terminal or pipe, a logoff) only sets a flag that the work asks for between its steps, so that the table is let go.
 #pragma once
 
-namespace J4Tool {
+namespace J4Tool::Interrupt {
 
-class Interrupt {
-public:
-    Interrupt();
-    ~Interrupt();
-    Interrupt(const Interrupt&) = delete;
-    Interrupt& operator=(const Interrupt&) = delete;
+/// From here on requests are kept.
+/// @param notice  is written to standard error by the first of them; null for nothing. Must last
+void Install(const char* notice);
 
-    bool Requested() const;
+/// Other words for the same.
+void SetNotice(const char* notice);
 
-private:
-    using Handler = void (*)(int);
-    Handler previousInterrupt;
-    Handler previousTermination;
-};
+bool Requested();
 
-}  // namespace J4Tool
+/// @throws ToolError when a request has come
+void Check();
+
+}  // namespace J4Tool::Interrupt

@@ -1,6 +1,10 @@
 #include "tools/MeasurementFile.h"
 
 #include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <numbers>
 #include <sstream>
 
 #include "chart/ChartReader.h"
@@ -113,15 +117,25 @@ CgatsTable SpectraSheet(const ChartLayout& layout, const Measurements& measureme
     return table;
 }
 
-CgatsTable FullTable(const ChartLayout& layout, const Measurements& measurements,
-                     const MeasurementFile::Conditions& conditions)
+/// Everything but the rows.
+CgatsTable FullHead(const ChartLayout& layout, const MeasurementFile::Conditions& conditions)
 {
     CgatsTable table;
     table.kind = "CGATS.17";
     for (const auto& [keyword, value] : conditions) {
         table.SetKeyword(keyword, value);
     }
+    if (const double turn = layout.Places().front().Rotation(); std::abs(turn) > 1e-9) {
+        table.SetKeyword("LAYOUT_ROTATION", Fixed(turn * 180.0 / std::numbers::pi, 4));
+    }
     AddFields(table, layout);
+    return table;
+}
+
+CgatsTable FullTable(const ChartLayout& layout, const Measurements& measurements,
+                     const MeasurementFile::Conditions& conditions)
+{
+    CgatsTable table = FullHead(layout, conditions);
     const std::vector<RowPlace> places = PlacesInRows(layout);
     for (size_t i = 0; i < measurements.size(); ++i) {
         if (measurements[i]) {
@@ -129,6 +143,24 @@ CgatsTable FullTable(const ChartLayout& layout, const Measurements& measurements
         }
     }
     return table;
+}
+
+/// The text of a partial file. Where the scan had no time to end it, the last line may be cut, and the end is missing.
+std::string WholeText(const std::string& fileName)
+{
+    std::ifstream input(fileName, std::ios::binary);
+    if (!input) {
+        throw J4Chart::CgatsError(0, "the file can't be opened");
+    }
+    std::string text{std::istreambuf_iterator<char>(input), {}};
+    constexpr std::string_view begin = "\nBEGIN_DATA\n";
+    constexpr std::string_view end = "END_DATA\n";
+    const size_t data = text.find(begin);
+    if (data != std::string::npos && text.find("\n" + std::string(end), data) == std::string::npos) {
+        text.erase(text.rfind('\n') + 1);
+        text += end;
+    }
+    return text;
 }
 
 /// How a patch was read, as the file tells.
@@ -171,6 +203,24 @@ std::string MeasurementFile::Text(const ChartLayout& layout, const Measurements&
     return text.str();
 }
 
+std::string MeasurementFile::HeadText(const ChartLayout& layout, const Conditions& conditions)
+{
+    return J4Chart::CgatsFile::HeadText(FullHead(layout, conditions));
+}
+
+std::string MeasurementFile::RowsText(const ChartLayout& layout, const std::vector<size_t>& patches,
+                                      const Measurements& measurements)
+{
+    const std::vector<RowPlace> places = PlacesInRows(layout);
+    std::string text;
+    for (const size_t patch : patches) {
+        if (measurements[patch]) {
+            text += J4Chart::CgatsFile::RowText({Values(layout, patch, places[patch], *measurements[patch]), 0});
+        }
+    }
+    return text;
+}
+
 Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayout& layout, const Conditions& conditions)
 {
     J4Chart::CgatsFile file;
@@ -178,7 +228,8 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
     try {
         J4Chart::ChartReader::Wanted wanted;
         wanted.spectra = true;
-        file = J4Chart::CgatsFile::Read(fileName);
+        std::istringstream text(WholeText(fileName));
+        file = J4Chart::CgatsFile::Read(text);
         partial = J4Chart::ChartReader::Read(file, wanted);
     } catch (const J4Chart::CgatsError& error) {
         Refuse(fileName, error.what());

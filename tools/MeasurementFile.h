@@ -1,5 +1,6 @@
 // The file of measured data: spectra, XYZ and Lab of the patches with their names, places and device values, and
-// the conditions of the measurement. A partial file has the same form and lacks patches.
+// the conditions of the measurement. A partial file has the same form and lacks patches, and its end while the scan
+// goes on.
 #pragma once
 
 #include <string>
@@ -20,7 +21,12 @@ public:
     static std::string Text(const ChartLayout& layout, const Measurements& measurements, const Conditions& conditions,
                             Form form);
 
-    /// Reads what a partial file holds of this layout.
+    /// The beginning of a partial file that grows with the scan, and what is added to it for patches that were measured.
+    static std::string HeadText(const ChartLayout& layout, const Conditions& conditions);
+    static std::string RowsText(const ChartLayout& layout, const std::vector<size_t>& patches,
+                                const Measurements& measurements);
+
+    /// Reads what a partial file holds of this layout; also one that was cut off while it was written.
     /// @param conditions  those of the scan that goes on: the serial numbers must be the same
     /// @throws ToolError when the file is broken or belongs to another layout, table or instrument
     static Measurements Load(const std::string& fileName, const ChartLayout& layout, const Conditions& conditions);

@@ -19,6 +19,9 @@ enum class ReadingWay {
 /// As they stand in files, in the order of ReadingWay.
 inline constexpr std::array<std::string_view, 3> WayNames = {"RECOGNISED", "FITTED", "SPOT"};
 
+/// For people, in the same order.
+inline constexpr std::array<const char*, 3> WayWords = {"by recognition", "fitted to raw samples", "by spots"};
+
 struct PatchReading {
     J4Chart::Spectrum spectrum{};
     ReadingWay way = ReadingWay::Recognised;

@@ -24,8 +24,21 @@ bool IsTerminal(std::FILE* stream);
 /// Characters in a line of the terminal; 80 where nobody knows.
 int TerminalWidth();
 
+/// Has a function called when the person or the system asks the program to end: Ctrl-C, a closed terminal or pipe, a
+/// logoff. It is called at any moment, may do only what a signal handler may, and the program goes on.
+void OnEndRequest(void (*handler)());
+
+/// Writes a text to standard error at once; a signal handler may call it.
+void WriteNow(const char* text);
+
 /// Opens a file for writing that must not exist yet. @return null with errno when that failed
 std::FILE* CreateNew(const std::filesystem::path& file);
+
+/// Opens a file for appending that must exist. @return null with errno when that failed
+std::FILE* OpenToAppend(const std::filesystem::path& file);
+
+/// Cuts a file that is open for writing to a length, in bytes. @return false with errno when that failed
+bool CutTo(std::FILE* stream, long long length);
 
 /// Returns when everything written to the stream is on the disk. @return false with errno when that failed
 bool WriteThrough(std::FILE* stream);

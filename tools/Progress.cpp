@@ -6,13 +6,14 @@
 
 #include "tools/Json.h"
 #include "tools/Platform.h"
+#include "tools/Plural.h"
 
 namespace J4Tool {
 
 namespace {
 
-/// Writes one line: the event, how far the scan is, and what else the event tells.
-void WriteLine(std::FILE* output, const char* event, const ScanState& state, const Json& more = Json::object())
+/// The event, how far the scan is, and what else the event tells.
+Json StateLine(const char* event, const ScanState& state, const Json& more = Json::object())
 {
     Json line = {{"event", event},
                  {"rowsDone", state.rowsDone},
@@ -20,19 +21,30 @@ void WriteLine(std::FILE* output, const char* event, const ScanState& state, con
                  {"patchesDone", state.patchesDone},
                  {"patches", state.patches}};
     line.update(more);
+    return line;
+}
+
+void WriteLine(std::FILE* output, const Json& line)
+{
     std::fprintf(output, "%s\n", JsonText(line).c_str());
     std::fflush(output);
+}
+
+std::string Clock(double seconds)
+{
+    char text[32];
+    const long whole = std::lround(std::max(seconds, 0.0));
+    std::snprintf(text, sizeof text, "%ld:%02ld", whole / 60, whole % 60);
+    return text;
 }
 
 }  // namespace
 
 std::string Progress::Bar(const ScanState& state, double secondsLeft, int width)
 {
-    char text[160];
-    const long seconds = std::lround(std::max(secondsLeft, 0.0));
-    std::snprintf(text, sizeof text, " %zu/%zu rows, %zu/%zu patches, %ld:%02ld left", state.rowsDone, state.rows,
-                  state.patchesDone, state.patches, seconds / 60, seconds % 60);
-    std::string line = text;
+    std::string line = " " + std::to_string(state.rowsDone) + "/" + Plural(state.rows, "row") + ", " +
+                       std::to_string(state.patchesDone) + "/" + Plural(state.patches, "patch") + ", " +
+                       Clock(secondsLeft) + " left";
     const int room = width - static_cast<int>(line.size()) - 3;
     if (room >= 5) {
         const size_t length = static_cast<size_t>(std::min(room, 40));
@@ -50,66 +62,117 @@ double Progress::SecondsLeft(const ScanState& state) const
                      : passed.count() / static_cast<double>(done) * static_cast<double>(state.rows - state.rowsDone);
 }
 
+void Progress::Step(const std::string& what)
+{
+    if (form == Form::Json) {
+        WriteLine(output, {{"event", "step"}, {"step", what}});
+    } else {
+        Line(what);
+    }
+}
+
+void Progress::Notice(const std::string& what)
+{
+    if (form == Form::Json) {
+        WriteLine(output, {{"event", "notice"}, {"notice", what}});
+    } else {
+        Line(what);
+    }
+}
+
 void Progress::Started(const ScanState& state)
 {
     begin = std::chrono::steady_clock::now();
     rowsAtStart = state.rowsDone;
-    if (asJson) {
-        WriteLine(output, "start", state);
-    } else {
+    if (form == Form::Json) {
+        WriteLine(output, StateLine("start", state));
+    } else if (form == Form::Bar) {
         Draw(state);
+    }
+}
+
+void Progress::RowBegins(const ScanState& state, size_t row, ReadingWay way)
+{
+    if (form == Form::Json) {
+        WriteLine(output,
+                  StateLine("rowBegins", state, {{"row", row + 1}, {"way", WayNames[static_cast<size_t>(way)]}}));
+        return;
+    }
+    now = "row " + std::to_string(row + 1) + " of " + std::to_string(state.rows) + " " +
+          WayWords[static_cast<size_t>(way)];
+    if (form == Form::Bar) {
+        Draw(state);
+    } else {
+        Line(now);
     }
 }
 
 void Progress::RowDone(const ScanState& state, size_t row)
 {
-    if (asJson) {
-        WriteLine(output, "row", state,
-                  {{"row", row + 1}, {"secondsLeft", std::round(SecondsLeft(state) * 10.0) / 10.0}});
-    } else {
+    if (form == Form::Json) {
+        WriteLine(output, StateLine("row", state,
+                                    {{"row", row + 1}, {"secondsLeft", std::round(SecondsLeft(state) * 10.0) / 10.0}}));
+    } else if (form == Form::Bar) {
         Draw(state);
     }
 }
 
 void Progress::RowFailed(const ScanState& state, size_t row, int attempt, const std::string& reason, bool again)
 {
-    if (asJson) {
-        WriteLine(output, again ? "retry" : "rowFailed", state,
-                  {{"row", row + 1}, {"attempt", attempt}, {"reason", reason}});
-    } else {
-        EndLine();
-        std::fprintf(output, "Row %zu, attempt %d: %s%s\n", row + 1, attempt, reason.c_str(),
-                     again ? "; once more" : "");
+    if (form == Form::Json) {
+        WriteLine(output, StateLine(again ? "retry" : "rowFailed", state,
+                                    {{"row", row + 1}, {"attempt", attempt}, {"reason", reason}}));
+        return;
+    }
+    Line("Row " + std::to_string(row + 1) + ", attempt " + std::to_string(attempt) + ": " + reason +
+         (again ? "; once more" : ""));
+    if (form == Form::Bar) {
         Draw(state);
+    }
+}
+
+void Progress::Differences(const J4Chart::DifferenceSummary& summary, const std::string& words)
+{
+    if (form == Form::Json) {
+        WriteLine(output, {{"event", "differences"},
+                           {"formula", "CIEDE2000"},
+                           {"patches", summary.Count()},
+                           {"mean", summary.Mean()},
+                           {"percentile95", summary.Percentile95()},
+                           {"maximum", summary.Maximum()}});
+    } else {
+        Line(words);
     }
 }
 
 void Progress::Ended(const ScanState& state, const std::string& result, const std::string& fileName)
 {
-    if (asJson) {
-        WriteLine(output, "end", state, {{"result", result}, {"file", fileName}});
-    } else {
-        EndLine();
-        std::fprintf(output, "%zu of %zu patches are measured%s%s\n", state.patchesDone, state.patches,
-                     fileName.empty() ? "" : ": ", fileName.c_str());
+    if (form == Form::Json) {
+        WriteLine(output, StateLine("end", state, {{"result", result}, {"file", fileName}}));
+        return;
     }
+    Line(std::to_string(state.patchesDone) + " of " + Plural(state.patches, "patch") +
+         (state.patches == 1 ? " is" : " are") + " measured" + (fileName.empty() ? "" : ": ") + fileName);
 }
 
 void Progress::Draw(const ScanState& state)
 {
     const int width = Platform::TerminalWidth();
-    const std::string bar = Bar(state, SecondsLeft(state), width);
+    std::string bar = Bar(state, SecondsLeft(state), width);
+    if (const size_t room = static_cast<size_t>(std::max(width - 1, 0)); bar.size() + 2 + now.size() <= room) {
+        bar += now.empty() ? "" : "  " + now;
+    }
     std::fprintf(output, "\r%-*s", std::max(width - 1, 0), bar.c_str());
     std::fflush(output);
     lineOpen = true;
 }
 
-void Progress::EndLine()
+/// A line of its own, under the bar where that is shown.
+void Progress::Line(const std::string& text)
 {
-    if (lineOpen) {
-        std::fputs("\n", output);
-        lineOpen = false;
-    }
+    std::fprintf(output, "%s%s\n", lineOpen ? "\n" : "", text.c_str());
+    std::fflush(output);
+    lineOpen = false;
 }
 
 }  // namespace J4Tool

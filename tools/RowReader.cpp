@@ -9,6 +9,7 @@
 #include "chart/colour/Colorimetry.h"
 #include "tools/CrossedPatches.h"
 #include "tools/LineFit.h"
+#include "tools/RowSpeed.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -16,11 +17,6 @@ namespace J4Tool {
 namespace Colorimetry = J4Chart::Colorimetry;
 
 namespace {
-
-/// The instrument's recognition is said to need patches so long, and takes paper between them for a patch where it is
-/// about so wide, mm.
-constexpr double ShortestRecognised = 10.0;
-constexpr double WidestGap = 6.0;
 
 /// Limits of a fitted row.
 constexpr double LargestResidual = 0.4;      // mm
@@ -52,49 +48,19 @@ J4Chart::Spectrum Mean(J4Chart::Spectrum first, const J4Chart::Spectrum& second)
 
 }  // namespace
 
-RowReader::RowReader(Session& session, const ChartLayout& layout, const RowSpeed& speed)
-    : session(session), layout(layout), speed(speed), check(layout), scan(session)
+RowReader::RowReader(Session& session, const ChartLayout& layout)
+    : session(session), layout(layout), check(layout), scan(session)
 {}
 
-bool RowReader::CanBeRecognised(size_t row) const
-{
-    const ChartLayout::Row& patches = layout.Rows()[row];
-    for (size_t i = 0; i < patches.size(); ++i) {
-        const J4Chart::Place& patch = layout.Places()[patches[i]];
-        if (2.0 * Length(patch.along) < ShortestRecognised) {
-            return false;
-        }
-        if (i > 0) {
-            const J4Chart::Place& before = layout.Places()[patches[i - 1]];
-            const double gap = Length({patch.centre.x - before.centre.x, patch.centre.y - before.centre.y}) -
-                               Length(patch.along) - Length(before.along);
-            if (gap > WidestGap) {
-                return false;
-            }
-        }
-    }
-    return true;
-}
-
-int RowReader::FitSpeed(size_t row) const
-{
-    double shortest = std::numeric_limits<double>::infinity();
-    for (const size_t patch : layout.Rows()[row]) {
-        shortest = std::min(shortest, 2.0 * Length(layout.Places()[patch].along));
-    }
-    return speed.For(shortest);
-}
-
-void RowReader::PrepareRecognition()
+void RowReader::PrepareRecognition(int carried)
 {
     session.SetOption("MeasurementMode", "ScanningReflectance");
     session.SetOption("J4TRecognitionAlgorithm", "2");
-    session.SetOption("J4TScanSpeed", std::to_string(speed.ForRecognition()));
+    session.SetOption("J4TScanSpeed", std::to_string(carried));
 }
 
-std::string RowReader::Fit(const RowPlan::Pass& pass, Readings& readings)
+std::string RowReader::Fit(const RowPlan::Pass& pass, int carried, Readings& readings)
 {
-    const int carried = FitSpeed(pass.row);
     const RowPlan::Pass wide = RowPlan::Along(layout, pass.row, RowSpeed::Margin(carried), pass.reversed);
     const CrossedPatches crossed(layout, wide.start, wide.end);
     LineScan::Samples samples;
@@ -188,17 +154,25 @@ std::string RowReader::Measure(size_t row, Readings& readings)
     return fault;
 }
 
-/// Three measurements across the row, of which two have to agree: a speck or a scratch then does no harm.
-std::optional<PatchReading> RowReader::MeasureOne(size_t patch)
+std::array<Point, RowReader::SpotsOfPatch> RowReader::Spots(const J4Chart::Place& place)
 {
-    const J4Chart::Place& place = layout.Places()[patch];
     const double free = std::max(0.0, Length(place.across) - 0.5 * LineFit::Aperture - LineFit::Guard);
     const double step = std::min(free, 0.5 * LineFit::Aperture) / Length(place.across);
-    std::array<J4Chart::Spectrum, 3> spectra{};
-    std::array<Colorimetry::Triple, 3> colours{};
-    for (size_t i = 0; i < spectra.size(); ++i) {
+    std::array<Point, SpotsOfPatch> spots;
+    for (size_t i = 0; i < spots.size(); ++i) {
         const double by = (static_cast<double>(i) - 1.0) * step;
-        session.Move({place.centre.x + by * place.across.x, place.centre.y + by * place.across.y});
+        spots[i] = {place.centre.x + by * place.across.x, place.centre.y + by * place.across.y};
+    }
+    return spots;
+}
+
+std::optional<PatchReading> RowReader::MeasureOne(size_t patch)
+{
+    const auto spots = Spots(layout.Places()[patch]);
+    std::array<J4Chart::Spectrum, SpotsOfPatch> spectra{};
+    std::array<Colorimetry::Triple, SpotsOfPatch> colours{};
+    for (size_t i = 0; i < spectra.size(); ++i) {
+        session.Move(spots[i]);
         spectra[i] = session.Measure();
         colours[i] = Colorimetry::Lab(spectra[i]);
     }

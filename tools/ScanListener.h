@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <string>
 
+#include "tools/PatchReading.h"
+
 namespace J4Tool {
 
 /// How far a scan is.
@@ -17,6 +19,14 @@ struct ScanState {
 class ScanListener {
 public:
     virtual ~ScanListener() = default;
+
+    /// What is being done now beside the rows, for instance "calibrating".
+    virtual void Step(const std::string& what) = 0;
+
+    /// Something that a person has to know.
+    virtual void Notice(const std::string& what) = 0;
+
+    virtual void RowBegins(const ScanState& state, size_t row, ReadingWay way) = 0;
 
     virtual void Started(const ScanState& state) = 0;
     virtual void RowDone(const ScanState& state, size_t row) = 0;

@@ -16,15 +16,15 @@ ScanState Scanner::State(const Measurements& measurements) const
 std::vector<size_t> Scanner::Run(Measurements& measurements)
 {
     listener.Started(State(measurements));
-    const RowPlan plan(layout, settings.margin, session.Position(), settings.bothWays, OpenRows(layout, measurements));
+    const RowPlan order(layout, settings.margin, session.Position(), settings.bothWays, OpenRows(layout, measurements));
     std::vector<size_t> failed;
-    for (const RowPlan::Pass& pass : plan.Passes()) {
+    for (const RowPlan::Pass& pass : order.Passes()) {
         if (stop()) {
             break;
         }
         if (ScanRow(pass, measurements)) {
+            keep(pass.row);
             listener.RowDone(State(measurements), pass.row);
-            keep();
         } else if (!stop()) {
             failed.push_back(pass.row);
         }
@@ -34,16 +34,7 @@ std::vector<size_t> Scanner::Run(Measurements& measurements)
 
 std::vector<ReadingWay> Scanner::Ways(size_t row) const
 {
-    if (reader == nullptr) {
-        return {ReadingWay::Recognised};
-    }
-    if (settings.spotsOnly) {
-        return {ReadingWay::Spot};
-    }
-    if (!reader->CanBeRecognised(row)) {
-        return {ReadingWay::Fitted, ReadingWay::Spot};
-    }
-    return {ReadingWay::Recognised, ReadingWay::Fitted, ReadingWay::Spot};
+    return plan == nullptr ? std::vector{ReadingWay::Recognised} : plan->Rows()[row].ways;
 }
 
 bool Scanner::ScanRow(const RowPlan::Pass& pass, Measurements& measurements)
@@ -53,6 +44,7 @@ bool Scanner::ScanRow(const RowPlan::Pass& pass, Measurements& measurements)
     Readings readings;
     int attempt = 0;
     for (const ReadingWay way : ways) {
+        listener.RowBegins(State(measurements), pass.row, way);
         for (int tries = 0;; ++tries) {
             const std::string fault = Attempt(way, pass, readings);
             if (fault.empty()) {
@@ -83,13 +75,13 @@ std::string Scanner::Attempt(ReadingWay way, const RowPlan::Pass& pass, Readings
         case ReadingWay::Recognised:
             return Recognise(pass, readings);
         case ReadingWay::Fitted:
-            return reader->Fit(pass, readings);
+            return reader->Fit(pass, plan->Rows()[pass.row].fitSpeed, readings);
         case ReadingWay::Spot:
             return reader->Measure(pass.row, readings);
         }
     } catch (const ToolError& error) {
         // A fault of the moment may pass; a table that is gone or a row that can't be reached will not.
-        if (error.status == 0 || !FindStatus(error.status).mayPass) {
+        if (error.status == 0 || error.code == ExitCode::Refused || !FindStatus(error.status).mayPass) {
             throw;
         }
         return error.what();
@@ -100,14 +92,14 @@ std::string Scanner::Attempt(ReadingWay way, const RowPlan::Pass& pass, Readings
 std::string Scanner::Recognise(const RowPlan::Pass& pass, Readings& readings)
 {
     if (reader != nullptr) {
-        reader->PrepareRecognition();
+        reader->PrepareRecognition(plan->Rows()[pass.row].speed);
     }
     std::vector<Session::Spectrum> spectra = session.Scan(pass.start, pass.end);
     if (pass.reversed) {
         std::reverse(spectra.begin(), spectra.end());
     }
     std::string fault = check.Fault(pass.row, spectra);
-    if (fault.empty() && reader != nullptr) {
+    if (fault.empty()) {
         fault = check.Doubt(pass.row, spectra);
     }
     if (fault.empty()) {

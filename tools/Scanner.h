@@ -12,6 +12,7 @@
 #include "tools/RowPlan.h"
 #include "tools/RowReader.h"
 #include "tools/ScanListener.h"
+#include "tools/ScanPlan.h"
 #include "tools/Session.h"
 
 namespace J4Tool {
@@ -22,21 +23,24 @@ public:
         double margin = J4Chart::ScanMotion::UsualMargin;  ///< bare paper before and behind a row, mm
         int retries = 2;                                   ///< how often a failed row is tried again
         bool bothWays = true;
-        bool spotsOnly = false;  ///< measure every patch singly
     };
 
     Scanner(Session& session, const ChartLayout& layout, const Settings& settings, ScanListener& listener)
         : session(session), layout(layout), settings(settings), listener(listener), check(layout)
     {}
 
-    /// Reads the rows that the instrument's own recognition can't tell; without it they fail.
-    RowReader* reader = nullptr;
+    /// Reads rows in other ways than by recognition, as the plan says; without it all rows are recognised.
+    void UseReader(RowReader& rowReader, const ScanPlan& scanPlan)
+    {
+        reader = &rowReader;
+        plan = &scanPlan;
+    }
 
     /// Is asked before each travel: true ends the scan.
     std::function<bool()> stop = [] { return false; };
 
-    /// Is called after each good row, with what is measured so far.
-    std::function<void()> keep = [] {};
+    /// Is called after each good row, with its number; its patches are in the measurements then.
+    std::function<void(size_t row)> keep = [](size_t) {};
 
     /// Scans the rows that are open, from where the arm stands.
     /// @return the rows that failed in every attempt
@@ -65,6 +69,8 @@ private:
     Settings settings;
     ScanListener& listener;
     RowCheck check;
+    RowReader* reader = nullptr;
+    const ScanPlan* plan = nullptr;
 };
 
 }  // namespace J4Tool

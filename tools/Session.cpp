@@ -1,7 +1,9 @@
 #include "tools/Session.h"
 
+#include <regex>
 #include <sstream>
 
+#include "tools/Interrupt.h"
 #include "tools/StatusTable.h"
 #include "tools/ToolError.h"
 
@@ -30,10 +32,21 @@ std::string PlaceText(Point place)
     return text.str();
 }
 
+/// Without the names of types and of C++ functions, which the library's texts may hold.
+std::string PlainWords(const std::string& message)
+{
+    static const std::regex conversion("lexical_cast\\(\\): fail to convert '([^]*)' from [^ ]* to [^ \\n]*");
+    static const std::regex typeName("(^|[ \\n])N[0-9][A-Za-z0-9_]*E(?=$|[ \\n])");
+    std::string text = std::regex_replace(message, conversion, "'$1' is not a value that it takes");
+    text = std::regex_replace(text, typeName, "");
+    const size_t end = text.find_last_not_of(" \n");
+    return text.substr(0, end == std::string::npos ? 0 : end + 1);
+}
+
 ToolError TableError(const std::string& what, int32_t status, const std::string& message)
 {
     const StatusEntry& entry = FindStatus(status);
-    return ToolError(entry.exitCode, what + " failed: " + message, entry.advice, status);
+    return ToolError(entry.exitCode, what + " failed: " + PlainWords(message), entry.advice, status);
 }
 
 }  // namespace
@@ -73,8 +86,16 @@ void Session::RequireInstrumentLibrary()
 
 void Session::SetOption(const std::string& key, const std::string& value)
 {
-    Check("setting the option " + key + " to '" + value + "'",
-          [&] { return functions.SetOption(key.c_str(), value.c_str()); });
+    try {
+        Check("setting the option " + key + " to '" + value + "'",
+              [&] { return functions.SetOption(key.c_str(), value.c_str()); });
+    } catch (ToolError& error) {
+        if (error.code == ExitCode::Device) {
+            error.code = ExitCode::Refused;
+            error.advice = "Check key and value; docs/options.md lists what each option takes.";
+        }
+        throw;
+    }
 }
 
 std::string Session::GetOption(const std::string& key)
@@ -103,18 +124,21 @@ void Session::Connect()
 void Session::GoHome()
 {
     Connect();
+    Interrupt::Check();
     Check("going to the white tile", [this] { return functions.GoToHomePosition(); });
 }
 
 void Session::Calibrate()
 {
     GoHome();
+    Interrupt::Check();
     Check("calibrating", [this] { return functions.Calibrate(); });
 }
 
 void Session::Move(Point target)
 {
     Connect();
+    Interrupt::Check();
     Check("moving to " + PlaceText(target),
           [&] { return functions.SetPosition(static_cast<float>(target.x), static_cast<float>(target.y)); });
 }
@@ -130,6 +154,7 @@ Point Session::Position()
 
 std::vector<Session::Spectrum> Session::Scan(Point start, Point end)
 {
+    Interrupt::Check();
     Check("scanning from " + PlaceText(start) + " to " + PlaceText(end), [&] {
         return functions.Scan(static_cast<float>(start.x), static_cast<float>(start.y), static_cast<float>(end.x),
                               static_cast<float>(end.y));

@@ -1,5 +1,5 @@
 // The table as the commands see it: every call of the library with its failure turned into a ToolError, lengths in
-// millimetres, and the table let go at the end.
+// millimetres, and the table let go at the end. No motion begins once the program was asked to end.
 #pragma once
 
 #include <functional>

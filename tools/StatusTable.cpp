@@ -19,7 +19,7 @@ constexpr StatusEntry Entries[] = {
     {J4_ResultException, "J4_ResultException", "Read the text of the failure; try again with the table homed.",
      ExitCode::Device, true},
     {J4_ResultResourceFault, "J4_ResultResourceFault",
-     "Check key, value and speed; docs/options.md lists what each option takes.", ExitCode::Device, false},
+     "Check key, value and speed; docs/options.md lists what each option takes.", ExitCode::Refused, false},
     {J4_ResultSpectrophotometerNotConnected, "J4_ResultSpectrophotometerNotConnected",
      "Seat the instrument in the table and connect its USB cable.", ExitCode::NotConnected, false},
     {J4_ResultPositionNotReached, "J4_ResultPositionNotReached",

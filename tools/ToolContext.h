@@ -12,6 +12,10 @@
 
 namespace J4Tool {
 
+/// Refuses speeds and delays of which the library would send another value than the one that was given.
+/// @throws ToolError
+void RequireSendable(const std::string& key, const std::string& value);
+
 class ToolContext {
 public:
     bool isVirtual = false;

@@ -9,6 +9,7 @@
 
 #include "tools/ExitCode.h"
 #include "tools/Json.h"
+#include "tools/OutputFile.h"
 #include "tools/StatusTable.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
@@ -94,6 +95,21 @@ void Report(const ToolError& error, bool json)
     }
 }
 
+/// A failure of the parser's. Before it has read "--json", which may be what comes behind the fault, only the words
+/// themselves tell.
+int EndParsing(const CLI::ParseError& error, const CLI::App& app, const std::vector<std::string>& words)
+{
+    if (error.get_exit_code() == 0) {
+        return app.exit(error);
+    }
+    if (std::find(words.begin(), words.end(), "--json") != words.end()) {
+        Report(ToolError(ExitCode::Usage, error.what(), "See 'j4tavla --help'."), true);
+    } else {
+        app.exit(error);
+    }
+    return static_cast<int>(ExitCode::Usage);
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -109,16 +125,23 @@ int main(int argc, char** argv)
     AddSharedOptions(app, context);
     AddInfoCommand(app, context);
     AddScanCommand(app, context);
+    AddAlignCommand(app, context);
     AddSpotCommand(app, context);
     AddMotionCommands(app, context);
     AddOptionCommands(app, context);
     AddWhitebaseCommand(app, context);
     AddReportCommand(app, context);
+    const std::vector<std::string> words = Arguments(argc, argv, app);
     try {
-        app.parse(Arguments(argc, argv, app));
+        try {
+            app.parse(std::vector<std::string>(words));
+        } catch (const CLI::ParseError& error) {
+            const int code = EndParsing(error, app, words);
+            FlushStandardOutput();
+            return code;
+        }
+        FlushStandardOutput();
         return static_cast<int>(ExitCode::Done);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? static_cast<int>(ExitCode::Done) : static_cast<int>(ExitCode::Usage);
     } catch (const ToolError& error) {
         Report(error, context.json);
         return static_cast<int>(error.code);

@@ -4,6 +4,8 @@
 #include <array>
 #include <cctype>
 #include <fstream>
+#include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -240,7 +242,8 @@ std::string ValueText(const std::string& text)
     return isName || ParseNumber(text, number) ? text : Quoted(text);
 }
 
-void WriteTable(const CgatsTable& table, std::ostream& output)
+/// @param sets  how many rows will follow; nothing where that is not known yet
+void WriteHead(const CgatsTable& table, std::optional<size_t> sets, std::ostream& output)
 {
     output << (table.kind.empty() ? "CGATS.17" : table.kind) << "\n";
     for (const CgatsTable::Keyword& keyword : table.keywords) {
@@ -256,14 +259,11 @@ void WriteTable(const CgatsTable& table, std::ostream& output)
     for (size_t i = 0; i < table.fields.size(); ++i) {
         output << (i > 0 ? "\t" : "") << table.fields[i];
     }
-    output << "\nEND_DATA_FORMAT\nNUMBER_OF_SETS " << table.rows.size() << "\nBEGIN_DATA\n";
-    for (const CgatsTable::Row& row : table.rows) {
-        for (size_t i = 0; i < row.values.size(); ++i) {
-            output << (i > 0 ? "\t" : "") << ValueText(row.values[i]);
-        }
-        output << "\n";
+    output << "\nEND_DATA_FORMAT\n";
+    if (sets) {
+        output << "NUMBER_OF_SETS " << *sets << "\n";
     }
-    output << "END_DATA\n";
+    output << "BEGIN_DATA\n";
 }
 
 }  // namespace
@@ -284,11 +284,31 @@ CgatsFile CgatsFile::Read(const std::string& fileName)
     return Read(input);
 }
 
+std::string CgatsFile::HeadText(const CgatsTable& table)
+{
+    std::ostringstream text;
+    WriteHead(table, std::nullopt, text);
+    return text.str();
+}
+
+std::string CgatsFile::RowText(const CgatsTable::Row& row)
+{
+    std::string text;
+    for (const std::string& value : row.values) {
+        text += (text.empty() ? "" : "\t") + ValueText(value);
+    }
+    return text + "\n";
+}
+
 void CgatsFile::Write(std::ostream& output) const
 {
     for (size_t i = 0; i < tables.size(); ++i) {
         output << (i > 0 ? "\n" : "");
-        WriteTable(tables[i], output);
+        WriteHead(tables[i], tables[i].rows.size(), output);
+        for (const CgatsTable::Row& row : tables[i].rows) {
+            output << RowText(row);
+        }
+        output << "END_DATA\n";
     }
 }
 

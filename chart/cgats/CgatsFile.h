@@ -26,6 +26,14 @@ public:
     /// @throws std::invalid_argument for a text that no quotes can hold
     void Write(std::ostream& output) const;
 
+    /// A table up to BEGIN_DATA, without the number of sets, for a file that grows row by row.
+    /// @throws std::invalid_argument as Write()
+    static std::string HeadText(const CgatsTable& table);
+
+    /// One row as it stands in a file, with the end of its line.
+    /// @throws std::invalid_argument as Write()
+    static std::string RowText(const CgatsTable::Row& row);
+
     const std::vector<CgatsTable>& Tables() const { return tables; }
     void Add(CgatsTable table) { tables.push_back(std::move(table)); }
 

@@ -33,6 +33,13 @@ double LabFunction(double ratio)
     return ratio > delta * delta * delta ? std::cbrt(ratio) : ratio / (3.0 * delta * delta) + 4.0 / 29.0;
 }
 
+/// The inverse of LabFunction().
+double RatioOf(double f)
+{
+    constexpr double delta = 6.0 / 29.0;
+    return f > delta ? f * f * f : 3.0 * delta * delta * (f - 4.0 / 29.0);
+}
+
 constexpr double Radians(double degrees) { return degrees * std::numbers::pi / 180.0; }
 
 /// Hue angle in degrees, 0 up to 360; 0 for a grey.
@@ -74,6 +81,12 @@ Triple LabOfTristimulus(const Triple& values)
     const double y = LabFunction(values[1] / White()[1]);
     const double z = LabFunction(values[2] / White()[2]);
     return {116.0 * y - 16.0, 500.0 * (x - y), 200.0 * (y - z)};
+}
+
+Triple TristimulusOfLab(const Triple& lab, const Triple& white)
+{
+    const double y = (lab[0] + 16.0) / 116.0;
+    return {white[0] * RatioOf(y + lab[1] / 500.0), white[1] * RatioOf(y), white[2] * RatioOf(y - lab[2] / 200.0)};
 }
 
 Triple Lab(const Spectrum& reflectance) { return LabOfTristimulus(TristimulusValues(reflectance)); }

@@ -19,6 +19,9 @@ const Triple& White();
 /// L*, a*, b* (CIE 15) of tristimulus values, relative to White().
 Triple LabOfTristimulus(const Triple& values);
 
+/// The inverse of it, relative to a white (CIE 15).
+Triple TristimulusOfLab(const Triple& lab, const Triple& white);
+
 /// L*, a*, b* (CIE 15) relative to the perfect diffuser under D50.
 Triple Lab(const Spectrum& reflectance);
 

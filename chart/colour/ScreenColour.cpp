@@ -36,13 +36,6 @@ Triple Apply(const Matrix& matrix, const Triple& vector)
     return result;
 }
 
-/// CIE 15: the inverse of the cube root with its straight piece near black.
-double RatioOf(double f)
-{
-    constexpr double delta = 6.0 / 29.0;
-    return f > delta ? f * f * f : 3.0 * delta * delta * (f - 4.0 / 29.0);
-}
-
 /// IEC 61966-2-1: the transfer curve, as a code value of 8 bits.
 int CodeValue(double linear)
 {
@@ -55,9 +48,7 @@ int CodeValue(double linear)
 
 ScreenColour ScreenColourOf(const Triple& lab)
 {
-    const double y = (lab[0] + 16.0) / 116.0;
-    const Triple xyz = {whiteD50[0] * RatioOf(y + lab[1] / 500.0), whiteD50[1] * RatioOf(y),
-                        whiteD50[2] * RatioOf(y - lab[2] / 200.0)};
+    const Triple xyz = Colorimetry::TristimulusOfLab(lab, whiteD50);
     ScreenColour colour{"#", true};
     for (const double channel : Apply(toLinear, Apply(fromD50ToD65, xyz))) {
         const int value = CodeValue(channel);

@@ -91,7 +91,10 @@ TableFunctions ScriptedTable::Functions()
 
 class Ear : public ScanListener {
 public:
+    void Step(const std::string&) override {}
+    void Notice(const std::string&) override {}
     void Started(const ScanState&) override {}
+    void RowBegins(const ScanState&, size_t, ReadingWay) override {}
     void RowDone(const ScanState& state, size_t) override { last = state; }
     void RowFailed(const ScanState&, size_t row, int attempt, const std::string& reason, bool again) override
     {
@@ -185,9 +188,10 @@ TEST_F(ScannerTest, AnInterruptionEndsTheRowInHand)
 
 TEST_F(ScannerTest, WhateverEndsAScanItsRowsAreKeptAndTheTableIsLetGo)
 {
-    const ChartScan::Files files("scanner_test.cgats", MeasurementFile::Form::Cgats);
+    const ChartScan::Files files{OutputFile("scanner_test.cgats", true, {}), MeasurementFile::Form::Cgats,
+                                 "scanner_test.cgats.partial"};
     std::FILE* const nowhere = std::tmpfile();
-    Progress progress(nowhere, true);
+    Progress progress(nowhere, Progress::Form::Json);
     session.Connect();
     table.events = {{}, {0, [](auto&) { throw std::bad_alloc(); }}};
     EXPECT_THROW(ChartScan(session, layout, {}, {}, files, progress).Run(), std::bad_alloc);

@@ -7,6 +7,7 @@ usage: tool_test.py PROGRAM FOLDER [--sanitized] [TEST...]
 import json
 import os
 import re
+import select
 import shutil
 import signal
 import subprocess
@@ -28,7 +29,7 @@ else:
     import resource
     RUNNER, LIBRARY_NAME = [], "lib{}.so"
 SAMPLES = "/usr/share/colord/ref/CIE-TCS.sp"
-DONE, USAGE, FILE, LIBRARY, NOT_CONNECTED, CALIBRATION, POSITION, DEVICE, CHECK, NOT_CONFIRMED = 0, *range(2, 11)
+DONE, USAGE, FILE, LIBRARY, NOT_CONNECTED, CALIBRATION, POSITION, DEVICE, CHECK, NOT_CONFIRMED, REFUSED = 0, *range(2, 12)
 INTERRUPTED = 130
 
 
@@ -87,6 +88,8 @@ def at_terminal(arguments, answers=()):
     shown = b""
     answers = list(answers)
     while True:
+        if not select.select([terminal], [], [], 120)[0]:
+            os.kill(process, signal.SIGKILL)  # it waits for what nobody will press
         try:
             part = os.read(terminal, 4096)
         except OSError:
@@ -124,6 +127,10 @@ class ToolTest(unittest.TestCase):
                 ("info --virtual", "Table's serial number         640001"),
                 ("--virtual info --json", '"instrumentModes":["SingleReflectance","ScanningReflectance"'),
                 ("--virtual info --json --unit inch", '"xMax":31.49'),
+                ("--virtual info --json", '"tableSerial":"640001"'),
+                ("--virtual calibrate --json", '"instrumentSerial":"240118","tileDifference":'),
+                ("--virtual scan chart.cgats --dry-run", "row 4, 10 patches: by recognition at 160 mm/s"),
+                ("--virtual scan chart.cgats --dry-run --spots --json", '"way":"SPOT","speed":null'),
                 ("--virtual home", "x 100.0 mm, y 80.0 mm"),
                 ("--virtual move 254 254 --unit mm", "x 254.0 mm, y 254.0 mm"),
                 ("--virtual move 10 10 --unit inch", "x 10.000 inch, y 10.000 inch"),
@@ -144,10 +151,18 @@ class ToolTest(unittest.TestCase):
     def test_ends_with_a_code_for_each_kind_of_failure(self):
         head = b"CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID X\nEND_DATA_FORMAT\nBEGIN_DATA\n"
         write("broken.cgats", head + b"a 1 2\nEND_DATA\n")
-        write("far.cgats", head.replace(b" X", b" LAB_L LAB_A LAB_B") + b"R1C1 1e200 0 0\nEND_DATA\n")
+        write("colour.cgats", head.replace(b" X", b" LAB_L LAB_A LAB_B") + b"R1C1 1e200 0 0\nEND_DATA\n")
         write("latin1.cgats", head + b"a \xe4\nEND_DATA\n")
+        write("old.cgats", "old")
+        place = "LAYOUT_COLUMNS 5\nLAYOUT_START 200 200\nPATCH_SIZE "
+        for name, size, patches in (("small", "4 8", "a b c d e"), ("twice", "8 8", "a b c d a"),
+                                    ("over", "8 8\nPATCH_GAP -2 0", "a b c d e"), ("far", "200 8", "a b c d e")):
+            write(f"{name}.cgats", "CGATS.17\n" + place + size + "\nBEGIN_DATA_FORMAT\nSAMPLE_ID\nEND_DATA_FORMAT\n"
+                  "BEGIN_DATA\n" + patches.replace(" ", "\n") + "\nEND_DATA\n")
+        os.mkdir("folder")
         before = sorted(os.listdir())
         scan = "--virtual scan chart.cgats -o m.cgats "
+        layout = "--virtual --chart chart.cgats scan -o m.cgats "
         for arguments, code, complaint in (
                 ("", USAGE, "subcommand is required"),
                 ("fly", USAGE, ""),
@@ -161,7 +176,7 @@ class ToolTest(unittest.TestCase):
                 ("--virtual scan chart.cgats -o missing/m.cgats", FILE, "writing 'missing/m.cgats' failed"),
                 ("--virtual whitebase --write broken.cgats --yes", FILE, "line 6: 3 values instead of 2"),
                 ("report broken.cgats -o r.html", FILE, "broken.cgats: line 6: 3 values instead of 2"),
-                ("report chart.cgats --reference far.cgats -o r.html", FILE, "line 6: LAB_L '1e200' is not a colour"),
+                ("report chart.cgats --reference colour.cgats -o r.html", FILE, "line 6: LAB_L '1e200' is not a colour"),
                 ("info --library missing.so", LIBRARY, "was not found"),
                 ("--virtual info --option Simulator.TableUnplugged=yes", NOT_CONNECTED, "J4_ResultDeviceNotConnected"),
                 ("--virtual home --option Simulator.SeatedInstrument=none", NOT_CONNECTED, "status 100"),
@@ -169,10 +184,22 @@ class ToolTest(unittest.TestCase):
                 ("--virtual move 2000 0", POSITION, "status 102 (J4_ResultIllegalPosition)"),
                 ("--virtual home --option Simulator.TableBusy=yes", DEVICE, "status"),
                 ("--virtual get NoSuchOption", DEVICE, "no such option"),
-                ("--virtual set J4TScanSpeed fast", DEVICE, "setting the option J4TScanSpeed to 'fast' failed"),
-                (scan + "--margin 300", POSITION, "--margin"),
+                ("--virtual set J4TScanSpeed fast", REFUSED, "failed: 'fast' is not a value that it takes\n"),
+                (scan + "--margin 300", POSITION, "row 1 can't be measured: with its margin of 300 mm x -125 mm lies before"),
+                (layout + "far.cgats", POSITION, "row 1 can't be measured: patch e: x 1000 mm lies beyond the work area, which ends at 800 mm"),
+                (layout + "small.cgats", FILE, "patch a is 4 mm long or wide"),
+                (layout + "twice.cgats", FILE, "line 13: patch a has the name of the patch of line 9"),
+                (layout + "over.cgats", FILE, "line 11: patch b overlaps patch a"),
+                (scan + "--patch inf,5", USAGE, "'inf' is no number"),
+                ("--virtual move nan 0", USAGE, "'nan' is no number"),
+                ("--virtual scan chart.cgats -o old.cgats", FILE, "--force"),
+                ("--virtual scan chart.cgats -o folder --force", FILE, "is a folder and is not replaced"),
+                ("--virtual scan chart.cgats -o chart.cgats --force", USAGE, "is read by this command"),
+                ("report old.cgats -o old.cgats --force", USAGE, "is read by this command"),
+                ("--virtual whitebase --save folder --force", FILE, "is a folder"),
+                ("--virtual info --option J4TScanDelay=70000", USAGE, "can't take 70000"),
                 (scan + "--option J4TScanSpeed=9999", USAGE, "--speed"),
-                (scan + "--speed 9999", DEVICE, "J4_ResultResourceFault"),
+                (scan + "--speed 9999", REFUSED, "J4_ResultResourceFault"),
                 (scan + "--corners", NOT_CONFIRMED, "nobody is at the")):
             with self.subTest(arguments):
                 run = tool(arguments)
@@ -180,7 +207,8 @@ class ToolTest(unittest.TestCase):
                 self.assertIn(complaint, run.stderr)
         for arguments, members in (
                 ("--virtual move 2000 0", {"exitCode": 7, "status": 102, "statusName": "J4_ResultIllegalPosition"}),
-                ("--virtual scan latin1.cgats -o m.cgats", {"exitCode": 3})):
+                ("--virtual scan latin1.cgats -o m.cgats", {"exitCode": 3}),
+                ("fly", {"exitCode": 2})):
             run = tool(arguments + " --json")
             self.assertLessEqual(members.items(), json.loads(run.stderr.encode("utf-8", "strict")).items())
         self.assertEqual(sorted(os.listdir()), before)
@@ -190,13 +218,13 @@ class ToolTest(unittest.TestCase):
         with open("samples.cgats", "wb") as file:
             subprocess.run([os.path.join(ROOT, "scripts", "make_tcs_chart.sh"), SAMPLES], stdout=file, check=True)
         for place in ("--patch 25,25 --gap 4,4 --start 220,250", "--corners 220,250,336,250,220,308"):
-            run = tool(f"--virtual --chart samples.cgats scan {SAMPLES} -o m.cgats --columns 5 {place}")
+            run = tool(f"--virtual --chart samples.cgats scan {SAMPLES} -o m.cgats --force --columns 5 {place}")
             self.assertEqual(run.returncode, DONE, run.stderr)
             self.assert_measured("m.cgats", "samples.cgats")
 
     def test_scans_a_thousand_patches_in_little_memory(self):
         write("large.cgats", chart(25, 40))
-        run = tool("scan --virtual large.cgats -o m.cgats")
+        run = tool("scan --virtual large.cgats -o m.cgats --json")
         self.assertEqual(run.returncode, DONE, run.stderr)
         self.assertIn('{"event":"start","rowsDone":0,"rows":25,"patchesDone":0,"patches":1000}', run.stdout)
         self.assertIn('"patchesDone":1000,"patches":1000,"result":"done","file":"m.cgats"', run.stdout)
@@ -208,7 +236,7 @@ class ToolTest(unittest.TestCase):
         # The layout has two rows in the wrong order: what is read there fits the other row.
         write("layout.cgats", chart(4, 10, [0, 2, 1, 3]))
         scan = "scan layout.cgats -o m.cgats --virtual --chart "
-        run = tool(scan + "chart.cgats --retries 1")
+        run = tool(scan + "chart.cgats --retries 1 --json")
         self.assertEqual(run.returncode, CHECK, run.stderr)
         self.assertIn('"event":"retry"', run.stdout)
         self.assertRegex(run.stdout, r'"row":2,"attempt":2,"reason":"row 3 was read instead"')
@@ -217,7 +245,7 @@ class ToolTest(unittest.TestCase):
 
         run = tool(scan + "chart.cgats")
         self.assertEqual(run.returncode, FILE, "an earlier scan must not be lost without a word")
-        run = tool(scan + "layout.cgats --resume")
+        run = tool(scan + "layout.cgats --resume --json")
         self.assertEqual(run.returncode, DONE, run.stderr)
         self.assertIn('"event":"start","rowsDone":2,"rows":4,"patchesDone":20', run.stdout)
         self.assert_measured("m.cgats", "layout.cgats")
@@ -272,10 +300,13 @@ class ToolTest(unittest.TestCase):
             write(name, "old")
         before = sorted(os.listdir())
         scan = "--virtual scan chart.cgats -o m.cgats "
-        self.assertNotEqual(tool(scan + "--option Simulator.PositionNotReached=yes").returncode, DONE)
+        self.assertNotEqual(tool(scan + "--force --option Simulator.PositionNotReached=yes").returncode, DONE)
         self.assertEqual(content_of("m.cgats"), "old")
-        self.assertEqual(tool(scan).returncode, DONE)
+        self.assertEqual(tool(scan + "--force").returncode, DONE)
         self.assert_measured("m.cgats", "chart.cgats")
+        write("piped.cgats", tool(scan.replace("m.cgats", "-")).stdout)
+        self.assert_measured("piped.cgats", "chart.cgats")
+        os.remove("piped.cgats")
         self.assertEqual(content_of("m.cgats.tmp") + content_of("m.cgats.1.tmp"), "oldold")
         self.assertEqual(sorted(os.listdir()), before)
 
@@ -334,32 +365,62 @@ class TerminalTest(unittest.TestCase):
     setUp = ToolTest.setUp
     assert_measured = ToolTest.assert_measured
 
-    def scan_until_row(self, end):
-        """A scan slow enough to be ended behind its second row. @return exit code and the rest of the output"""
-        with subprocess.Popen([PROGRAM] + "scan --virtual chart.cgats -o m.cgats --option Simulator.TimeScale=0.2".split(),
+    def scan_until_row(self, end, row):
+        """A scan slow enough to be ended behind a row; "pipe" ends it by nobody listening any longer.
+        @return exit code and the rest of the output"""
+        with subprocess.Popen([PROGRAM] + ("scan --virtual chart.cgats -o m.cgats --json --option "
+                                           "Simulator.TimeScale=0.2").split(),
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True) as scan:
             for line in scan.stdout:
-                if '"event":"row","rowsDone":2' in line:
-                    scan.send_signal(end)
+                if f'"event":"row","rowsDone":{row}' in line:
                     break
+            if end == "pipe":
+                scan.stdout.close()
+                return scan.wait(), ""
+            scan.send_signal(end)
             rest = scan.communicate()[0]
         return scan.returncode, rest
 
-    def test_ctrl_c_keeps_what_was_measured_and_resume_goes_on(self):
-        code, rest = self.scan_until_row(signal.SIGINT)
-        self.assertEqual(code, INTERRUPTED)
-        self.assertIn('"result":"interrupted","file":"m.cgats.partial"', rest)
-        self.assertFalse(os.path.exists("m.cgats"))
-        kept = len(spectra("m.cgats.partial"))
-        self.assertIn(kept, (20, 30), "whole rows: the row in hand is ended")
-        run = tool("--virtual scan chart.cgats -o m.cgats --resume")
-        self.assertEqual(run.returncode, DONE, run.stderr)
-        self.assertIn(f'"event":"start","rowsDone":{kept // 10},"rows":4', run.stdout)
-        self.assert_measured("m.cgats", "chart.cgats")
+    def test_whatever_ends_a_scan_its_rows_are_kept_and_a_resume_goes_on(self):
+        for end, row in ((signal.SIGINT, 1), (signal.SIGINT, 2), (signal.SIGHUP, 3), (signal.SIGTERM, 2), ("pipe", 2),
+                         (signal.SIGKILL, 1), (signal.SIGKILL, 2), (signal.SIGKILL, 3)):
+            with self.subTest(end=end, row=row):
+                code, rest = self.scan_until_row(end, row)
+                if end == signal.SIGKILL:
+                    self.assertEqual(code, -signal.SIGKILL)
+                    # The machine may go down within a write, too.
+                    write("m.cgats.partial", content_of("m.cgats.partial") + "41\tR5")
+                else:
+                    self.assertEqual(code, INTERRUPTED)
+                    kept = len(spectra("m.cgats.partial")) // 10
+                    self.assertIn(kept, (row, row + 1), "whole rows: the row in hand is ended")
+                    self.assertTrue(end == "pipe" or '"result":"interrupted","file":"m.cgats.partial"' in rest, rest)
+                self.assertFalse(os.path.exists("m.cgats"))
+                run = tool("--virtual scan chart.cgats -o m.cgats --resume --json")
+                self.assertEqual(run.returncode, DONE, run.stderr)
+                done = int(re.search(r'"event":"start","rowsDone":(\d)', run.stdout)[1])
+                self.assertIn(done, (row, row + 1))
+                self.assert_measured("m.cgats", "chart.cgats")
+                self.assertEqual(sorted(os.listdir()), ["chart.cgats", "m.cgats"])
+                os.remove("m.cgats")
 
-    def test_a_killed_scan_leaves_no_half_file(self):
-        self.assertEqual(self.scan_until_row(signal.SIGKILL)[0], -signal.SIGKILL)
-        self.assertEqual(os.listdir(), ["chart.cgats"])
+    def test_a_full_disk_keeps_the_rows_that_fitted(self):
+        def little_room():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (12000, 12000))
+
+        scan = "--virtual scan chart.cgats -o m.cgats "
+        run = tool(scan, preexec_fn=little_room)
+        self.assertEqual(run.returncode, FILE, run.stderr)
+        self.assertIn("the scan goes on, and the next row tries again", run.stdout)
+        self.assertIn("with --resume only the file is written", run.stderr)
+        run = tool(scan + "--resume --json")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        self.assertRegex(run.stdout, '"event":"start","rowsDone":[1-3],')
+        self.assert_measured("m.cgats", "chart.cgats")
+        with open("/dev/full", "w", encoding="utf-8") as full:
+            self.assertEqual(subprocess.run([PROGRAM, "--virtual", "info"], stdout=full, stderr=subprocess.DEVNULL,
+                                            check=False).returncode, FILE)
 
     def test_progress_at_a_terminal(self):
         code, shown = at_terminal("scan --virtual chart.cgats -o m.cgats")
@@ -376,13 +437,21 @@ class TerminalTest(unittest.TestCase):
             self.assertEqual(code, ends[0], shown)
             self.assertIn(ends[1], shown)
 
-    def test_corners_are_asked_for_one_by_one(self):
-        answers = [(f"patch {name} and press Enter.", "\n") for name in ("R1C1", "R1C10", "R4C1")]
-        code, shown = at_terminal("scan chart.cgats -o m.cgats --virtual --corners", answers)
-        # Nobody moves the virtual arm by hand: all three places are the same.
+    def test_corners_are_taken_with_the_arrow_keys(self):
+        up, down, right, left = (lambda count, arrow=arrow: ("\x1b[" + arrow) * count for arrow in "ABCD")
+        fine_right, fine_down = (lambda count, arrow=arrow: ("\x1b[1;2" + arrow) * count for arrow in "CB")
+        # The visor is at about 152.4 / 105 when the sensor is at home; the patches are at 180 to 279 / 160 to 187.
+        keys = [right(5) + fine_right(13) + down(11) + "\r", right(19) + fine_right(20) + "\r",
+                left(20) + fine_right(5) + down(5) + fine_down(10) + "\r"]
+        code, shown = at_terminal("scan chart.cgats -o m.cgats --virtual --corners",
+                                  [("mm", press) for press in keys])
+        self.assertEqual(code, DONE, shown)
+        self.assert_measured("m.cgats", "chart.cgats")
+
+        code, shown = at_terminal("scan chart.cgats -o n.cgats --virtual --corners", [("mm", up(60) + "\r\r\r")])
         self.assertEqual(code, USAGE, shown)
+        self.assertIn("Invalid", shown, "the limit is told, and the arm stays")
         self.assertIn("the three corners lie in one line", shown)
-        self.assertIn("R4C1 at ", shown)
 
 
 if __name__ == "__main__":

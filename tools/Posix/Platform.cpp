@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
+#include <cstring>
 
 namespace J4Tool::Platform {
 
@@ -28,6 +30,50 @@ int TerminalWidth()
     winsize size{};
     return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
+
+namespace {
+
+void (*endHandler)() = nullptr;
+
+void OnSignal(int)
+{
+    const int error = errno;
+    endHandler();
+    errno = error;
+}
+
+}  // namespace
+
+void OnEndRequest(void (*handler)())
+{
+    endHandler = handler;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+        struct sigaction before = {};
+        sigaction(signal, nullptr, &before);
+        // Who started the program under nohup, or in the background, wants it to go on.
+        if (before.sa_handler == SIG_IGN && signal != SIGPIPE) {
+            continue;
+        }
+        struct sigaction action = {};
+        action.sa_handler = OnSignal;
+        action.sa_flags = SA_RESTART;
+        sigaction(signal, &action, nullptr);
+    }
+}
+
+void WriteNow(const char* text)
+{
+    // Nothing could be done about a failure.
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, std::strlen(text));
+}
+
+std::FILE* OpenToAppend(const std::filesystem::path& file)
+{
+    const int handle = open(file.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NOFOLLOW);
+    return handle < 0 ? nullptr : fdopen(handle, "ab");
+}
+
+bool CutTo(std::FILE* stream, long long length) { return ftruncate(fileno(stream), length) == 0; }
 
 std::FILE* CreateNew(const std::filesystem::path& file)
 {

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <windows.h>
 
+#include <cstring>
 #include <string>
 
 namespace J4Tool::Platform {
@@ -34,6 +35,42 @@ int TerminalWidth()
                ? info.srWindow.Right - info.srWindow.Left + 1
                : 80;
 }
+
+namespace {
+
+void (*endHandler)() = nullptr;
+
+BOOL WINAPI OnConsoleEvent(DWORD event)
+{
+    endHandler();
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+        // Once this returns the system ends the program; the work ends it sooner, and lets the table go.
+        Sleep(INFINITE);
+    }
+    return TRUE;
+}
+
+}  // namespace
+
+void OnEndRequest(void (*handler)())
+{
+    endHandler = handler;
+    SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
+}
+
+void WriteNow(const char* text)
+{
+    DWORD written = 0;
+    WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(std::strlen(text)), &written, nullptr);
+}
+
+std::FILE* OpenToAppend(const std::filesystem::path& file)
+{
+    const int handle = _wopen(file.c_str(), _O_WRONLY | _O_APPEND | _O_BINARY);
+    return handle < 0 ? nullptr : _fdopen(handle, "ab");
+}
+
+bool CutTo(std::FILE* stream, long long length) { return _chsize_s(_fileno(stream), length) == 0; }
 
 std::FILE* CreateNew(const std::filesystem::path& file)
 {

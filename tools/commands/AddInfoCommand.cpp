@@ -16,7 +16,7 @@ struct InfoLine {
     const char* name;   ///< in the JSON object
     const char* label;  ///< for people
     const char* key;
-    enum class Form { Plain, Millimetres, Millimetre10ths, Date, List } form;
+    enum class Form { Plain, Number, Millimetres, Millimetre10ths, Date, List } form;
 };
 
 constexpr InfoLine Lines[] = {
@@ -25,20 +25,20 @@ constexpr InfoLine Lines[] = {
     {"tableSerial", "Table's serial number", "J4TSerialNumber", InfoLine::Form::Plain},
     {"firmware", "Table's firmware", "J4TFirmwareVersion", InfoLine::Form::Plain},
     {"whiteBaseDate", "White base written", "J4TLastWhiteBaseTransferTime", InfoLine::Form::Date},
-    {"maxSpeed", "Highest speed, mm/s", "J4TMaxSpeed", InfoLine::Form::Plain},
+    {"maxSpeed", "Highest speed, mm/s", "J4TMaxSpeed", InfoLine::Form::Number},
     {"xMin", "Work area from x", "J4TFlash_1010", InfoLine::Form::Millimetres},
     {"xMax", "Work area to x", "J4TFlash_1009", InfoLine::Form::Millimetres},
     {"yMin", "Work area from y", "J4TFlash_1012", InfoLine::Form::Millimetres},
     {"yMax", "Work area to y", "J4TFlash_1011", InfoLine::Form::Millimetres},
     {"armLength", "First arm", "J4TFlash_1001", InfoLine::Form::Millimetre10ths},
     {"sensorReach", "Second arm", "J4TFlash_1002", InfoLine::Form::Millimetre10ths},
-    {"homeMovements", "Reference runs in its life", "J4TMetricAbsHomeMovements", InfoLine::Form::Plain},
-    {"movements", "Movements in its life", "J4TMetricAbsMovements", InfoLine::Form::Plain},
-    {"distance", "Distance in its life", "J4TMetricAbsDistance", InfoLine::Form::Plain},
-    {"resets", "Resets in its life", "J4TMetricResets", InfoLine::Form::Plain},
-    {"homeMovementsSinceService", "Reference runs since service", "J4TMetricRelHomeMovements", InfoLine::Form::Plain},
-    {"movementsSinceService", "Movements since service", "J4TMetricRelMovements", InfoLine::Form::Plain},
-    {"distanceSinceService", "Distance since service", "J4TMetricRelDistance", InfoLine::Form::Plain},
+    {"homeMovements", "Reference runs in its life", "J4TMetricAbsHomeMovements", InfoLine::Form::Number},
+    {"movements", "Movements in its life", "J4TMetricAbsMovements", InfoLine::Form::Number},
+    {"distance", "Distance in its life", "J4TMetricAbsDistance", InfoLine::Form::Number},
+    {"resets", "Resets in its life", "J4TMetricResets", InfoLine::Form::Number},
+    {"homeMovementsSinceService", "Reference runs since service", "J4TMetricRelHomeMovements", InfoLine::Form::Number},
+    {"movementsSinceService", "Movements since service", "J4TMetricRelMovements", InfoLine::Form::Number},
+    {"distanceSinceService", "Distance since service", "J4TMetricRelDistance", InfoLine::Form::Number},
     {"instrumentSerial", "Instrument", "J4TJ4SerialNumber", InfoLine::Form::Plain},
     {"instrumentModes", "Instrument's modes", "AvailableMeasurementModes", InfoLine::Form::List},
 };
@@ -84,8 +84,11 @@ void Run(ToolContext& context)
             shown = units.Text(Millimetres(line, value));
             object[line.name] = units.FromMillimetres(Millimetres(line, value));
             break;
-        default:
+        case InfoLine::Form::Number:
             object[line.name] = JsonValue(value);
+            break;
+        case InfoLine::Form::Plain:
+            object[line.name] = value;
         }
         const std::string label = line.label;
         text += label + std::string(label.size() < 30 ? 30 - label.size() : 1, ' ') + shown + "\n";

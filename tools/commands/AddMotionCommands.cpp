@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/Json.h"
-#include "tools/commands/Commands.h"
+#include "tools/commands/ChartArguments.h"
 
 namespace J4Tool {
 
@@ -33,8 +33,8 @@ void AddMotionCommands(CLI::App& app, ToolContext& context)
     const auto arguments = std::make_shared<Arguments>();
 
     CLI::App* move = app.add_subcommand("move", "move the arm to a place");
-    move->add_option("X", arguments->target.x, "place in the unit of --unit")->required();
-    move->add_option("Y", arguments->target.y, "place in the unit of --unit")->required();
+    move->add_option("X", arguments->target.x, "place in the unit of --unit")->required()->check(FiniteNumber());
+    move->add_option("Y", arguments->target.y, "place in the unit of --unit")->required()->check(FiniteNumber());
     move->add_flag("--visor", arguments->visor, "bring the visor there instead of the sensor");
     move->callback([&context, arguments] {
         Session& session = context.Open();

@@ -45,6 +45,7 @@ void AddOptionCommands(CLI::App& app, ToolContext& context)
     set->add_option("KEY", arguments->key, "key of the option")->required();
     set->add_option("VALUE", arguments->value, "its new value")->required();
     set->callback([&context, arguments] {
+        RequireSendable(arguments->key, arguments->value);
         Session& session = context.Open();
         session.SetOption(arguments->key, arguments->value);
         PrintValue(context, arguments->key, session.TryOption(arguments->key));

@@ -4,7 +4,7 @@
 
 #include "chart/colour/Colorimetry.h"
 #include "tools/Json.h"
-#include "tools/commands/Commands.h"
+#include "tools/commands/ChartArguments.h"
 
 namespace J4Tool {
 
@@ -46,8 +46,8 @@ void AddSpotCommand(CLI::App& app, ToolContext& context)
 {
     const auto place = std::make_shared<Point>();
     CLI::App* command = app.add_subcommand("spot", "calibrate, then measure one place: Lab, XYZ and spectrum");
-    command->add_option("X", place->x, "place in the unit of --unit")->required();
-    command->add_option("Y", place->y, "place in the unit of --unit")->required();
+    command->add_option("X", place->x, "place in the unit of --unit")->required()->check(FiniteNumber());
+    command->add_option("Y", place->y, "place in the unit of --unit")->required()->check(FiniteNumber());
     command->callback([&context, place] { Run(context, *place); });
 }
 

@@ -6,6 +6,7 @@
 #include "chart/colour/Spectrum.h"
 #include "tools/DateText.h"
 #include "tools/Json.h"
+#include "tools/OutputFile.h"
 #include "tools/Question.h"
 #include "tools/ToolError.h"
 #include "tools/WhiteBaseFile.h"
@@ -19,6 +20,7 @@ struct Arguments {
     std::string write;
     std::string save;
     bool yes = false;
+    bool force = false;
 };
 
 void Show(ToolContext& context, const Session::Spectrum& whiteBase, const std::string& date)
@@ -42,6 +44,9 @@ void Run(ToolContext& context, const Arguments& arguments)
     Session::Spectrum next{};
     if (!arguments.write.empty()) {
         next = LoadWhiteBase(arguments.write);
+    }
+    if (!arguments.save.empty()) {
+        OutputFile(arguments.save, arguments.force, {arguments.write});
     }
     Session& session = context.Open();
     const Session::Spectrum present = session.WhiteBase();
@@ -73,6 +78,7 @@ void AddWhitebaseCommand(CLI::App& app, ToolContext& context)
     const auto arguments = std::make_shared<Arguments>();
     CLI::App* command = app.add_subcommand("whitebase", "show the reflectance of the white tile that the table holds");
     command->add_option("--save", arguments->save, "save it to this file");
+    command->add_flag("--force", arguments->force, "replace the file of --save if it exists");
     command->add_option("--write", arguments->write,
                         "transfer a new one from this file, after the old one is saved to a dated file in the present "
                         "folder");

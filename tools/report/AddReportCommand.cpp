@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "chart/cgats/CgatsFile.h"
-#include "tools/AtomicFile.h"
 #include "tools/Json.h"
+#include "tools/OutputFile.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
 #include "tools/report/ReportPage.h"
@@ -21,6 +21,7 @@ struct Arguments {
     std::string measured;
     std::string reference;
     std::string output;
+    bool force = false;
 };
 
 ReportData::Source ReadSource(const std::string& fileName)
@@ -61,13 +62,17 @@ void PrintSummary(const ReportData& data, const Arguments& arguments, bool json)
 
 void Run(const Arguments& arguments, bool json)
 {
+    const OutputFile output(arguments.output, arguments.force, {arguments.measured, arguments.reference});
     const ReportData::Source measured = ReadSource(arguments.measured);
     std::optional<ReportData::Source> reference;
     if (!arguments.reference.empty()) {
         reference = ReadSource(arguments.reference);
     }
     const ReportData data(measured, reference ? &*reference : nullptr);
-    WriteAtomically(arguments.output, MakeReportPage(data));
+    output.Write(MakeReportPage(data));
+    if (output.IsStandardOutput()) {
+        return;
+    }
     PrintSummary(data, arguments, json);
 }
 
@@ -86,6 +91,7 @@ void AddReportCommand(CLI::App& app, ToolContext& context)
     report->add_option("-o,--output", arguments->output, "the page, HTML; needs no other file and no network")
         ->type_name("FILE")
         ->required();
+    report->add_flag("--force", arguments->force, "replace FILE if it exists");
     report->callback([&context, arguments] { Run(*arguments, context.json); });
 }
 

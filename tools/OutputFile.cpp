@@ -1,0 +1,81 @@
+#include "tools/OutputFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+#include "tools/AtomicFile.h"
+#include "tools/ToolError.h"
+
+namespace J4Tool {
+
+namespace {
+
+bool IsSameFile(const std::string& first, const std::string& second)
+{
+    std::error_code error;
+    return std::filesystem::equivalent(first, second, error) ||
+           std::filesystem::absolute(first, error).lexically_normal() ==
+               std::filesystem::absolute(second, error).lexically_normal();
+}
+
+}  // namespace
+
+void OutputFile::RequireRegular(const std::string& name)
+{
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::symlink_status(name, error);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        const char* const kind = std::filesystem::is_directory(status) ? "a folder"
+                                 : std::filesystem::is_symlink(status) ? "a link"
+                                                                       : "no regular file";
+        throw ToolError(ExitCode::File, "'" + name + "' is " + kind + " and is not replaced",
+                        "Name a file, or - for standard output.");
+    }
+}
+
+OutputFile::OutputFile(const std::string& name, bool replace, const std::vector<std::string>& inputs) : name(name)
+{
+    if (name.empty()) {
+        throw ToolError(ExitCode::Usage, "the name of the file to write is empty",
+                        "Name a file, or - for standard output.");
+    }
+    if (IsStandardOutput()) {
+        return;
+    }
+    RequireRegular(name);
+    for (const std::string& input : inputs) {
+        if (!input.empty() && IsSameFile(name, input)) {
+            throw ToolError(ExitCode::Usage, "'" + name + "' is read by this command and can't be its output too",
+                            "Name another file to write.");
+        }
+    }
+    std::error_code error;
+    if (!replace && std::filesystem::exists(name, error)) {
+        throw ToolError(ExitCode::File, "'" + name + "' exists", "Name another file, or replace it with --force.");
+    }
+    RequireWritable(name);
+}
+
+void OutputFile::Write(const std::string& content) const
+{
+    if (!IsStandardOutput()) {
+        WriteAtomically(name, content);
+        return;
+    }
+    std::fwrite(content.data(), 1, content.size(), stdout);
+    FlushStandardOutput();
+}
+
+void FlushStandardOutput()
+{
+    errno = 0;
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        const std::error_code reason(errno == 0 ? EIO : errno, std::generic_category());
+        throw ToolError(ExitCode::File, "writing to standard output failed: " + reason.message(),
+                        "Not everything that was to be shown arrived.");
+    }
+}
+
+}  // namespace J4Tool
