@@ -87,7 +87,10 @@ J4Chart::CgatsFile ChartOf(const ChartForm& form)
 /// Holds what failed, for the message of a benchmark that did not measure what it was made for.
 class LastReason : public J4Tool::ScanListener {
 public:
+    void Step(const std::string&) override {}
+    void Notice(const std::string&) override {}
     void Started(const J4Tool::ScanState&) override {}
+    void RowBegins(const J4Tool::ScanState&, size_t, J4Tool::ReadingWay) override {}
     void RowDone(const J4Tool::ScanState&, size_t) override {}
     void RowFailed(const J4Tool::ScanState&, size_t, int, const std::string& why, bool) override { reason = why; }
 
@@ -121,16 +124,19 @@ Figures Read(const ChartForm& form)
     const J4Tool::RowSpeed speed(J4Tool::LineScan(session).IntegrationTime(), 0);
 
     Figures figures;
-    J4Tool::RowReader reader(session, layout, speed);
+    J4Tool::RowReader reader(session, layout);
+    const J4Tool::WorkArea area = J4Tool::WorkArea::Of(session);
     const double begin = now();
-    reader.Expect(J4Tool::ChartFinder(session, layout, speed, [](const std::string&) {}).Look());
+    reader.Expect(J4Tool::ChartFinder(session, layout, area, speed, [](const std::string&) {}).Look());
     figures.look = now() - begin;
 
     LastReason listener;
     J4Tool::Scanner::Settings settings;
-    settings.spotsOnly = form.spotsOnly;
+    J4Tool::ScanPlan::Settings ways;
+    ways.spotsOnly = form.spotsOnly;
+    const J4Tool::ScanPlan plan(layout, area, speed, ways);
     J4Tool::Scanner scanner(session, layout, settings, listener);
-    scanner.reader = &reader;
+    scanner.UseReader(reader, plan);
     J4Tool::Measurements measurements(layout.Patches().size());
     const size_t failed = scanner.Run(measurements).size();
     figures.rows = now() - begin - figures.look;
