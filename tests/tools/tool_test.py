@@ -368,8 +368,8 @@ class TerminalTest(unittest.TestCase):
     def scan_until_row(self, end, row):
         """A scan slow enough to be ended behind a row; "pipe" ends it by nobody listening any longer.
         @return exit code and the rest of the output"""
-        with subprocess.Popen([PROGRAM] + ("scan --virtual chart.cgats -o m.cgats --json --option "
-                                           "Simulator.TimeScale=0.2").split(),
+        with subprocess.Popen([PROGRAM] + ("scan --virtual chart.cgats -o m.cgats --json --trust-place --option "
+                                           "Simulator.TimeScale=0.1").split(),
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True) as scan:
             for line in scan.stdout:
                 if f'"event":"row","rowsDone":{row}' in line:
