@@ -53,6 +53,9 @@ for fact in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT CreateFileA CloseHandle Devic
     GetProcAddress FreeLibrary GetModuleFileNameA; do
     grep -qw "$fact" "$work/headers" || { echo "j4tavla64.dll lacks $fact" >&2; exit 1; }
 done
+version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
+strings -el out/windows/j4tavla64.dll | grep -qx "$version" ||
+    { echo "j4tavla64.dll does not tell the version $version" >&2; exit 1; }
 grep -Eq '^Entry 5 .* 0*[1-9a-f][0-9a-f]* Base Relocation' "$work/headers" ||
     { echo "j4tavla64.dll has no relocations" >&2; exit 1; }
 echo "j4tavla64.dll needs KERNEL32.dll and msvcrt.dll alone; no build path in any library"

@@ -40,16 +40,16 @@ Bytes Packed(const std::string& text)
 
 /// Asks the bridge of the bench's table, unless that has gone.
 template <class Question>
-TableDevice::End Ask(const TableDevice::Traits& traits, Question question)
+UsbEnd Ask(const TableDevice::Traits& traits, Question question)
 {
     const auto table = J4Bench::Bench::Instance().TableAt(traits.table);
     switch (table != nullptr ? question(table->GetBridge()) : Bridge::Status::Removed) {
     case Bridge::Status::Done:
-        return TableDevice::End::Done;
+        return UsbEnd::Done;
     case Bridge::Status::Stalled:
-        return TableDevice::End::Stalled;
+        return UsbEnd::Stalled;
     default:
-        return TableDevice::End::Removed;
+        return UsbEnd::Removed;
     }
 }
 
@@ -74,28 +74,44 @@ Lines TableDevice::TakeRecord()
     return std::exchange(record, {});
 }
 
-UsbFault TableDevice::Begin()
+Bytes TableDevice::Descriptors() const
+{
+    const uint8_t serial = traits.hasSerial ? SerialIndex : 0;
+    return {
+        18, 1, 0x00, 0x02, 0,  0,    0,    64,   0x71, 0x09, 0x04, 0x20, 0x00, 0x06, 1, 2, serial, 1,  // device
+        9,  2, 32,   0,    1,  1,    0,    0xA0, 45,  // configuration 1
+        9,  4, 0,    0,    2,  0xFF, 0xFF, 0xFF, 2,   // interface 0
+        7,  5, 0x81, 2,    64, 0,    0,               // bulk IN
+        7,  5, 0x02, 2,    64, 0,    0,               // bulk OUT
+    };
+}
+
+UsbEnd TableDevice::Other()
 {
     if (isRemoved) {
-        return UsbFault::Removed;
+        return UsbEnd::Gone;
     }
     if (untilFault < 0 || untilFault-- > 0) {
-        return UsbFault::None;
+        return UsbEnd::Done;
     }
-    isRemoved = fault == UsbFault::Removed || fault == UsbFault::RemovedInFlight;
+    isRemoved = fault == UsbEnd::Gone || fault == UsbEnd::Removed;
     return fault;
 }
 
-TableDevice::Reply TableDevice::Control(uint8_t request, uint16_t value)
+UsbEnd TableDevice::Control(uint8_t request, uint16_t value)
 {
-    return {Ask(traits, [&](Bridge& bridge) { return bridge.Control(request, value); })};
+    const UsbEnd end = Other();
+    return end != UsbEnd::Done ? end : Ask(traits, [&](Bridge& bridge) { return bridge.Control(request, value); });
 }
 
-TableDevice::Reply TableDevice::Read(size_t room, UsbFault happening)
+TableDevice::Reply TableDevice::Read(size_t room)
 {
+    Reply reply{Other()};
+    const bool isSilent = reply.end == UsbEnd::Never;
+    if (reply.end != UsbEnd::Done && !isSilent) {
+        return reply;
+    }
     Note("in " + std::to_string(room));
-    const bool isSilent = happening == UsbFault::Silence;
-    Reply reply{isSilent ? End::Never : End::Done};
     if (!deliveries.empty()) {
         reply.data = std::move(deliveries.front());
         deliveries.pop_front();
@@ -107,8 +123,8 @@ TableDevice::Reply TableDevice::Read(size_t room, UsbFault happening)
     if (characters.empty()) {
         Bytes read(room);
         size_t length = room;
-        const End end = Ask(traits, [&](Bridge& bridge) { return bridge.Read(read.data(), length); });
-        if (end != End::Done) {
+        const UsbEnd end = Ask(traits, [&](Bridge& bridge) { return bridge.Read(read.data(), length); });
+        if (end != UsbEnd::Done) {
             return {end};
         }
         read.resize(length);
@@ -120,25 +136,32 @@ TableDevice::Reply TableDevice::Read(size_t room, UsbFault happening)
     return reply;
 }
 
-TableDevice::Reply TableDevice::Write(const std::string& text, UsbFault happening)
+TableDevice::Reply TableDevice::Write(const std::string& text)
 {
-    const bool isSilent = happening == UsbFault::Silence;
+    const UsbEnd fault = Other();
+    if (fault != UsbEnd::Done && fault != UsbEnd::Never) {
+        return {fault};
+    }
+    const bool isSilent = fault == UsbEnd::Never;
     const std::string taken = text.substr(0, isSilent ? faultCharacters : limitOut > 0 ? limitOut : text.size());
     Note("out " + taken.substr(0, taken.find('\r')));
-    const End end = Ask(traits, [&](Bridge& bridge) { return bridge.Write(taken); });
-    return {isSilent ? End::Never : end, {}, taken.size()};
+    const UsbEnd end = Ask(traits, [&](Bridge& bridge) { return bridge.Write(taken); });
+    return {isSilent ? fault : end, {}, taken.size()};
 }
 
 TableDevice::Reply TableDevice::Serial(uint16_t language)
 {
-    if (!traits.hasSerial || (traits.needsLanguage && language == 0)) {
-        return {End::Stalled};
+    UsbEnd end = Other();
+    if (end == UsbEnd::Done && (!traits.hasSerial || (traits.needsLanguage && language == 0))) {
+        end = UsbEnd::Stalled;
     }
-    const auto table = J4Bench::Bench::Instance().TableAt(traits.table);
-    const End end = Ask(traits, [](Bridge& bridge) { return bridge.Probe(); });
-    if (end != End::Done) {
+    if (end == UsbEnd::Done) {
+        end = Ask(traits, [](Bridge& bridge) { return bridge.Probe(); });
+    }
+    if (end != UsbEnd::Done) {
         return {end};
     }
+    const auto table = J4Bench::Bench::Instance().TableAt(traits.table);
     return {end, traits.serial ? *traits.serial : StringDescriptor(table->UsbSerial())};
 }
 

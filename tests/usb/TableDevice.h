@@ -17,13 +17,13 @@ namespace J4Test {
 
 using Bytes = std::vector<uint8_t>;
 
-/// What happens to a request instead of its being answered.
-enum class UsbFault {
-    None,
-    Removed,          ///< the cable is out: the system refuses it
-    RemovedInFlight,  ///< a transfer is accepted, then the cable comes out
-    Stall,            ///< the device refuses it
-    Silence           ///< the transfer never ends by itself; some characters may have gone over before
+/// How a request ends.
+enum class UsbEnd {
+    Done,
+    Stalled,  ///< the device refuses it
+    Gone,     ///< the cable is out: the system refuses it
+    Removed,  ///< it is accepted, then the cable comes out
+    Never     ///< the transfer never ends by itself; some characters may have gone over before
 };
 
 /// The pauses of the library under test take no real time: each passes on the bench.
@@ -42,10 +42,8 @@ public:
         int configuration = 1;             ///< in force when it is plugged in; 0: none yet
     };
 
-    enum class End { Done, Stalled, Removed, Never };
-
     struct Reply {
-        End end = End::Done;
+        UsbEnd end = UsbEnd::Done;
         Bytes data = {};   ///< of an IN transfer
         size_t taken = 0;  ///< bytes of an OUT transfer
     };
@@ -55,15 +53,17 @@ public:
         : traits(traits), settle(std::move(settle))
     {}
 
+    static constexpr uint8_t SerialIndex = 3;  ///< of the string descriptor
+
     const Traits traits;
     bool isRemoved = false;
     size_t limitIn = 0;            ///< an IN transfer has at most so many characters of the line in it; 0: no limit
     size_t limitOut = 0;           ///< of an OUT transfer at most so many characters are taken; 0: no limit
     std::deque<Bytes> deliveries;  ///< what the next IN transfers bring, whatever the table has to say
 
-    /// Does this to one of the next requests, after so many others.
-    /// @param characters  of a silent transfer, how many go over before
-    void Fail(int skip, UsbFault next, size_t characters = 0)
+    /// One of the next requests, after so many others, ends so instead of being answered.
+    /// @param characters  of a transfer that never ends, how many go over before
+    void Fail(int skip, UsbEnd next, size_t characters = 0)
     {
         untilFault = skip;
         fault = next;
@@ -74,18 +74,20 @@ public:
     Lines TakeRecord();
     void Note(const std::string& line) { record.push_back(line); }
 
-    /// For each request that can fail, before it is answered. @return the fault that is due
-    UsbFault Begin();
+    /// Device and configuration descriptor.
+    Bytes Descriptors() const;
 
-    Reply Control(uint8_t request, uint16_t value);
-    Reply Read(size_t room, UsbFault happening);
-    Reply Write(const std::string& text, UsbFault happening);
+    // The requests. Each may be the one that fails.
+    UsbEnd Control(uint8_t request, uint16_t value);
+    Reply Read(size_t room);
+    Reply Write(const std::string& text);
     Reply Serial(uint16_t language);
+    UsbEnd Other();  ///< nothing that the table would notice
 
 private:
     std::function<void()> settle;
     int untilFault = -1;
-    UsbFault fault = UsbFault::None;
+    UsbEnd fault = UsbEnd::Done;
     size_t faultCharacters = 0;
     std::string characters;  ///< of the line, left over from a transfer that ended early
     Lines record;

@@ -103,6 +103,20 @@ TEST_F(TableSessionTest, WithoutATableTheInstrumentMeasures)
     ExpectShortSession("plugged in while the application runs");
 }
 
+TEST_F(TableSessionTest, AFailedStepOfTheOpeningIsNamedAndLeavesNothingBehind)
+{
+    const UsbWords& words = Stand().Words();
+    int step = 0;
+    for (const char* const call : words.opening) {
+        table->Fail(step++, UsbEnd::Gone);
+        ExpectFailure(J4_IsTableConnected(), {"J4_IsTableConnected", J4_ResultDeviceNotConnected,
+                                              call != nullptr ? UsbWords::Failure(call, words.gone) : notFound});
+        EXPECT_THAT(Stand().Held(), IsEmpty()) << step;
+        Replug();
+    }
+    EXPECT_EQ(J4_IsTableConnected(), 0);
+}
+
 /// The next request to fail: each of the opening, and some of the traffic, in both directions.
 int After(int skip) { return skip + (skip < 20 ? 1 : 3); }
 
@@ -113,7 +127,7 @@ TEST_F(TableSessionTest, ACableThatComesOutAtAnyRequestIsSurvived)
     for (;; skip = After(skip)) {
         const std::string when = "the cable came out at request " + std::to_string(skip);
         Reconnect();
-        table->Fail(skip, skip % 4 == 3 ? UsbFault::RemovedInFlight : UsbFault::Removed);
+        table->Fail(skip, skip % 4 == 3 ? UsbEnd::Removed : UsbEnd::Gone);
         const J4_Result result = ShortSession();
         if (!table->isRemoved) {
             break;
@@ -131,7 +145,7 @@ TEST_F(TableSessionTest, ACableThatComesOutDuringAScanIsSurvived)
     PrepareRow();
     int skip = 0;
     for (;; skip += 4) {
-        table->Fail(skip, UsbFault::Removed);
+        table->Fail(skip, UsbEnd::Gone);
         const J4_Result result = ScanRow();
         if (!table->isRemoved) {
             break;
@@ -154,7 +168,7 @@ TEST_F(TableSessionTest, AStallAtAnyRequestCostsOneCall)
     int failed = 0;
     for (int skip = 0; skip < 45; skip = After(skip)) {
         Reconnect();
-        table->Fail(skip, UsbFault::Stall);
+        table->Fail(skip, UsbEnd::Stalled);
         if (const J4_Result result = ShortSession(); result != 0) {
             ++failed;
             // Where the table is reset after it, the unread answer can be what the reset stumbles over.
@@ -174,7 +188,7 @@ TEST_F(TableSessionTest, ATimeOutCostsOneCall)
     ExpectShortSession("before");
     const UsbWords& words = Stand().Words();
     for (const auto& [skip, characters, call] : {std::tuple(0, 3u, words.write), std::tuple(1, 0u, words.read)}) {
-        table->Fail(skip, UsbFault::Silence, characters);
+        table->Fail(skip, UsbEnd::Never, characters);
         float x = -1.0f;
         float y = -1.0f;
         ExpectFailure(J4_GetPosition(&x, &y),

@@ -10,12 +10,13 @@ using testing::ElementsAre;
 
 TEST_F(UsbChannelTest, TablesAreCountedAndOpenedInTheOrderOfTheirSockets)
 {
-    J4Bench::Bench::Instance().SetTableCount(3);
-    Stand().Plug(2, {.table = 2});
-    Stand().Plug(1, {.table = 1});
+    J4Bench::Bench::Instance().SetTableCount(UsbStand::Sockets);
+    for (unsigned socket = UsbStand::Sockets - 1; socket > 0; --socket) {
+        Stand().Plug(socket, {.table = socket});
+    }
     unsigned short count = 0;
     usb->Scan(count);
-    EXPECT_EQ(count, 3);
+    EXPECT_EQ(count, UsbStand::Sockets);
     for (unsigned short i = 0; i < count; ++i) {
         usb->Open(i);
         EXPECT_EQ(SerialNumber(), "64000" + std::to_string(i + 1));
@@ -45,13 +46,12 @@ TEST_F(UsbChannelTest, FailuresNameTheCallAndTheError)
 {
     const UsbWords& words = Stand().Words();
     for (const auto& [name, call] : Calls()) {
-        for (const auto& [fault, error] :
-             {std::pair(UsbFault::Removed, words.gone), std::pair(UsbFault::RemovedInFlight, words.gone),
-              std::pair(UsbFault::Stall, words.stalled)}) {
+        for (const auto& [fault, error] : {std::pair(UsbEnd::Gone, words.gone), std::pair(UsbEnd::Removed, words.gone),
+                                           std::pair(UsbEnd::Stalled, words.stalled)}) {
             Open();
             table->Fail(0, fault);
             // A stall of the first question is followed by one in another language.
-            const bool asksAgain = name == "libusb_get_string_descriptor" && fault == UsbFault::Stall;
+            const bool asksAgain = name == "libusb_get_string_descriptor" && fault == UsbEnd::Stalled;
             EXPECT_EQ(Thrown(call), asksAgain ? "" : Text(name, error)) << name << " " << error;
             if (table->isRemoved) {
                 EXPECT_NE(Thrown(call), "") << "and stays so";
@@ -89,9 +89,9 @@ TEST_F(UsbChannelTest, ReadsWhatComesUpToTheLargestTransfer)
 TEST_F(UsbChannelTest, ALateTransferIsCancelledAndTheChannelGoesOn)
 {
     Open();
-    table->Fail(0, UsbFault::Silence, 3);
+    table->Fail(0, UsbEnd::Never, 3);
     EXPECT_EQ(Thrown([&] { Write(";a034\r"); }), Text(Stand().Words().write, Stand().Words().timedOut));
-    table->Fail(0, UsbFault::Silence);
+    table->Fail(0, UsbEnd::Never);
     EXPECT_EQ(Thrown([&] { Read(64); }), Text(Stand().Words().read, Stand().Words().timedOut));
     EXPECT_THAT(table->TakeRecord(), ElementsAre("out ;a0", "cancel", "in 64", "cancel"));
     Write("34\r");
@@ -100,8 +100,10 @@ TEST_F(UsbChannelTest, ALateTransferIsCancelledAndTheChannelGoesOn)
 
 TEST_F(UsbChannelTest, SerialNumbersFitIntoTheRoom)
 {
+    const size_t longest = Stand().Words().longestSerial;
     const std::pair<TableDevice::Traits, std::string> cases[] = {
         {{}, "640001"},
+        {{.serial = StringDescriptor(std::string(257, '7'))}, std::string(longest, '7')},
         {{.hasSerial = false}, ""},
         {{.serial = StringDescriptor("")}, ""},
         {{.serial = StringDescriptor(std::string(126, 'S'))}, std::string(126, 'S')},

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tests/usb/TableDevice.h"
 
@@ -19,6 +20,8 @@ struct UsbWords {
     const char* stalled;
     const char* refused;  ///< in opening
     const char* timedOut;
+    std::vector<const char*> opening;  ///< the calls of the opening, one for each request; null: finds no table
+    size_t longestSerial;              ///< characters of a serial number that can be told
 
     static std::string Failure(const std::string& call, const std::string& what)
     {
@@ -35,7 +38,7 @@ public:
     virtual ~UsbStand() = default;
 
     /// Plugs a table in, as a new device. Tables are counted in the order of their sockets.
-    /// @param socket  0 to 2
+    /// @param socket  0 to 3
     virtual std::shared_ptr<TableDevice> Plug(unsigned socket, const TableDevice::Traits& traits = {}) = 0;
 
     /// What is still open there finds its device removed. A socket may be empty.
@@ -52,7 +55,7 @@ public:
 
     virtual const UsbWords& Words() const = 0;
 
-    static constexpr unsigned Sockets = 3;
+    static constexpr unsigned Sockets = 4;
 };
 
 /// The stand of this test program.

@@ -20,7 +20,6 @@ constexpr uint8_t RequestTypeMask = 0x60;
 constexpr uint8_t VendorRequest = 0x40;
 constexpr uint8_t GetDescriptor = 6;
 constexpr uint8_t StringType = 3;
-constexpr uint8_t SerialIndex = 3;
 constexpr size_t SetupSize = 8;
 
 struct Unreference {
@@ -44,10 +43,7 @@ Value ValueOf(UMockdevIoctlData* argument)
     return value;
 }
 
-int StatusOf(TableDevice::End end)
-{
-    return end == TableDevice::End::Done ? 0 : end == TableDevice::End::Stalled ? -EPIPE : -ESHUTDOWN;
-}
+int StatusOf(UsbEnd end) { return end == UsbEnd::Done ? 0 : end == UsbEnd::Stalled ? -EPIPE : -ESHUTDOWN; }
 
 }  // namespace
 
@@ -77,15 +73,8 @@ struct Urb {
         Record().actual_length = static_cast<int>(count);
     }
 
-    void Finish(int status)
-    {
-        Record().status = status;
-        isFinished = true;
-    }
-
     Memory block;
     Memory buffer;
-    bool isFinished = false;
 };
 
 DeviceFile::DeviceFile(std::shared_ptr<TableDevice> device)
@@ -98,18 +87,6 @@ DeviceFile::~DeviceFile()
 {
     g_signal_handlers_disconnect_by_data(handler, this);
     g_object_unref(handler);
-}
-
-Bytes DeviceFile::Descriptors() const
-{
-    const uint8_t serial = device->traits.hasSerial ? SerialIndex : 0;
-    return {
-        18, 1, 0x00, 0x02, 0,  0,    0,    64,   0x71, 0x09, 0x04, 0x20, 0x00, 0x06, 1, 2, serial, 1,  // device
-        9,  2, 32,   0,    1,  1,    0,    0xA0, 45,  // configuration 1
-        9,  4, 0,    0,    2,  0xFF, 0xFF, 0xFF, 2,   // interface 0
-        7,  5, 0x81, 2,    64, 0,    0,               // bulk IN
-        7,  5, 0x02, 2,    64, 0,    0,               // bulk OUT
-    };
 }
 
 gboolean DeviceFile::HandleIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer file)
@@ -151,13 +128,13 @@ int DeviceFile::Handle(unsigned long request, UMockdevIoctlData* argument)
 /// What is no transfer.
 int DeviceFile::HandleDeviceRequest(unsigned long request, UMockdevIoctlData* argument)
 {
-    const UsbFault fault = device->Begin();
+    const UsbEnd end = device->Other();
     if (device->isRemoved) {
         return ENODEV;
     }
     const bool reachesDevice = request == USBDEVFS_CLEAR_HALT || request == USBDEVFS_SETCONFIGURATION;
-    if (reachesDevice && fault != UsbFault::None) {
-        return fault == UsbFault::Stall ? EPIPE : ETIMEDOUT;
+    if (reachesDevice && end != UsbEnd::Done) {
+        return end == UsbEnd::Stalled ? EPIPE : ETIMEDOUT;
     }
     std::ostringstream line;
     switch (request) {
@@ -192,21 +169,25 @@ int DeviceFile::HandleDeviceRequest(unsigned long request, UMockdevIoctlData* ar
 
 int DeviceFile::Submit(UMockdevIoctlData* argument)
 {
-    const UsbFault fault = device->Begin();
-    if (fault == UsbFault::Removed) {
-        return ENODEV;
-    }
     Memory block = Resolve(argument, 0, sizeof(usbdevfs_urb));
     if (block == nullptr) {
         return EFAULT;
     }
     auto urb = std::make_unique<Urb>(std::move(block));
     urb->Record().actual_length = 0;
-    Answer(*urb, fault);
-    if (urb->isFinished) {
-        finished.push_back(std::move(urb));
-    } else {
+    const uint8_t endpoint = urb->Record().endpoint;
+    const UsbEnd end = halted.contains(endpoint) ? UsbEnd::Stalled : Answer(*urb);
+    if (end == UsbEnd::Gone) {
+        return ENODEV;
+    }
+    if (end == UsbEnd::Stalled && urb->Record().type == USBDEVFS_URB_TYPE_BULK) {
+        halted.insert(endpoint);
+    }
+    urb->Record().status = StatusOf(end);
+    if (end == UsbEnd::Never) {
         pending.push_back(std::move(urb));
+    } else {
+        finished.push_back(std::move(urb));
     }
     return 0;
 }
@@ -236,48 +217,32 @@ int DeviceFile::Discard(UMockdevIoctlData* argument)
         return EINVAL;
     }
     device->Note("cancel");
-    (*found)->Finish(-ENOENT);
+    (*found)->Record().status = -ENOENT;
     finished.push_back(std::move(*found));
     pending.erase(found);
     return 0;
 }
 
-void DeviceFile::Answer(Urb& urb, UsbFault fault)
+UsbEnd DeviceFile::Answer(Urb& urb)
 {
     const usbdevfs_urb& record = urb.Record();
-    if (fault == UsbFault::RemovedInFlight) {
-        urb.Finish(-ESHUTDOWN);
-        return;
-    }
-    if (fault == UsbFault::Stall || halted.contains(record.endpoint)) {
-        if (record.type == USBDEVFS_URB_TYPE_BULK) {
-            halted.insert(record.endpoint);
-        }
-        urb.Finish(-EPIPE);
-        return;
-    }
     if (record.type == USBDEVFS_URB_TYPE_CONTROL) {
-        if (fault == UsbFault::None) {
-            AnswerControl(urb);
-        }
-        return;
+        return AnswerControl(urb);
     }
     TableDevice::Reply reply;
     if ((record.endpoint & DirectionIn) != 0) {
-        reply = device->Read(urb.Room(), fault);
+        reply = device->Read(urb.Room());
         urb.Receive(reply.data);
     } else {
         const uint8_t* const data = urb.Buffer(urb.Room());
-        reply = device->Write({reinterpret_cast<const char*>(data), urb.Room()}, fault);
+        reply = device->Write({reinterpret_cast<const char*>(data), urb.Room()});
         urb.Record().actual_length = static_cast<int>(reply.taken);
     }
-    if (reply.end != TableDevice::End::Never) {
-        urb.Finish(StatusOf(reply.end));
-    }
+    return reply.end;
 }
 
 /// A vendor request goes to the bridge; of the standard ones libusb needs the string descriptor.
-void DeviceFile::AnswerControl(Urb& urb)
+UsbEnd DeviceFile::AnswerControl(Urb& urb)
 {
     const uint8_t* const setup = urb.Buffer(urb.Room());
     const uint8_t type = setup[0];
@@ -285,15 +250,14 @@ void DeviceFile::AnswerControl(Urb& urb)
     const auto value = static_cast<uint16_t>(setup[2] | setup[3] << 8);
     const auto language = static_cast<uint16_t>(setup[4] | setup[5] << 8);
     if ((type & RequestTypeMask) == VendorRequest) {
-        urb.Finish(StatusOf(device->Control(request, value).end));
-        return;
+        return device->Control(request, value);
     }
-    TableDevice::Reply reply{TableDevice::End::Stalled};
-    if (request == GetDescriptor && value == (StringType << 8 | SerialIndex)) {
-        reply = device->Serial(language);
+    if (request != GetDescriptor || value != (StringType << 8 | TableDevice::SerialIndex)) {
+        return UsbEnd::Stalled;
     }
+    const TableDevice::Reply reply = device->Serial(language);
     urb.Receive(reply.data, SetupSize);
-    urb.Finish(StatusOf(reply.end));
+    return reply.end;
 }
 
 }  // namespace J4Test

@@ -7,7 +7,6 @@
 #include <deque>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <set>
 
 #include "tests/usb/TableDevice.h"
@@ -23,9 +22,6 @@ public:
     DeviceFile(const DeviceFile&) = delete;
     DeviceFile& operator=(const DeviceFile&) = delete;
 
-    /// Device and configuration descriptor, as sysfs shows them.
-    Bytes Descriptors() const;
-
     /// Who takes the requests.
     UMockdevIoctlBase* Handler() const { return handler; }
 
@@ -39,8 +35,8 @@ private:
     int Submit(UMockdevIoctlData* argument);
     int Reap(UMockdevIoctlData* argument);
     int Discard(UMockdevIoctlData* argument);
-    void Answer(Urb& urb, UsbFault fault);
-    void AnswerControl(Urb& urb);
+    UsbEnd Answer(Urb& urb);
+    UsbEnd AnswerControl(Urb& urb);
 
     UMockdevIoctlBase* handler;
     std::set<uint8_t> halted;

@@ -15,8 +15,12 @@ namespace {
 
 constexpr int MaximumNumber = 127;  ///< then the kernel begins anew
 
-/// Where the sockets are, neither in the order of their texts nor all on one bus.
-constexpr const char* places[UsbStand::Sockets] = {"1-2", "1-10", "2-1"};
+/// The buses and a hub, each of them also a device that is not a table.
+constexpr const char* hubs[] = {"/devices/usb1", "/devices/usb2", "/devices/usb1/1-3"};
+
+/// Where the sockets are, neither in the order of their texts nor all on one bus or hub.
+constexpr const char* sockets[UsbStand::Sockets] = {"/devices/usb1/1-2", "/devices/usb1/1-3/1-3.4",
+                                                    "/devices/usb1/1-10", "/devices/usb2/2-1"};
 
 std::string Hex(const Bytes& bytes)
 {
@@ -49,13 +53,6 @@ void ThrowIfError(GError* error)
     }
 }
 
-/// "1-3" for "1-3.2", "usb1" for "1-3".
-std::string ParentOf(const std::string& place)
-{
-    const size_t dot = place.rfind('.');
-    return dot != std::string::npos ? place.substr(0, dot) : "usb" + place.substr(0, place.find('-'));
-}
-
 }  // namespace
 
 std::unique_ptr<UsbStand> UsbStand::Create()
@@ -72,83 +69,60 @@ MockedBus::MockedBus() : testbed(umockdev_testbed_new())
     // Everybody may look into the mocked system, as into a real one, and listen to its events, for which umockdev
     // makes files.
     ::chmod(Root().c_str(), 0777);
-    AddDevice("usb1", HubDescriptors());
-    AddDevice("usb2", HubDescriptors());
-}
-
-MockedBus::~MockedBus()
-{
-    while (!files.empty()) {
-        UnplugAt(files.begin()->first);
+    for (const char* const hub : hubs) {
+        AddDevice(hub, HubDescriptors());
     }
 }
 
-std::string MockedBus::AddDevice(const std::string& place, const Bytes& descriptors)
+MockedBus::Device MockedBus::AddDevice(const std::string& path, const Bytes& descriptors)
 {
-    const bool isRoot = place.starts_with("usb");
-    const char bus = isRoot ? place[3] : place[0];
+    const char bus = path[std::string("/devices/usb").size()];
     const int number = numbers[bus] = numbers[bus] % MaximumNumber + 1;
-    const std::string path = (isRoot ? "/devices" : paths.at(ParentOf(place)).substr(4)) + "/" + place;
     char node[32];
     std::snprintf(node, sizeof node, "bus/usb/00%c/%03d", bus, number);
     const std::string text = "P: " + path + "\nN: " + node +
                              "\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\nE: DEVNAME=/dev/" + node + "\nE: BUSNUM=00" +
                              bus + "\nE: DEVNUM=" + std::to_string(number) + "\nA: busnum=" + bus +
-                             "\nA: devnum=" + std::to_string(number) + "\nA: speed=12\nA: bConfigurationValue=1" +
-                             "\nH: descriptors=" + Hex(descriptors) + "\n\n";
+                             "\nA: devnum=" + std::to_string(number) +
+                             "\nA: speed=12\nA: bConfigurationValue=1\nH: descriptors=" + Hex(descriptors) + "\n\n";
     GError* error = nullptr;
     umockdev_testbed_add_from_string(testbed.get(), text.c_str(), &error);
     ThrowIfError(error);
-    paths[place] = "/sys" + path;
-    nodes[place] = std::string("/dev/") + node;
-    return nodes[place];
+    return {"/sys" + path, std::string("/dev/") + node};
 }
 
 std::shared_ptr<TableDevice> MockedBus::Plug(unsigned socket, const TableDevice::Traits& traits)
 {
-    return PlugAt(places[socket], traits);
-}
-
-void MockedBus::Unplug(unsigned socket) { UnplugAt(places[socket]); }
-
-std::shared_ptr<TableDevice> MockedBus::PlugAt(const std::string& place, const TableDevice::Traits& traits)
-{
-    auto file = std::make_unique<DeviceFile>(std::make_shared<TableDevice>(traits));
-    const std::shared_ptr<TableDevice> device = file->device;
-    const std::string node = AddDevice(place, file->Descriptors());
-    if (traits.configuration != 1) {
-        umockdev_testbed_set_attribute_int(testbed.get(), paths[place].c_str(), "bConfigurationValue",
-                                           traits.configuration);
-    }
+    const auto table = std::make_shared<TableDevice>(traits);
+    Device device = AddDevice(sockets[socket], table->Descriptors());
+    device.file = std::make_unique<DeviceFile>(table);
+    umockdev_testbed_set_attribute_int(testbed.get(), device.path.c_str(), "bConfigurationValue", traits.configuration);
     GError* error = nullptr;
-    umockdev_testbed_attach_ioctl(testbed.get(), node.c_str(), file->Handler(), &error);
+    umockdev_testbed_attach_ioctl(testbed.get(), device.node.c_str(), device.file->Handler(), &error);
     ThrowIfError(error);
-    umockdev_testbed_uevent(testbed.get(), paths[place].c_str(), "add");
-    files[place] = std::move(file);
-    return device;
+    umockdev_testbed_uevent(testbed.get(), device.path.c_str(), "add");
+    plugged[socket] = std::move(device);
+    return table;
 }
 
-void MockedBus::PlugHub(const std::string& place) { AddDevice(place, HubDescriptors()); }
-
-void MockedBus::UnplugAt(const std::string& place)
+void MockedBus::Unplug(unsigned socket)
 {
-    const auto found = files.find(place);
-    if (found == files.end()) {
+    const auto found = plugged.find(socket);
+    if (found == plugged.end()) {
         return;
     }
-    found->second->device->isRemoved = true;
-    umockdev_testbed_detach_ioctl(testbed.get(), nodes[place].c_str(), nullptr);
-    umockdev_testbed_uevent(testbed.get(), paths[place].c_str(), "remove");
-    umockdev_testbed_remove_device(testbed.get(), paths[place].c_str());
-    paths.erase(place);
-    nodes.erase(place);
-    unplugged.push_back(std::move(found->second));
-    files.erase(found);
+    Device& device = found->second;
+    device.file->device->isRemoved = true;
+    umockdev_testbed_detach_ioctl(testbed.get(), device.node.c_str(), nullptr);
+    umockdev_testbed_uevent(testbed.get(), device.path.c_str(), "remove");
+    umockdev_testbed_remove_device(testbed.get(), device.path.c_str());
+    unplugged.push_back(std::move(device.file));
+    plugged.erase(found);
 }
 
 void MockedBus::ForbidAccess(unsigned socket) const
 {
-    const std::string& node = nodes.at(places[socket]);
+    const std::string& node = plugged.at(socket).node;
     // umockdev connects to the file's handler whether the file could be opened or not, and must be able to.
     if (::chmod((Root() + node).c_str(), 0) != 0 || ::chmod((Root() + "/ioctl" + node).c_str(), 0777) != 0) {
         throw std::runtime_error("the permissions of the mocked device file can't be changed");
@@ -174,14 +148,17 @@ Lines MockedBus::Held()
 
 const UsbWords& MockedBus::Words() const
 {
-    static constexpr UsbWords words = {"libusb_bulk_transfer(in)",
-                                       "libusb_bulk_transfer(out)",
-                                       "libusb_control_transfer",
-                                       "libusb_get_string_descriptor",
-                                       "LIBUSB_ERROR_NO_DEVICE: No such device (it may have been disconnected).",
-                                       "LIBUSB_ERROR_PIPE: Pipe error.",
-                                       "LIBUSB_ERROR_OTHER: Other error.",
-                                       "LIBUSB_ERROR_TIMEOUT: Operation timed out."};
+    static const UsbWords words = {
+        "libusb_bulk_transfer(in)",
+        "libusb_bulk_transfer(out)",
+        "libusb_control_transfer",
+        "libusb_get_string_descriptor",
+        "LIBUSB_ERROR_NO_DEVICE: No such device (it may have been disconnected).",
+        "LIBUSB_ERROR_PIPE: Pipe error.",
+        "LIBUSB_ERROR_OTHER: Other error.",
+        "LIBUSB_ERROR_TIMEOUT: Operation timed out.",
+        {"libusb_claim_interface", "libusb_clear_halt", "libusb_clear_halt", "libusb_bulk_transfer(in)"},
+        126};
     return words;
 }
 

@@ -17,23 +17,13 @@ namespace J4Test {
 class MockedBus : public UsbStand {
 public:
     MockedBus();
-    ~MockedBus() override;
-
-    /// The stand as what it is here.
-    static MockedBus& Instance() { return static_cast<MockedBus&>(Stand()); }
+    ~MockedBus() override { UnplugAll(); }
 
     std::shared_ptr<TableDevice> Plug(unsigned socket, const TableDevice::Traits& traits = {}) override;
     void Unplug(unsigned socket) override;
     /// "device" for each handle, "timer" for each context of libusb.
     Lines Held() override;
     const UsbWords& Words() const override;
-
-    /// @param place  bus and port path in the kernel's form, for instance "1-3.2"; the hub "1-3" must be there
-    std::shared_ptr<TableDevice> PlugAt(const std::string& place, const TableDevice::Traits& traits = {});
-    void UnplugAt(const std::string& place);
-
-    /// Plugs in a hub, which is also a device that is not a table.
-    void PlugHub(const std::string& place);
 
     /// Takes the device file's permissions from all users.
     void ForbidAccess(unsigned socket) const;
@@ -43,13 +33,17 @@ private:
         void operator()(void* object) const { g_object_unref(object); }
     };
 
-    std::string AddDevice(const std::string& place, const Bytes& descriptors);
+    struct Device {
+        std::string path;  ///< in sysfs
+        std::string node;  ///< the device file
+        std::unique_ptr<DeviceFile> file = {};
+    };
+
+    Device AddDevice(const std::string& path, const Bytes& descriptors);
     std::string Root() const;
 
     std::unique_ptr<UMockdevTestbed, GObjectRelease> testbed;
-    std::map<std::string, std::string> paths;  ///< in sysfs, by place
-    std::map<std::string, std::string> nodes;  ///< device files, by place
-    std::map<std::string, std::unique_ptr<DeviceFile>> files;
+    std::map<unsigned, Device> plugged;                  ///< by socket
     std::vector<std::unique_ptr<DeviceFile>> unplugged;  ///< may still be open
     std::map<char, int> numbers;                         ///< last device number of each bus
 };

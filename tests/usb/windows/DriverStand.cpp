@@ -68,7 +68,7 @@ std::string ProgramFolder()
 }
 
 DriverStand::DriverStand()
-try {
+{
     manager = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS);
     Check(manager != nullptr, "opening the service manager");
     service = OpenServiceA(manager, ServiceName, SERVICE_ALL_ACCESS);
@@ -87,28 +87,16 @@ try {
     relay.emplace();
     relay->CatchUp();
     RedirectPauses();
-} catch (...) {
-    Remove();
-    throw;
 }
 
 DriverStand::~DriverStand()
 {
     UnplugAll();
     relay.reset();
-    Remove();
-}
-
-void DriverStand::Remove()
-{
-    if (service != nullptr) {
-        Stop();
-        DeleteService(service);
-        CloseServiceHandle(service);
-    }
-    if (manager != nullptr) {
-        CloseServiceHandle(manager);
-    }
+    Stop();
+    DeleteService(service);
+    CloseServiceHandle(service);
+    CloseServiceHandle(manager);
 }
 
 void DriverStand::Stop()
@@ -188,14 +176,18 @@ void DriverStand::Unlink(unsigned socket)
 
 const UsbWords& DriverStand::Words() const
 {
-    static constexpr UsbWords words = {"ReadSync",
-                                       "WriteSync",
-                                       "ClassOrVendorOutRequest",
-                                       "GetDeviceDescriptor",
-                                       "Error code 0xE000100A: Device is removed.",
-                                       "Error code 0xE0000004: HC Error: stall PID.",
-                                       UsbSessionTest::notFound,
-                                       "Error code 0xE000100C: The request has been timed out."};
+    static const UsbWords words = {
+        "ReadSync",
+        "WriteSync",
+        "ClassOrVendorOutRequest",
+        "GetDeviceDescriptor",
+        "Error code 0xE000100A: Device is removed.",
+        "Error code 0xE0000004: HC Error: stall PID.",
+        UsbSessionTest::notFound,
+        "Error code 0xE000100C: The request has been timed out.",
+        {nullptr, "UnconfigureDevice", "SetConfiguration", "GetDeviceParameters", "GetDeviceParameters", "Bind(out)",
+         "Bind(out)", "Bind(in)", "Bind(in)", "Reset(out)", "Reset(in)", "ReadSync"},
+        127};
     return words;
 }
 

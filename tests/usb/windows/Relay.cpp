@@ -12,12 +12,10 @@ namespace {
 constexpr uint32_t Stalled = 0xE0000004;
 constexpr uint32_t NotBound = 0xE0001009;
 constexpr uint32_t Removed = 0xE000100A;
-constexpr uint32_t UnknownCode = 0xE000100F;
 constexpr uint32_t WrongDirection = 0xE0001010;
 
 constexpr uint8_t EndpointOut = 0x02;
 constexpr uint8_t EndpointIn = 0x81;
-constexpr uint8_t SerialNumberIndex = 3;
 
 /// Larger than the largest transfer with its header.
 constexpr size_t ExchangeRoom = 0x21000;
@@ -26,10 +24,7 @@ constexpr DWORD Patience = 5000;  ///< ms
 
 const Relay::Answer silence = {.isSilent = true};
 
-uint32_t StatusOf(TableDevice::End end)
-{
-    return end == TableDevice::End::Done ? 0 : end == TableDevice::End::Stalled ? Stalled : Removed;
-}
+uint32_t StatusOf(UsbEnd end) { return end == UsbEnd::Done ? 0 : end == UsbEnd::Stalled ? Stalled : Removed; }
 
 template <class Record>
 Bytes BytesOf(const Record& record)
@@ -104,22 +99,16 @@ void Relay::Plug(uint32_t table, std::shared_ptr<TableDevice> device)
     plugged[table] = std::move(device);
 }
 
-void Relay::Inject(Subject subject, Answer answer, uint32_t skip, std::function<void()> event)
+void Relay::Inject(Subject subject, Answer answer, std::function<void()> event)
 {
     const std::lock_guard guard(mutex);
-    injected.push_back({subject, std::move(answer), std::move(event), skip});
+    injected = {subject, std::move(answer), std::move(event)};
 }
 
-size_t Relay::Left()
+bool Relay::IsWaiting()
 {
     const std::lock_guard guard(mutex);
-    return injected.size();
-}
-
-void Relay::SetDriverInfo(const UsbIo::DriverInfo& info)
-{
-    const std::lock_guard guard(mutex);
-    driverInfo = info;
+    return injected.has_value();
 }
 
 bool Relay::Ask(DWORD code, const void* input, size_t size)
@@ -132,16 +121,9 @@ bool Relay::Ask(DWORD code, const void* input, size_t size)
     return good;
 }
 
-void Relay::WaitForListener()
-{
-    for (DWORD waited = 0; waited < Patience && !Ask(J4_DRIVER_MARK); ++waited) {
-        Sleep(1);
-    }
-}
-
 void Relay::CatchUp()
 {
-    WaitForListener();
+    Ask(J4_DRIVER_MARK);
     WaitForSingleObject(marked, Patience);
 }
 
@@ -183,28 +165,22 @@ void Relay::Run()
 
 bool Relay::Exchange(const Bytes& input, Bytes& output)
 {
-    for (;;) {
-        output.resize(ExchangeRoom);
-        OVERLAPPED overlapped{};
-        overlapped.hEvent = done;
-        DWORD bytes = 0;
-        BOOL good =
-            DeviceIoControl(driver, J4_DRIVER_EXCHANGE, const_cast<uint8_t*>(input.data()),
-                            static_cast<DWORD>(input.size()), output.data(), ExchangeRoom, nullptr, &overlapped);
-        if (!good && GetLastError() == ERROR_IO_PENDING) {
-            const HANDLE both[] = {done, stop};
-            if (WaitForMultipleObjects(2, both, FALSE, INFINITE) != WAIT_OBJECT_0) {
-                CancelIo(driver);
-            }
-            good = TRUE;
+    output.resize(ExchangeRoom);
+    OVERLAPPED overlapped{};
+    overlapped.hEvent = done;
+    DWORD bytes = 0;
+    BOOL good = DeviceIoControl(driver, J4_DRIVER_EXCHANGE, const_cast<uint8_t*>(input.data()),
+                                static_cast<DWORD>(input.size()), output.data(), ExchangeRoom, nullptr, &overlapped);
+    if (!good && GetLastError() == ERROR_IO_PENDING) {
+        const HANDLE both[] = {done, stop};
+        if (WaitForMultipleObjects(2, both, FALSE, INFINITE) != WAIT_OBJECT_0) {
+            CancelIo(driver);
         }
-        good = good && GetOverlappedResult(driver, &overlapped, &bytes, TRUE);
-        if (!good && GetLastError() == ERROR_BUSY && WaitForSingleObject(stop, 1) == WAIT_TIMEOUT) {
-            continue;  // another relay listens
-        }
-        output.resize(bytes);
-        return good && bytes >= sizeof(DriverRequest);
+        good = TRUE;
     }
+    good = good && GetOverlappedResult(driver, &overlapped, &bytes, TRUE);
+    output.resize(bytes);
+    return good && bytes >= sizeof(DriverRequest);
 }
 
 Relay::Answer Relay::Take(const DriverRequest& request, const Bytes& data)
@@ -214,15 +190,11 @@ Relay::Answer Relay::Take(const DriverRequest& request, const Bytes& data)
         return silence;
     }
     const std::lock_guard guard(mutex);
+    Handle& handle = handles[request.handle];
     if (request.kind == DriverOpened) {
-        lastHandle = handles.empty() ? 1 : lastHandle + 1;
-        handles[request.handle] = {lastHandle, 0, plugged[request.table]};
+        lastHandle = handles.size() == 1 ? 1 : lastHandle + 1;
+        handle = {lastHandle, 0, plugged[request.table]};
     }
-    const auto found = handles.find(request.handle);
-    if (found == handles.end() || found->second.device == nullptr) {
-        return request.kind < DriverControl ? silence : Answer{Removed};  // opened while another relay listened
-    }
-    Handle& handle = found->second;
     TableDevice& device = *handle.device;
     const std::string number = std::to_string(handle.number) + " ";
     switch (request.kind) {
@@ -231,7 +203,7 @@ Relay::Answer Relay::Take(const DriverRequest& request, const Bytes& data)
         return silence;
     case DriverClosed:
         device.Note(number + "close");
-        handles.erase(found);
+        handles.erase(request.handle);
         return silence;
     case DriverCancelled:
         device.Note("cancel");
@@ -242,29 +214,17 @@ Relay::Answer Relay::Take(const DriverRequest& request, const Bytes& data)
     default:
         break;
     }
-    const Subject subject = request.kind == DriverControl ? request.code : request.kind;
-    const auto due =
-        std::ranges::find_if(injected, [subject](Injected& one) { return one.subject == subject && one.skip-- == 0; });
-    if (due != injected.end()) {
-        const Injected taken = *due;
-        injected.erase(due);
+    if (injected && injected->subject == (request.kind == DriverControl ? request.code : request.kind)) {
+        const Injected taken = *std::exchange(injected, std::nullopt);
         if (!taken.event) {
             return taken.answer;
         }
         taken.event();
     }
-    switch (const UsbFault fault = device.Begin()) {
-    case UsbFault::Removed:
-    case UsbFault::RemovedInFlight:
-        return {Removed};
-    case UsbFault::Stall:
-        return {Stalled};
-    default:
-        return request.kind == DriverControl ? Control(request, data, handle) : Transfer(request, data, handle, fault);
-    }
+    return request.kind == DriverControl ? Control(request, data, handle) : Transfer(request, data, handle);
 }
 
-Relay::Answer Relay::Transfer(const DriverRequest& request, const Bytes& data, Handle& handle, UsbFault fault)
+Relay::Answer Relay::Transfer(const DriverRequest& request, const Bytes& data, Handle& handle)
 {
     if (handle.endpoint == 0) {
         return {NotBound};
@@ -274,16 +234,16 @@ Relay::Answer Relay::Transfer(const DriverRequest& request, const Bytes& data, H
     }
     TableDevice::Reply reply;
     if (request.kind == DriverRead) {
-        reply = handle.device->Read(request.outputSize, fault);
+        reply = handle.device->Read(request.outputSize);
     } else {
         // The driver goes on until the device has taken all.
         std::string text(data.begin(), data.end());
         do {
-            reply = handle.device->Write(text, fault);
+            reply = handle.device->Write(text);
             text.erase(0, reply.taken);
-        } while (!text.empty() && reply.end == TableDevice::End::Done);
+        } while (!text.empty() && reply.end == UsbEnd::Done);
     }
-    if (reply.end == TableDevice::End::Never) {
+    if (reply.end == UsbEnd::Never) {
         return reply.data.empty() ? silence : Answer{.data = reply.data, .isPending = true};
     }
     return {StatusOf(reply.end), reply.data};
@@ -291,50 +251,48 @@ Relay::Answer Relay::Transfer(const DriverRequest& request, const Bytes& data, H
 
 Relay::Answer Relay::Control(const DriverRequest& request, const Bytes& data, Handle& handle)
 {
+    if (request.code == UsbIo::ControlGetDescriptor) {
+        return Descriptor(data, *handle.device);
+    }
+    if (request.code == UsbIo::ControlClassOrVendorOutRequest) {
+        const auto record = RecordOf<UsbIo::ClassOrVendorRequest>(data);
+        return {StatusOf(handle.device->Control(record.request, record.value))};
+    }
+    Answer answer{StatusOf(handle.device->Other())};
+    if (answer.status != 0) {
+        return answer;
+    }
     switch (request.code) {
     case UsbIo::ControlGetDriverInfo:
-        return {0, BytesOf(driverInfo)};
+        answer.data = BytesOf(UsbIo::DriverInfo{0x0230, 0x0255, 1, 0});
+        break;
     case UsbIo::ControlGetDeviceParameters:
-        return {0, BytesOf(parameters)};
+        answer.data = BytesOf(UsbIo::DeviceParameters{0x00000100, 1000});
+        break;
     case UsbIo::ControlBind:
         handle.endpoint = data.empty() ? 0 : data.front();
-        return {};
-    case UsbIo::ControlSetDeviceParameters:
-    case UsbIo::ControlSetConfiguration:
-    case UsbIo::ControlUnconfigureDevice:
-    case UsbIo::ControlResetDevice:
-    case UsbIo::ControlResetPipe:
-    case UsbIo::ControlAbortPipe:
-        return {};
-    case UsbIo::ControlGetDescriptor:
-        return Descriptor(data, *handle.device);
-    case UsbIo::ControlClassOrVendorOutRequest: {
-        const auto record = RecordOf<UsbIo::ClassOrVendorRequest>(data);
-        return {StatusOf(handle.device->Control(record.request, record.value).end)};
-    }
+        break;
     case UsbIo::ControlClassOrVendorInRequest:
-        return {Stalled};
+        answer.status = Stalled;
+        break;
     default:
-        return {UnknownCode};
+        break;
     }
+    return answer;
 }
 
-Relay::Answer Relay::Descriptor(const Bytes& data, TableDevice& device) const
+Relay::Answer Relay::Descriptor(const Bytes& data, TableDevice& device)
 {
     const auto request = RecordOf<UsbIo::DescriptorRequest>(data);
-    if (request.type == UsbIo::DescriptorDevice) {
-        UsbIo::DeviceDescriptor descriptor{};
-        descriptor.bLength = sizeof(descriptor);
-        descriptor.bDescriptorType = UsbIo::DescriptorDevice;
-        descriptor.idVendor = 0x0971;
-        descriptor.idProduct = 0x2004;
-        descriptor.iSerialNumber = device.traits.hasSerial ? SerialNumberIndex : 0;
-        return {0, BytesOf(descriptor)};
-    }
-    if (request.type != UsbIo::DescriptorString || request.index != SerialNumberIndex) {
+    const bool isDevice = request.type == UsbIo::DescriptorDevice;
+    if (!isDevice && (request.type != UsbIo::DescriptorString || request.index != TableDevice::SerialIndex)) {
         return {Stalled};
     }
-    const TableDevice::Reply reply = device.Serial(request.languageId);
+    TableDevice::Reply reply = isDevice ? TableDevice::Reply{device.Other()} : device.Serial(request.languageId);
+    if (isDevice) {
+        reply.data = device.Descriptors();
+        reply.data.resize(sizeof(UsbIo::DeviceDescriptor));
+    }
     return {StatusOf(reply.end), reply.data};
 }
 

@@ -8,9 +8,9 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "tests/usb/TableDevice.h"
 #include "tests/usb/windows/driver/DriverWire.h"
@@ -31,7 +31,6 @@ public:
     /// What a request is about: a control code, or one of the driver's request kinds.
     using Subject = uint32_t;
 
-    /// Begins to listen, as soon as no relay of another process does.
     Relay();
     ~Relay();
     Relay(const Relay&) = delete;
@@ -40,23 +39,17 @@ public:
     /// One request to the driver's control device that has no answer. @return whether it was done
     static bool Ask(DWORD code, const void* input = nullptr, size_t size = 0);
 
-    /// Waits until a relay listens, of whatever process.
-    static void WaitForListener();
-
     /// Handles that are opened from now on are this device's.
     void Plug(uint32_t table, std::shared_ptr<TableDevice> device);
 
-    /// The next request about this subject, after so many others, is answered so instead; or something happens just
-    /// before it is answered as ever.
-    void Inject(Subject subject, Answer answer, uint32_t skip = 0, std::function<void()> event = {});
+    /// The next request about this subject is answered so instead; or something happens just before it is answered as
+    /// ever.
+    void Inject(Subject subject, Answer answer, std::function<void()> event = {});
 
-    /// Injected answers and events whose request has not come.
-    size_t Left();
+    /// Whether an injected answer or event waits for its request.
+    bool IsWaiting();
 
-    /// What the driver says about itself.
-    void SetDriverInfo(const UsbIo::DriverInfo& info);
-
-    /// Waits until all has been handled that the driver knows of; not while another relay listens.
+    /// Waits until all has been handled that the driver knows of.
     void CatchUp();
 
     /// Waits until all handles are closed. @return those that are still open after 5 seconds
@@ -73,32 +66,26 @@ private:
         Subject subject;
         Answer answer;
         std::function<void()> event;
-        uint32_t skip;
     };
 
     void Run();
     bool Exchange(const Bytes& input, Bytes& output);
     Answer Take(const DriverRequest& request, const Bytes& data);
-    Answer Transfer(const DriverRequest& request, const Bytes& data, Handle& handle, UsbFault fault);
-    Answer Control(const DriverRequest& request, const Bytes& data, Handle& handle);
-    Answer Descriptor(const Bytes& data, TableDevice& device) const;
+    static Answer Transfer(const DriverRequest& request, const Bytes& data, Handle& handle);
+    static Answer Control(const DriverRequest& request, const Bytes& data, Handle& handle);
+    static Answer Descriptor(const Bytes& data, TableDevice& device);
 
     HANDLE driver;
     HANDLE done;
     HANDLE stop;
     HANDLE marked;
     std::recursive_mutex mutex;  ///< an event may use the relay
-    std::vector<Injected> injected;
+    std::optional<Injected> injected;
     std::map<uint32_t, std::shared_ptr<TableDevice>> plugged;
     std::map<uint64_t, Handle> handles;
     unsigned lastHandle = 0;
-    UsbIo::DriverInfo driverInfo{0x0230, 0x0255, 1, 0};
-    UsbIo::DeviceParameters parameters{0x00000100, 1000};
     std::thread thread;
 };
-
-/// Name of an event that a program sets when its own relay listens.
-inline constexpr const char* relayReady = "J4BenchRelayReady";
 
 /// From now on the pauses of the library under test pass on the bench of this process.
 void RedirectPauses();

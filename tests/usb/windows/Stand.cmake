@@ -17,29 +17,17 @@ j4_add_test_program(usb_tests
     ${usb_sources}
     windows/DriverSessionTest.cpp
     windows/DriverStand.cpp
-    windows/ModuleTest.cpp
     windows/ProcessTest.cpp
     windows/Relay.cpp
     windows/UsbIoTest.cpp)
-target_link_libraries(usb_tests PRIVATE version)
-
-add_executable(example_with_relay
-    ${PROJECT_SOURCE_DIR}/examples/scan_chart.c
-    ${PROJECT_SOURCE_DIR}/examples/chart_file.c
-    ${PROJECT_SOURCE_DIR}/examples/colour.c
-    TableDevice.cpp
-    windows/ExampleWithRelay.cpp
-    windows/Relay.cpp)
-target_compile_definitions(example_with_relay PRIVATE $<$<COMPILE_LANGUAGE:C>:main=ScanChartMain>)
-target_link_libraries(example_with_relay PRIVATE j4t_flags j4tavla64_real j4bench)
 add_executable(foreign windows/foreign.c)
 target_link_libraries(foreign PRIVATE j4t_flags)
-set_target_properties(usb_tests example_with_relay foreign PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${usb_folder})
+set_target_properties(usb_tests foreign PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${usb_folder})
 
 set(usb_targets j4tavla64_real sorvane64 j4bench)
 list(TRANSFORM usb_targets REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE usb_files)
 add_custom_target(usb_neighbours
     COMMAND ${CMAKE_COMMAND} -E copy_if_different ${usb_files} ${usb_folder}
-    DEPENDS ${driver_file} ${usb_targets} example_with_relay foreign
+    DEPENDS ${driver_file} ${usb_targets} foreign
     VERBATIM)
 add_dependencies(usb_tests usb_neighbours)

@@ -28,7 +28,6 @@ struct UsbIoTest : OverDriver<OnStand<testing::Test>> {
     void TearDown() override
     {
         CUsbIo::DestroyDeviceList(list);
-        TheRelay().SetDriverInfo({0x0230, 0x0255, 1, 0});
         OverDriver::TearDown();
     }
 
@@ -93,8 +92,9 @@ TEST_F(UsbIoTest, TheInterfaceVersionDecides)
     for (const auto& [version, status] :
          {std::pair(0x0230, UsbIo::StatusSuccess), std::pair(0x02FF, UsbIo::StatusSuccess),
           std::pair(0x022F, UsbIo::StatusVersionMismatch), std::pair(0x0330, UsbIo::StatusVersionMismatch),
-          std::pair(0x0130, UsbIo::StatusVersionMismatch), std::pair(0x0000, UsbIo::StatusVersionMismatch)}) {
-        TheRelay().SetDriverInfo({static_cast<uint16_t>(version), 0, 0, 0});
+          std::pair(0x0130, UsbIo::StatusVersionMismatch)}) {
+        TheRelay().Inject(UsbIo::ControlGetDriverInfo,
+                          {.data = {static_cast<uint8_t>(version), static_cast<uint8_t>(version >> 8)}});
         CUsbIo device;
         EXPECT_EQ(device.Open(0, list, guid), static_cast<uint32_t>(status)) << version;
         EXPECT_EQ(device.ResetDevice(), status == UsbIo::StatusSuccess ? 0u : UsbIo::StatusDeviceNotOpen) << version;
@@ -179,7 +179,7 @@ TEST_F(UsbIoTest, ALateReadKeepsWhatArrivedWhileAWriteGoesOn)
         readStatus = in.ReadSync(buffer.data(), read, 500);
         hasRead = true;
     });
-    while (TheRelay().Left() > 0) {
+    while (TheRelay().IsWaiting()) {
         Sleep(1);
     }
     uint32_t written = 3;

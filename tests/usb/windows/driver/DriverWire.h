@@ -1,8 +1,7 @@
 /*
  * What the stand-in of the USB kernel driver and the test process say to each other. The driver hands every request of
  * the library to the test process, which answers for the table; the requests themselves stay pending in the driver
- * until then. One handle of the control device listens at a time, until it is closed; others are told that the driver is
- * busy.
+ * until then. One handle of the control device listens.
  */
 #pragma once
 
@@ -18,7 +17,7 @@
  * Exchange: in: nothing, or an answer and its data; out: the next request and its data, when there is one.
  * Plug:     in: table number (4 bytes) and the name of its link, UTF-16 without terminator.
  * Unplug:   in: table number; open handles stay, new ones can't be opened.
- * Mark:     the driver hands out a mark behind all that it knows of now; fails when nobody listens. */
+ * Mark:     the driver hands out a mark behind all that it knows of now. */
 #define J4_DRIVER_EXCHANGE 0x83002000u
 #define J4_DRIVER_PLUG 0x83002004u
 #define J4_DRIVER_UNPLUG 0x83002008u

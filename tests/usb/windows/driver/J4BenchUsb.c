@@ -28,10 +28,9 @@ typedef struct Entry {
     ULONG arrived; /* bytes in the caller's buffer so far */
 } Entry;
 
-static LIST_ENTRY waiting;    /* not yet told to the listener */
-static LIST_ENTRY told;       /* told and not yet answered */
-static IRP* exchange;         /* the listener's pending request */
-static FILE_OBJECT* listener; /* the handle from which exchanges come */
+static LIST_ENTRY waiting; /* not yet told to the listener */
+static LIST_ENTRY told;    /* told and not yet answered */
+static IRP* exchange;      /* the listener's pending request */
 static ULONGLONG lastId;
 static DEVICE_OBJECT* control;
 static DEVICE_OBJECT* tables[MAXIMUM_TABLES];
@@ -135,6 +134,8 @@ static void CancelExchange(DEVICE_OBJECT* device, IRP* irp)
     IoReleaseCancelSpinLock(irp->CancelIrql);
     exchange = NULL;
     Complete(irp, STATUS_CANCELLED, 0);
+    FailAll(&waiting);
+    FailAll(&told);
 }
 
 static void CancelRequest(DEVICE_OBJECT* device, IRP* irp)
@@ -149,9 +150,7 @@ static void CancelRequest(DEVICE_OBJECT* device, IRP* irp)
 static NTSTATUS Pend(DEVICE_OBJECT* device, IRP* irp, ULONG kind, ULONG code, ULONG inputSize, ULONG dataSize,
                      ULONG outputSize)
 {
-    Entry* const entry = listener != NULL && device != control
-                             ? Queue(device, IoGetCurrentIrpStackLocation(irp)->FileObject, kind, ++lastId, irp)
-                             : NULL;
+    Entry* const entry = Queue(device, IoGetCurrentIrpStackLocation(irp)->FileObject, kind, ++lastId, irp);
     if (entry == NULL) {
         return Complete(irp, STATUS_TABLE_REMOVED, 0);
     }
@@ -188,12 +187,6 @@ static NTSTATUS Exchange(IRP* irp, const IO_STACK_LOCATION* stack)
     const ULONG inputSize = stack->Parameters.DeviceIoControl.InputBufferLength;
     if (stack->Parameters.DeviceIoControl.OutputBufferLength < sizeof(struct DriverRequest)) {
         return Complete(irp, STATUS_BUFFER_TOO_SMALL, 0);
-    }
-    if (exchange != NULL || (listener != NULL && listener != stack->FileObject)) {
-        return Complete(irp, STATUS_DEVICE_BUSY, 0);
-    }
-    if (listener == NULL) {
-        listener = stack->FileObject;
     }
     if (inputSize >= sizeof(*answer) && answer->dataSize <= inputSize - sizeof(*answer)) {
         TakeAnswer(answer);
@@ -258,9 +251,6 @@ static NTSTATUS ControlOfTestProcess(DEVICE_OBJECT* device, IRP* irp, const IO_S
         return Exchange(irp, stack);
     }
     if (code == J4_DRIVER_MARK) {
-        if (listener == NULL) {
-            return Complete(irp, STATUS_DEVICE_NOT_READY, 0);
-        }
         Note(device, NULL, DriverMark, 0);
         return Complete(irp, STATUS_SUCCESS, 0);
     }
@@ -300,10 +290,6 @@ static NTSTATUS NTAPI Dispatch(DEVICE_OBJECT* device, IRP* irp)
     default: /* a handle is opened or closed */
         if (device != control) {
             Note(device, stack->FileObject, stack->MajorFunction == IRP_MJ_CREATE ? DriverOpened : DriverClosed, 0);
-        } else if (stack->MajorFunction == IRP_MJ_CLOSE && listener == stack->FileObject) {
-            listener = NULL;
-            FailAll(&waiting);
-            FailAll(&told);
         }
         return Complete(irp, STATUS_SUCCESS, 0);
     }
