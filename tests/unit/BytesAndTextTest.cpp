@@ -16,8 +16,6 @@ namespace {
 
 using Kestrelon::DeviceDriver::Generic::Utilities::EndianConversion;
 using namespace Kestrelon::Utilities::Tools;
-using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 TEST(EndianConversion, NumbersBothWaysInBothOrders)
@@ -41,20 +39,6 @@ TEST(EndianConversion, NumbersBothWaysInBothOrders)
             EXPECT_EQ(bytes, expected);
         }
     }
-    Bytes bytes(5, 0xAA);
-    EndianConversion::ShortToByteArray(0x0102, bytes.data(), false);
-    EndianConversion::ShortToByteArray(0x0304, bytes.data() + 2, true);
-    EXPECT_EQ(bytes, (Bytes{2, 1, 3, 4, 0xAA}));
-}
-
-TEST(HexString, WritesLowerCaseAtAMinimumWidth)
-{
-    const auto hex = [](auto value, uint16_t width) { return HexStringHelper::ToHexString(value, width); };
-    EXPECT_EQ((Strings{hex(uint32_t{255}, 4), hex(uint32_t{0x12345}, 4), hex(uint32_t{0}, 0), hex(int32_t{-1}, 4),
-                       hex(int32_t{1000}, 4), hex(uint16_t{0xFFFF}, 4), hex(uint8_t{'A'}, 2), hex(uint8_t{7}, 2)}),
-              (Strings{"00ff", "12345", "0", "ffffffff", "03e8", "ffff", "41", "07"}));
-    EXPECT_EQ(HexStringHelper::ToHexString(Bytes{0x00, 0x0A, 0xFF}), "000aff");
-    EXPECT_EQ(HexStringHelper::ToHexString(Bytes()), "");
 }
 
 TEST(HexString, ReadersTakeAnyLengthAndCase)
@@ -100,7 +84,6 @@ TEST(LexicalCast, LenientStopsAtTheNumberStrictWantsAllOfIt)
         EXPECT_EQ(Thrown([&] { lexical_cast<int32_t>(text); }), test.lenient ? "" : failure);
         EXPECT_EQ(Thrown([&] { strict_lexical_cast<int32_t>(text); }), test.strict ? "" : failure);
     }
-    EXPECT_EQ(lexical_cast<int32_t>(std::string("12abc")), 12);
     EXPECT_EQ(lexical_cast<int32_t>(std::string("-2147483648")), std::numeric_limits<int32_t>::min());
     EXPECT_EQ(lexical_cast<uint16_t>(std::string("65535")), 65535);
     EXPECT_NE(Thrown([] { lexical_cast<uint16_t>(std::string("65536")); }), "");
@@ -183,18 +166,9 @@ TEST(SmartPointer, TheLastReferenceDeletes)
 TEST(SmartPointer, ANullAccessNamesTypeAndPlace)
 {
     const SmartPointer<Counted> null(static_cast<Counted*>(nullptr));
-    const SmartPointer<Counted> copy(null);
     const std::string text = std::string("accessed null pointer (") + typeid(Counted).name() + ")";
-    EXPECT_EQ(Thrown([&] { (void)*copy; }), "NullPointerException: " + text);
-    try {
-        (void)copy->value;
-        FAIL();
-    } catch (const Kestrelon::Utilities::Exceptions::NullPointerException& exception) {
-        EXPECT_EQ(exception.what(), text);
-        EXPECT_THAT(exception.TraceText(), StartsWith("\t::Kestrelon::Utilities::Tools::SmartPointer<"));
-        EXPECT_THAT(exception.TraceText(), HasSubstr("::operator->(): "));
-        EXPECT_THAT(exception.TraceText(), Not(HasSubstr("\n")));
-    }
+    EXPECT_EQ(Thrown([&] { (void)*SmartPointer<Counted>(null); }), "NullPointerException: " + text);
+    EXPECT_EQ(Thrown([&] { (void)null->value; }), "NullPointerException: " + text);
 }
 
 TEST(LibraryLoader, AllLocationsLoadTheSameFile)

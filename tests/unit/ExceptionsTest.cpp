@@ -3,13 +3,11 @@
 #include <new>
 #include <sstream>
 
-#include "Utilities/Exceptions/SDKError.h"
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "tests/unit/UnitTest.h"
 
 using namespace Kestrelon::Utilities::Exceptions;
-using Kestrelon::DeviceDriver::J4T::SDKError;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -152,23 +150,6 @@ TEST(Trace, WhatGivesTheTraceOnlyOnDemand)
     EXPECT_EQ(exception.text(), std::string("t"));
     TraceableException::traceInWhat = false;
     EXPECT_STREQ(exception.what(), "t");
-}
-
-TEST(SdkError, CarriesStatusTypeAndTrace)
-{
-    EXPECT_EQ(SDKError().GetExtendedInformation(), "no error\n");
-    EXPECT_EQ(SDKError().code, 0);
-    EXPECT_EQ(SDKError("J4_Scan", 7, "broken", "a").GetExtendedInformation(), "J4_Scan failed: broken\n\ta");
-
-    FirmwareException caught("locked", "a");
-    caught.AddTrace("b");
-    const SDKError error(9, static_cast<const RuntimeException&>(caught));
-    SDKError assigned;
-    assigned = SDKError(error);
-    EXPECT_EQ(assigned.code, 9);
-    EXPECT_STREQ(assigned.what(), "locked");
-    EXPECT_EQ(assigned.GetExtendedInformation(),
-              std::string("locked\n") + typeid(FirmwareException).name() + "\n\ta\n\tb");
 }
 
 }  // namespace

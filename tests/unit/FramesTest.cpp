@@ -1,15 +1,10 @@
 // Frames on the line: requests, replies, waits and attempts.
-#include "Utilities/Exceptions/TraceableException.h"
 #include "tests/unit/Channel.h"
 
 namespace J4Test {
 namespace {
 
 using namespace Kestrelon::DeviceDriver::J4T::Communication;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 constexpr const char* Lost = "CommunicationTimeoutException: Read timeout.";
 constexpr const char* NoStart = "CommunicationTimeoutException: Missing ':'.";
@@ -143,23 +138,6 @@ TEST(Frames, WhatBecomesOfAReply)
     EXPECT_EQ(frames.Send(), "");
     EXPECT_EQ(frames.command.errorByte, 4);
     EXPECT_EQ(frames.command.acknowledge, AcknowledgeData);
-}
-
-// Helpers of a class do not stand between the failure and the method that an operator looks up.
-TEST(Frames, TheTraceBeginsWithTheMethodThatFailed)
-{
-    const std::string owner = "\t::Kestrelon::DeviceDriver::J4T::Communication::j4TableCommunication::";
-    for (const auto& [line, method] : std::vector<std::pair<std::string, std::string>>{
-             {"", "ReceiveData"}, {"x" + Good, "ParseCommand"}, {":!a0141", "ParseCommand"}}) {
-        Frames frames;
-        frames.usb.Expect("a0", {line});
-        try {
-            frames.manager.GetInfo()->GetStatus();
-            FAIL() << line;
-        } catch (const Kestrelon::Utilities::Exceptions::TraceableException& exception) {
-            EXPECT_THAT(exception.TraceText(), AllOf(StartsWith(owner + method + "(): "), Not(HasSubstr("::Ask("))));
-        }
-    }
 }
 
 // One idle poll of the bridge is 16 milliseconds of a time-out.

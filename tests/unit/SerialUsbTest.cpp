@@ -124,32 +124,11 @@ TEST(SerialUsb, ClearingDrainsOneTransfer)
     EXPECT_EQ(open.usb.reads, 2 + 10);
 }
 
-TEST(SerialUsb, OpensSetsUpAndCloses)
-{
-    ScriptedUsb usb;
-    {
-        SerialUSB serial;
-        EXPECT_EQ(usb.vendorId, 0x0971u);
-        EXPECT_EQ(usb.productId, 0x2004u);
-        serial.CloseDevice();
-        serial.OpenDevice(3);
-        serial.InitCom();
-        serial.WriteString(";a034\r");
-        serial.OpenDevice(1);
-        serial.CloseDevice();
-        serial.CloseDevice();
-        serial.OpenDevice(2);
-    }
-    EXPECT_EQ(usb.journal, (Strings{"open 3", "control 0 0 0 out 0", "control 0 1 0 out 0", "control 0 2 0 out 0",
-                                    "control 3 52 0 out 0", "control 4 8 0 out 0", "write ;a034", "close", "open 1",
-                                    "close", "open 2", "close"}));
-    EXPECT_EQ(usb.reads, 0);
-}
-
-TEST(SerialUsb, RefusesTrafficWhileClosed)
+TEST(SerialUsb, RefusesTrafficWhileClosedAndBearsFailures)
 {
     ScriptedUsb usb;
     SerialUSB serial;
+    serial.CloseDevice();
     usb.FailAt("open");
     EXPECT_EQ(Thrown([&] { serial.OpenDevice(0); }), "CommunicationException: scripted failure of open");
     EXPECT_EQ(Thrown([&] { serial.InitCom(); }), NotOpen);
@@ -158,22 +137,23 @@ TEST(SerialUsb, RefusesTrafficWhileClosed)
     EXPECT_EQ(Thrown([&] { serial.ClearCache(); }), "");
     EXPECT_EQ(serial.SerialNumber(), "T1001");
     EXPECT_EQ(usb.journal, (Strings{"open 0", "serial"}));
-}
-
-TEST(SerialUsb, FailuresOfTheDevicePassAndLeaveTheChannelOpen)
-{
-    OpenSerial open;
+    serial.OpenDevice(0);
     for (const auto& [call, action] :
-         std::vector<std::pair<std::string, std::function<void()>>>{{"write", [&] { open.serial.WriteString("x"); }},
-                                                                    {"read", [&] { open.serial.Read(1, 0); }},
-                                                                    {"control", [&] { open.serial.InitCom(); }},
-                                                                    {"serial", [&] { open.serial.SerialNumber(); }},
-                                                                    {"close", [&] { open.serial.CloseDevice(); }}}) {
-        open.usb.FailAt(call);
+         std::vector<std::pair<std::string, std::function<void()>>>{{"write", [&] { serial.WriteString("x"); }},
+                                                                    {"read", [&] { serial.Read(1, 0); }},
+                                                                    {"control", [&] { serial.InitCom(); }},
+                                                                    {"serial", [&] { serial.SerialNumber(); }},
+                                                                    {"close", [&] { serial.CloseDevice(); }}}) {
+        usb.FailAt(call);
         EXPECT_EQ(Thrown(action), "CommunicationException: scripted failure of " + call);
-        open.usb.Deliver("z");
-        EXPECT_EQ(open.serial.Read(1, 0), "z") << call;
+        usb.Deliver("z");
+        EXPECT_EQ(serial.Read(1, 0), "z") << call << " leaves the channel open";
     }
+    usb.Clear();
+    serial.OpenDevice(3);
+    serial.CloseDevice();
+    serial.CloseDevice();
+    EXPECT_EQ(usb.journal, (Strings{"close", "open 3", "close"}));
 }
 
 TEST(ComManager, OpensDrainsAndSetsUpWithoutACommand)
@@ -182,6 +162,8 @@ TEST(ComManager, OpensDrainsAndSetsUpWithoutACommand)
     usb.Deliver("left over");
     {
         j4TableComManager manager(2);
+        EXPECT_EQ(usb.vendorId, 0x0971u);
+        EXPECT_EQ(usb.productId, 0x2004u);
         EXPECT_EQ(usb.reads, 1);
         EXPECT_EQ(usb.journal, (Strings{"open 2", "control 0 0 0 out 0", "control 0 1 0 out 0", "control 0 2 0 out 0",
                                         "control 3 52 0 out 0", "control 4 8 0 out 0"}));
@@ -202,49 +184,18 @@ TEST(ComManager, OpensDrainsAndSetsUpWithoutACommand)
     EXPECT_THAT(usb.journal, Contains("close").Times(1));
 }
 
-TEST(ComManager, TheChannelClosesWithItsLastUser)
+TEST(ComManager, AskedAfterItsChannelHasClosed)
 {
     Channel channel;
-    {
-        const auto motors = channel.manager.GetMotors();
-        channel.manager.UnInitialize();
-        EXPECT_EQ(channel.usb.journal, Strings());
-    }
-    EXPECT_EQ(channel.usb.journal, Strings{"close"});
+    const auto motors = channel.manager.GetMotors();
+    EXPECT_TRUE(channel.manager.IsTableConnected());
+    channel.usb.FailAt("serial");
+    EXPECT_FALSE(channel.manager.IsTableConnected());
+    channel.manager.UnInitialize();
+    EXPECT_FALSE(channel.manager.IsTableConnected());
     EXPECT_THAT(Thrown([&] { channel.manager.WriteSerialData(""); }),
                 StartsWith("NullPointerException: accessed null"));
     EXPECT_THAT(Thrown([&] { channel.manager.GetInfo()->GetStatus(); }), StartsWith("NullPointerException: accessed"));
-    EXPECT_FALSE(channel.manager.IsTableConnected());
-}
-
-TEST(ComManager, ATableIsConnectedWhenItTellsItsSerialNumber)
-{
-    Channel channel;
-    EXPECT_TRUE(channel.manager.IsTableConnected());
-    for (const std::string& serial : {std::string("T1001"), std::string(127, '7'), std::string()}) {
-        channel.usb.serialNumber = serial;
-        EXPECT_EQ(channel.manager.GetSerialNumber(), serial);
-        EXPECT_EQ(channel.manager.IsTableConnected(), !serial.empty());
-    }
-    channel.usb.serialNumber = "T1001";
-    channel.usb.FailAt("serial");
-    EXPECT_FALSE(channel.manager.IsTableConnected());
-    channel.usb.FailAt("serial");
-    EXPECT_EQ(Thrown([&] { channel.manager.GetSerialNumber(); }), "CommunicationException: scripted failure of serial");
-    EXPECT_EQ(channel.usb.requests, Strings());
-}
-
-TEST(ComManager, RawTextGetsItsChecksumAndNothingElse)
-{
-    Channel channel;
-    channel.manager.WriteSerialData(";a0");
-    channel.manager.WriteSerialData("");
-    channel.manager.WriteToSerialLogFile("x");
-    EXPECT_EQ(channel.usb.journal, (Strings{"write ;a034", "write 00"}));
-    EXPECT_EQ(channel.usb.requests, Strings{"a0"});
-    channel.usb.Deliver("anything at all");
-    EXPECT_EQ(channel.manager.ReadSerialData(8, 0), "anything");
-    EXPECT_EQ(channel.manager.ReadSerialData(100, 0), " at all");
 }
 
 }  // namespace
