@@ -9,35 +9,6 @@
 namespace J4Bench {
 namespace {
 
-TEST(Bench, InstrumentSitsInOneSeatAtMost)
-{
-    Bench bench;
-    ASSERT_TRUE(bench.SetTableCount(2));
-    ASSERT_TRUE(bench.SeatInstrument(0, "17"));
-    EXPECT_EQ(bench.CarriageOf("17"), &bench.TableAt(0)->Controller());
-    ASSERT_TRUE(bench.SeatInstrument(1, "17"));
-    EXPECT_EQ(bench.SeatedInstrument(0), "");
-    EXPECT_EQ(bench.CarriageOf("17"), &bench.TableAt(1)->Controller());
-    ASSERT_TRUE(bench.SeatInstrument(1, ""));
-    EXPECT_EQ(bench.CarriageOf("17"), nullptr);
-    EXPECT_EQ(bench.CarriageOf(""), nullptr) << "an empty seat is no instrument";
-    EXPECT_FALSE(bench.SeatInstrument(2, "17"));
-}
-
-TEST(Bench, TablesComeAndGo)
-{
-    Bench bench;
-    EXPECT_EQ(bench.TableCount(), 1u);
-    const auto first = bench.TableAt(0);
-    EXPECT_TRUE(bench.SetTableCount(127));
-    EXPECT_EQ(bench.TableAt(0), first);
-    EXPECT_EQ(bench.TableAt(126)->UsbSerial(), "640127");
-    EXPECT_FALSE(bench.SetTableCount(128));
-    EXPECT_EQ(bench.TableCount(), 127u);
-    EXPECT_TRUE(bench.SetTableCount(0));
-    EXPECT_EQ(bench.TableAt(0), nullptr);
-}
-
 TEST(Bench, ResetMakesAFreshWorldInWhichTimeGoesOn)
 {
     Bench bench;

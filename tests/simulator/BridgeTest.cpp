@@ -103,19 +103,6 @@ TEST_F(BridgeTest, PacksRepliesWhichTakeTheirTimeOnTheLine)
     }
 }
 
-TEST_F(BridgeTest, TransferEndsWithItsFirstShortPacketOrAFullBuffer)
-{
-    Read();
-    Send("u8000000000100");
-    Send("u8000000000100");
-    clock.Advance(400000);
-    EXPECT_EQ(Read(128).size(), 128u);
-    const std::vector<uint8_t> rest = Read();
-    EXPECT_EQ(Payload(rest).size(), 2 * 520u - 2 * 62);
-    EXPECT_NE(rest.size() % 64, 0u);
-    EXPECT_EQ(Read().size(), 2u);
-}
-
 TEST_F(BridgeTest, LineMustBeSetUpLikeTheTables)
 {
     const auto heard = [this](uint16_t divisor, uint16_t format) {

@@ -1,42 +1,13 @@
 #include "simulator/table/ConfigurationBlock.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
-#include <numeric>
 #include <utility>
 #include <vector>
 
 namespace J4Bench {
 namespace {
-
-TEST(ConfigurationBlock, FactoryBlockHasTheHostsLayout)
-{
-    const std::vector<uint8_t> block = ConfigurationBlock::Factory();
-    ASSERT_EQ(block.size(), 360u);
-    std::vector<uint32_t> words;
-    for (size_t i = 0; i < block.size(); i += 4) {
-        words.push_back(block[i] | block[i + 1] << 8 | block[i + 2] << 16 | static_cast<uint32_t>(block[i + 3]) << 24);
-    }
-    constexpr uint32_t unused = 0xffffffff;
-    constexpr uint32_t least = static_cast<uint32_t>(-100);
-    EXPECT_THAT(std::vector(words.begin(), words.begin() + 17),
-                testing::ElementsAre(360, 0x322e3156, 3, 5000, 4000, 300, 500, 1000, 800, unused, unused, 800, least,
-                                     800, least, 400, unused));
-    EXPECT_THAT(std::vector(words.begin() + 58, words.begin() + 62),
-                testing::ElementsAre(1704067200, unused, 0, unused));
-    EXPECT_EQ(words[88], unused);
-    float before = 0.85f;
-    for (size_t band = 0; band < SpectrumLength; ++band) {
-        const float white = std::bit_cast<float>(words[22 + band]);
-        EXPECT_EQ(white, ConfigurationBlock::FactoryWhiteBase()[band]);
-        EXPECT_LT(white, 0.94f);
-        EXPECT_NEAR(white, before, 0.02f) << "smooth";
-        before = white;
-    }
-    EXPECT_EQ(std::accumulate(block.begin(), block.end() - 4, words[89]), 0u);
-}
 
 TEST(ConfigurationBlock, JudgesWhatTheFlashHolds)
 {

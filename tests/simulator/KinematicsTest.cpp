@@ -8,26 +8,9 @@
 namespace J4Bench {
 namespace {
 
-TEST(Kinematics, ConvertsBetweenVisorAndSensor)
+TEST(Kinematics, TheElbowHasItsStops)
 {
     const Kinematics arm(5000, 4000, 500, 300);
-    const auto sensor = arm.VisorToSensor({5000, 3000});
-    ASSERT_TRUE(sensor);
-    EXPECT_NEAR(sensor->x, 4661.95, 0.01);
-    EXPECT_NEAR(sensor->y, 3475.10, 0.01);
-    // In one pose the two points stand as far apart as they do on the arm, and convert into one another.
-    for (double x = 1500; x <= 6000; x += 250) {
-        for (double y = -2000; y <= 5000; y += 250) {
-            const auto visor = arm.SensorToVisor({x, y});
-            ASSERT_TRUE(visor);
-            EXPECT_NEAR(std::hypot(visor->x - x, visor->y - y), std::hypot(500, 300), 1e-6);
-            const auto back = arm.VisorToSensor(*visor);
-            ASSERT_TRUE(back);
-            EXPECT_NEAR(back->x, x, 1e-6);
-            EXPECT_NEAR(back->y, y, 1e-6);
-        }
-    }
-    // At its stops the elbow folds or stretches the arm and goes no further.
     const auto folded = arm.VisorToSensor({1488, 0});
     ASSERT_TRUE(folded);
     EXPECT_NEAR(std::hypot(folded->x, folded->y), 5000 - 4000, 0.01);

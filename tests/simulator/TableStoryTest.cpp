@@ -302,13 +302,5 @@ TEST(TableCurrent, CountsForACommandThatIsStillInWork)
     EXPECT_EQ(lone.line.Ask("c2"), "$c1000 $c2001");
 }
 
-TEST(WireText, ChecksumsAreThoseOfTheProtocol)
-{
-    EXPECT_EQ(WireChecksum(";a0"), "34");
-    EXPECT_EQ(WireChecksum(":$a000a12f0"), "57");
-    EXPECT_EQ(WireChecksum(";m003e807d0012c"), "37");
-    EXPECT_EQ(WireChecksum(":!m0"), "08");
-}
-
 }  // namespace
 }  // namespace J4Bench

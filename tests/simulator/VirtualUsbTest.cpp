@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <functional>
 
 #include "Utilities/Exceptions/TableExceptions.h"
@@ -25,37 +24,7 @@ protected:
         }
         return "";
     }
-
-    void Talk(VirtualUsb& usb)
-    {
-        usb.DeviceIo(3, 52, 0, false, nullptr, 0);
-        usb.DeviceIo(4, 8, 0, false, nullptr, 0);
-        usb.Write(Kestrelon::DeviceDriver::J4T::LowLevel::Usb::PipeOut, ";a034\r", 6);
-        Bench::Instance().Clock().Advance(50000);
-        unsigned char buffer[256];
-        unsigned long length = sizeof buffer;
-        usb.Read(Kestrelon::DeviceDriver::J4T::LowLevel::Usb::PipeIn, buffer, &length);
-        EXPECT_EQ(std::string(buffer + 2, buffer + length), ":$a00000012be\r");
-    }
 };
-
-TEST_F(VirtualUsbTest, OpensTalksAndTellsItsSerialNumber)
-{
-    Bench::Instance().SetTableCount(2);
-    VirtualUsb usb;
-    unsigned short count = 0;
-    usb.Scan(count);
-    EXPECT_EQ(count, 2);
-    usb.Open(1);
-    char serial[128];
-    std::memset(serial, 'x', sizeof serial);
-    usb.GetSerialNumber(serial);
-    EXPECT_STREQ(serial, "640002");
-    Talk(usb);
-    usb.Close();
-    usb.Open(0);
-    Talk(usb);
-}
 
 TEST_F(VirtualUsbTest, FailuresHaveTheDriversWords)
 {
