@@ -103,11 +103,13 @@ TEST_F(PairingTest, AnInstrumentWithoutTheModeIsSkipped)
     library.devices = {{"Sorvane0", 0}, {"Sorvane1", 0}};
     library.seatedDevice = "Sorvane1";
     int modes = 0;
-    library.script["J4_SetOption MeasurementMode SingleReflectance"] = [&] { return ++modes <= 2 ? 6 : 0; };
+    library.script["J4_SetOption MeasurementMode SingleReflectance"] = [&] { return ++modes <= 1 ? 6 : 0; };
     library.samples = {Flat(0.25f), Flat(0.75f)};
+    library.options["MeasurementMode"] = "ScanningReflectance";
     EXPECT_EQ(J4_IsTableConnected(), 0);
     EXPECT_EQ(library.options["DeviceType"], "Sorvane1");
-    EXPECT_THAT(library.samples, ElementsAre(Each(0.25f), Each(0.75f))) << "the application's, in their order";
+    EXPECT_EQ(library.options["MeasurementMode"], "ScanningReflectance") << "the application's, as its samples";
+    EXPECT_THAT(library.samples, ElementsAre(Each(0.25f), Each(0.75f))) << "in their order";
 }
 
 TEST_F(PairingTest, ASampleThatCannotBeReadEndsThePairingWithTheStoreAsItIs)

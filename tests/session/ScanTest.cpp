@@ -93,25 +93,6 @@ TEST_F(ScanTest, ATableThatFailsOnTheWayIsUsableAgain)
     }
 }
 
-TEST_F(ScanTest, ACableThatComesOutAtAnyMomentIsSurvived)
-{
-    int failed = 0;
-    for (int transfers = 0; transfers <= 75; transfers += 3) {
-        Set("Simulator.UnplugAfterTransfers", std::to_string(transfers));
-        const J4_Result result = ScanRow();
-        Set("Simulator.UnplugAfterTransfers", "-1");
-        Set("Simulator.TableUnplugged", "no");
-        LetTheLineFallSilent();
-        if (result != 0) {
-            ++failed;
-            EXPECT_EQ(result, J4_ResultDeviceNotConnected) << transfers << ": " << Application::failures.back();
-        }
-        EXPECT_EQ(ScanRow(), 0) << transfers << ": " << Application::failures.back();
-        ExpectPatches();
-    }
-    EXPECT_GT(failed, 10) << "the transfers of a scan were hit";
-}
-
 TEST_F(ScanTest, SamplesAreReadAsSpectraColoursAndDensities)
 {
     ASSERT_EQ(ScanRow(), 0);

@@ -10,16 +10,17 @@ using testing::IsEmpty;
 
 struct StartTest : SessionTest {
     /// The test whether the selected instrument sits in the table.
-    static Lines CurrentTest(const std::string& samplesBefore = {})
+    static Lines CurrentTest()
     {
-        Lines lines = {"get MeasurementMode", "J4_GetNumberOfAvailableSamples"};
-        if (!samplesBefore.empty()) {
-            lines.push_back("J4_GetSpectrum 0");
-        }
-        return Joined(
-            {lines,
-             {"table c0", "table c1", "set MeasurementMode SingleReflectance", "J4_TriggerMeasurement = 3", "table c2",
-              "private 1 " + (samplesBefore.empty() ? "0" : samplesBefore), "set MeasurementMode SingleReflectance"}});
+        return {"get MeasurementMode",
+                "J4_GetNumberOfAvailableSamples",
+                "table c0",
+                "table c1",
+                "set MeasurementMode SingleReflectance",
+                "J4_TriggerMeasurement = 3",
+                "table c2",
+                "private 1 0",
+                "set MeasurementMode SingleReflectance"};
     }
 };
 
@@ -77,25 +78,6 @@ TEST_F(StartTest, EveryTableCallConnectsByItself)
     }
 }
 
-TEST_F(StartTest, PairingKeepsTheApplicationsSamplesAndMode)
-{
-    // Without a table, the first instrument measures its own white.
-    Set("Simulator.TableUnplugged", "yes");
-    Set("MeasurementMode", "ScanningReflectance");
-    EXPECT_EQ(J4_Calibrate(), 0);
-    EXPECT_EQ(J4_TriggerMeasurement(), 0);
-    const Spectrum before = Measured();
-    Set("Simulator.TableUnplugged", "no");
-
-    StartJournal();
-    EXPECT_EQ(J4_IsTableConnected(), 0);
-    EXPECT_THAT(LinesThatBegin(TakeJournal(), {"private 1", "J4_Trigger"}),
-                ElementsAre("J4_TriggerMeasurement = 3", "private 1 1", "J4_TriggerMeasurement = 3", "private 1 1"));
-    EXPECT_EQ(J4_GetNumberOfAvailableSamples(), 1);
-    EXPECT_EQ(Measured(), before);
-    EXPECT_EQ(GetOption("MeasurementMode"), "ScanningReflectance");
-}
-
 TEST_F(StartTest, WithoutAnInstrumentInTheTableNothingIsChosen)
 {
     Set("Simulator.SeatedInstrument", "none");
@@ -144,29 +126,6 @@ TEST_F(StartTest, TheOptionChoosesAmongSeveralTables)
 
     EXPECT_EQ(SetOption("J4TDeviceType", "J4TSorvaneTable3"), J4_ResultDeviceNotConnected) << "there are only two";
     EXPECT_EQ(GetOption("J4TSerialNumber"), "640001") << "the next call makes the first table";
-}
-
-TEST_F(StartTest, AGoneInstrumentRebuildsItsTable)
-{
-    MakeReady();
-    Set("J4TMoveSpeed", "111");
-
-    Set("Simulator.Unplug", "240117");
-    EXPECT_EQ(J4_IsConnected(), 0);
-    EXPECT_EQ(Application::messages, (std::vector<DeviceMessage>{{1, "240117"}}));
-    EXPECT_EQ(GetOption("J4TMoveSpeed"), "111") << "not the table's instrument";
-
-    Set("Simulator.Unplug", seated);
-    EXPECT_EQ(J4_IsConnected(), 1);
-    EXPECT_EQ(Application::messages.back(), (DeviceMessage{1, seated}));
-    EXPECT_EQ(J4_IsTableConnected(), J4_ResultSpectrophotometerNotConnected);
-
-    Set("Simulator.Unplug", "none");
-    StartJournal();
-    EXPECT_EQ(J4_IsTableConnected(), 0);
-    EXPECT_FALSE(LinesThatBegin(TakeJournal(), {"set DeviceType"}).empty()) << "searched anew";
-    EXPECT_EQ(GetOption("J4TMoveSpeed"), "300") << "a table at its defaults";
-    EXPECT_EQ(GetOption("J4TJ4SerialNumber"), seated);
 }
 
 }  // namespace
