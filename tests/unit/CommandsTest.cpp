@@ -197,6 +197,7 @@ TEST_F(Commands, RequestsAnswersAndRefusals)
         {[&] { flash->WriteToRam(Bytes(256, 0x0A), 0, 1); }, "u900002" + Repeated(256, "0a"), {"$u90"}, ""},
         {[&] { flash->WriteToRam(Bytes(127), 0x1001, 1); }, "", {}, firmware + "Invalid start address: 4097"},
         {[&] { flash->WriteToRam(Bytes(255), 0, 1); }, "", {}, firmware + "Invalid number of bytes."},
+        {[&] { flash->WriteToRam(Bytes(), 0, 1); }, "", {}, firmware + "Invalid number of bytes."},
         {[&] { flash->WriteToFlash(Bytes(), 0x1E000, 1); }, "", {}, firmware + "Invalid flash address: 122880"},
         {[&] { flash->WriteToFlash(Bytes(), 0x1FFF, 1); }, "", {}, firmware + "Invalid flash address: 8191"},
         {[&] { flash->WriteToFlash(Bytes(), 0x2100, 1); }, "", {}, firmware + "Flash address not on boundary."},
