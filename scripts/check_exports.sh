@@ -1,7 +1,8 @@
 #!/bin/sh
-# Tests what is shipped: that no library holds a build path, that the Windows DLL needs the system alone and is marked
-# for safe loading, and that each library shows exactly the functions in its module-definition file: the 22 of the
-# header, on Windows with the ordinals 4 to 25, and in the instrument's stand-in the sixteen that the bridge binds.
+# Tests what is shipped: that no library holds a build path, that the Windows DLL needs the system alone, is marked for
+# safe loading and tells its version, and that each library shows exactly the functions in its module-definition file:
+# the 22 of the header, on Windows with the ordinals 4 to 25, and in the instrument's stand-in the sixteen that the
+# bridge binds.
 set -eu
 cd "$(dirname "$0")/.."
 

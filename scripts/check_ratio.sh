@@ -1,5 +1,5 @@
 #!/bin/sh
-# Prints how much of all lines of code is test code. Between a quarter and a third is wanted.
+# Prints how much of all lines of code is test code, and fails unless it is a quarter to a third.
 # Sources and scripts count; documents, build descriptions, data and vendored files don't.
 set -eu
 cd "$(dirname "$0")/.."
@@ -13,4 +13,9 @@ lines() {
 tests=$(lines ./tests)
 all=$(lines .)
 permille=$((1000 * tests / all))
-echo "test code: $tests of $all lines, $((permille / 10)).$((permille % 10)) % (wanted: a quarter to a third)"
+figure="test code: $tests of $all lines, $((permille / 10)).$((permille % 10)) %"
+if [ $((4 * tests)) -lt "$all" ] || [ $((3 * tests)) -gt "$all" ]; then
+    echo "$figure; it has to be a quarter to a third, $(((all + 3) / 4)) to $((all / 3)) lines" >&2
+    exit 1
+fi
+echo "$figure (a quarter to a third)"
