@@ -5,10 +5,13 @@
 #include <filesystem>
 #include <system_error>
 
+#include "Utilities/Tools/FilePath.h"
 #include "tools/Platform.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
+
+using Kestrelon::Utilities::Tools::PathOf;
 
 namespace {
 
@@ -27,7 +30,7 @@ public:
     {
         for (int number = 1; file == nullptr; ++number) {
             name = fileName + "." + std::to_string(number) + ".tmp";
-            file = Platform::CreateNew(name);
+            file = Platform::CreateNew(PathOf(name));
             if (file == nullptr && errno != EEXIST) {
                 Fail(fileName, LastError());
             }
@@ -39,7 +42,7 @@ public:
         Close();
         if (!name.empty()) {
             std::error_code ignored;
-            std::filesystem::remove(name, ignored);
+            std::filesystem::remove(PathOf(name), ignored);
         }
     }
 
@@ -58,7 +61,7 @@ public:
         if (!Close()) {
             Fail(target, LastError());
         }
-        if (const std::error_code error = Platform::MoveOver(name, target)) {
+        if (const std::error_code error = Platform::MoveOver(PathOf(name), PathOf(target))) {
             Fail(target, error);
         }
         name.clear();

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 
+#include "Utilities/Tools/FilePath.h"
 #include "tools/Platform.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
 
 using Kestrelon::Utilities::Tools::LibraryLoader;
+using Kestrelon::Utilities::Tools::NameOf;
+using Kestrelon::Utilities::Tools::PathOf;
 using std::filesystem::path;
 
 namespace {
@@ -42,7 +45,7 @@ LibraryLoader Load(bool isVirtual, const path& wanted)
         if (found->has_parent_path()) {
             Platform::AddLibraryFolder(std::filesystem::absolute(*found).parent_path());
         }
-        return LibraryLoader(found->string(), AnyLocation);
+        return LibraryLoader(NameOf(*found), AnyLocation);
     } catch (const std::exception& error) {
         throw ToolError(ExitCode::Library, error.what(),
                         "Install the library, name the file with --library PATH, or work on the virtual table with "
@@ -80,16 +83,16 @@ void Library::Resolve(Function& function, const char* name)
 
 Library::Library(bool isVirtual, const path& wanted) : loader(Load(isVirtual, wanted))
 {
-    const bool foundVirtual = IsVirtualVariant(Path());
+    const bool foundVirtual = IsVirtualVariant(PathOf(Path()));
     // Who asks for a table must not get a simulation because the system found that first.
     if (!isVirtual && wanted.empty() && foundVirtual) {
         throw ToolError(ExitCode::Library, "only the virtual variant of the library was found: " + Path(),
                         "Install the library for real tables, or say --virtual.");
     }
     // The virtual table needs the instrument of its own bench, not one that the system finds first.
-    const path instrument = path(Path()).replace_filename(Platform::LibraryFileName(InstrumentName));
+    const path instrument = PathOf(Path()).replace_filename(Platform::LibraryFileName(InstrumentName));
     if (foundVirtual && Exists(instrument)) {
-        virtualInstrument.emplace(instrument.string(), AnyLocation);
+        virtualInstrument.emplace(NameOf(instrument), AnyLocation);
     }
     Resolve(functions.Calibrate, "J4_Calibrate");
     Resolve(functions.TriggerMeasurement, "J4_TriggerMeasurement");

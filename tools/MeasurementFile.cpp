@@ -7,6 +7,7 @@
 #include <numbers>
 #include <sstream>
 
+#include "Utilities/Tools/FilePath.h"
 #include "chart/ChartReader.h"
 #include "chart/cgats/CgatsFields.h"
 #include "chart/cgats/CgatsFile.h"
@@ -148,7 +149,7 @@ CgatsTable FullTable(const ChartLayout& layout, const Measurements& measurements
 /// The text of a partial file. Where the scan had no time to end it, the last line may be cut, and the end is missing.
 std::string WholeText(const std::string& fileName)
 {
-    std::ifstream input(fileName, std::ios::binary);
+    std::ifstream input(Kestrelon::Utilities::Tools::PathOf(fileName), std::ios::binary);
     if (!input) {
         throw J4Chart::CgatsError(0, "the file can't be opened");
     }

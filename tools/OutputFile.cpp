@@ -5,19 +5,22 @@
 #include <filesystem>
 #include <system_error>
 
+#include "Utilities/Tools/FilePath.h"
 #include "tools/AtomicFile.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
+
+using Kestrelon::Utilities::Tools::PathOf;
 
 namespace {
 
 bool IsSameFile(const std::string& first, const std::string& second)
 {
     std::error_code error;
-    return std::filesystem::equivalent(first, second, error) ||
-           std::filesystem::absolute(first, error).lexically_normal() ==
-               std::filesystem::absolute(second, error).lexically_normal();
+    return std::filesystem::equivalent(PathOf(first), PathOf(second), error) ||
+           std::filesystem::absolute(PathOf(first), error).lexically_normal() ==
+               std::filesystem::absolute(PathOf(second), error).lexically_normal();
 }
 
 }  // namespace
@@ -25,7 +28,7 @@ bool IsSameFile(const std::string& first, const std::string& second)
 void OutputFile::RequireRegular(const std::string& name)
 {
     std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::symlink_status(name, error);
+    const std::filesystem::file_status status = std::filesystem::symlink_status(PathOf(name), error);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
         const char* const kind = std::filesystem::is_directory(status) ? "a folder"
                                  : std::filesystem::is_symlink(status) ? "a link"
@@ -52,7 +55,7 @@ OutputFile::OutputFile(const std::string& name, bool replace, const std::vector<
         }
     }
     std::error_code error;
-    if (!replace && std::filesystem::exists(name, error)) {
+    if (!replace && std::filesystem::exists(PathOf(name), error)) {
         throw ToolError(ExitCode::File, "'" + name + "' exists", "Name another file, or replace it with --force.");
     }
     RequireWritable(name);

@@ -5,11 +5,14 @@
 #include <system_error>
 #include <utility>
 
+#include "Utilities/Tools/FilePath.h"
 #include "tools/AtomicFile.h"
 #include "tools/Platform.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
+
+using Kestrelon::Utilities::Tools::PathOf;
 
 PartialFile::PartialFile(std::string name, const ChartLayout& layout, MeasurementFile::Conditions conditions)
     : name(std::move(name)), layout(layout), conditions(std::move(conditions))
@@ -36,7 +39,7 @@ std::string PartialFile::Begin()
         return error.what();
     }
     unwritten.clear();
-    file = Platform::OpenToAppend(name);
+    file = Platform::OpenToAppend(PathOf(name));
     if (file == nullptr) {
         return "opening '" + name + "' failed: " + std::generic_category().message(errno);
     }
@@ -82,7 +85,7 @@ void PartialFile::Remove()
 {
     Close();
     std::error_code ignored;
-    std::filesystem::remove(name, ignored);
+    std::filesystem::remove(PathOf(name), ignored);
 }
 
 }  // namespace J4Tool

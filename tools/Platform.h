@@ -18,6 +18,9 @@ std::string LibraryFileName(const std::string& name);
 /// Lets the system look into a folder for what a library there needs.
 void AddLibraryFolder(const std::filesystem::path& folder);
 
+/// Has the console show UTF-8 as long as the program runs.
+void PrepareConsole();
+
 /// True when a person reads the stream, or types into it.
 bool IsTerminal(std::FILE* stream);
 

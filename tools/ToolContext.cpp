@@ -1,5 +1,6 @@
 #include "tools/ToolContext.h"
 
+#include "Utilities/Tools/FilePath.h"
 #include "chart/cgats/CgatsFields.h"
 #include "tools/Interrupt.h"
 #include "tools/ToolError.h"
@@ -31,7 +32,7 @@ Session& ToolContext::Open()
         RequireSendable(setting.substr(0, middle), setting.substr(middle + 1));
     }
     Interrupt::Install(json ? nullptr : "\nending: what is under way is finished first, then the table is let go\n");
-    library.emplace(isVirtual, libraryPath);
+    library.emplace(isVirtual, Kestrelon::Utilities::Tools::PathOf(libraryPath));
     session = std::make_unique<Session>(library->Functions());
     session->RequireInstrumentLibrary();
     if (!chartFile.empty()) {

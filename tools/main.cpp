@@ -7,9 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "Utilities/Tools/FilePath.h"
 #include "tools/ExitCode.h"
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
+#include "tools/Platform.h"
 #include "tools/StatusTable.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
@@ -31,7 +33,8 @@ std::vector<std::string> Arguments(int argc, char** argv, const CLI::App& app)
         const std::string next = i + 1 < argc ? argv[i + 1] : "";
         arguments.push_back(argv[i]);
         std::error_code error;
-        if (arguments.back() == "--virtual" && !isCommand(next) && std::filesystem::is_regular_file(next, error)) {
+        if (arguments.back() == "--virtual" && !isCommand(next) &&
+            std::filesystem::is_regular_file(Kestrelon::Utilities::Tools::PathOf(next), error)) {
             arguments.push_back("--chart");
         } else if (arguments.back() == "--corners" &&
                    (next.empty() || next.find_first_not_of("0123456789.,-+eE") != std::string::npos)) {
@@ -114,6 +117,7 @@ int EndParsing(const CLI::ParseError& error, const CLI::App& app, const std::vec
 
 int main(int argc, char** argv)
 {
+    Platform::PrepareConsole();
     ToolContext context;
     CLI::App app("Measures printed charts with the J4 Tavla scanning table.", "j4tavla");
     app.require_subcommand(1);

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Utilities/Tools/FilePath.h"
 #include "chart/cgats/CgatsFields.h"
 
 namespace J4Chart {
@@ -277,7 +278,7 @@ CgatsFile CgatsFile::Read(std::istream& input)
 
 CgatsFile CgatsFile::Read(const std::string& fileName)
 {
-    std::ifstream input(fileName, std::ios::binary);
+    std::ifstream input(Kestrelon::Utilities::Tools::PathOf(fileName), std::ios::binary);
     if (!input) {
         throw CgatsError(0, "the file can't be opened");
     }

@@ -72,7 +72,7 @@ WAYS = ("RECOGNISED", "FITTED", "SPOT")
 def tool(arguments, program=PROGRAM, **options):
     # Not into pipes: what Wine starts in the background would hold them open for seconds.
     with tempfile.TemporaryFile() as output, tempfile.TemporaryFile() as errors:
-        run = subprocess.run(RUNNER + [program] + arguments.split(), stdin=subprocess.DEVNULL, stdout=output,
+        run = subprocess.run(RUNNER + [program] + (arguments.split() if isinstance(arguments, str) else arguments), stdin=subprocess.DEVNULL, stdout=output,
                              stderr=errors, check=False, **options)
         for name, file in (("stdout", output), ("stderr", errors)):
             file.seek(0)
@@ -307,6 +307,16 @@ class ToolTest(unittest.TestCase):
         write("piped.cgats", tool(scan.replace("m.cgats", "-")).stdout)
         self.assert_measured("piped.cgats", "chart.cgats")
         os.remove("piped.cgats")
+        os.mkdir("mit Räum €")
+        shutil.copy("chart.cgats", "mit Räum €/chärt €.cgats")
+        for words in (["scan", "--virtual", "mit Räum €/chärt €.cgats", "-o", "mit Räum €/m €.cgats"],
+                      ["report", "mit Räum €/m €.cgats", "-o", "mit Räum €/r €.html"]):
+            run = tool(words)
+            self.assertEqual(run.returncode, DONE, run.stderr)
+            self.assertIn(words[-1], run.stdout)
+        self.assert_measured("mit Räum €/m €.cgats", "chart.cgats")
+        self.assertEqual(sorted(os.listdir("mit Räum €")), ["chärt €.cgats", "m €.cgats", "r €.html"])
+        shutil.rmtree("mit Räum €")
         self.assertEqual(content_of("m.cgats.tmp") + content_of("m.cgats.1.tmp"), "oldold")
         self.assertEqual(sorted(os.listdir()), before)
 

@@ -23,6 +23,11 @@ void AddLibraryFolder(const std::filesystem::path&)
     // The libraries find one another by the search path that they carry themselves.
 }
 
+void PrepareConsole()
+{
+    // Terminals show UTF-8 anyway.
+}
+
 bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) == 1; }
 
 int TerminalWidth()

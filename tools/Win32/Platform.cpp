@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <windows.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -20,6 +21,14 @@ std::filesystem::path ProgramFolder()
 std::string LibraryFileName(const std::string& name) { return name + ".dll"; }
 
 void AddLibraryFolder(const std::filesystem::path& folder) { SetDllDirectoryW(folder.c_str()); }
+
+void PrepareConsole()
+{
+    // The code page is the console's, not the program's: who sits at it gets it back.
+    static const UINT before = GetConsoleOutputCP();
+    SetConsoleOutputCP(CP_UTF8);
+    std::atexit([] { SetConsoleOutputCP(before); });
+}
 
 bool IsTerminal(std::FILE* stream)
 {

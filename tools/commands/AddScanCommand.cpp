@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "Utilities/Tools/FilePath.h"
 #include "chart/cgats/CgatsFields.h"
 #include "tools/AtomicFile.h"
 #include "tools/ChartFinder.h"
@@ -25,6 +26,9 @@
 #include "tools/commands/ChartArguments.h"
 
 namespace J4Tool {
+
+using Kestrelon::Utilities::Tools::NameOf;
+using Kestrelon::Utilities::Tools::PathOf;
 
 namespace {
 
@@ -47,7 +51,7 @@ struct Arguments {
 /// Where rows are kept until the scan is done.
 std::string PartialName(const Arguments& arguments)
 {
-    return arguments.output == "-" ? std::filesystem::path(arguments.chart.layout).filename().string() + ".partial"
+    return arguments.output == "-" ? NameOf(PathOf(arguments.chart.layout).filename()) + ".partial"
                                    : arguments.output + ".partial";
 }
 
@@ -198,7 +202,7 @@ private:
     {
         OutputFile::RequireRegular(partialName);
         std::error_code error;
-        const bool exists = std::filesystem::exists(partialName, error);
+        const bool exists = std::filesystem::exists(PathOf(partialName), error);
         if (arguments.resume && !exists) {
             throw ToolError(ExitCode::File, "there is no file '" + partialName + "' to go on from",
                             "Scan without --resume.");
@@ -212,7 +216,7 @@ private:
     /// Without what can't stand in a keyword's value.
     std::string LayoutName() const
     {
-        std::string name = std::filesystem::path(arguments.chart.layout).filename().string();
+        std::string name = NameOf(PathOf(arguments.chart.layout).filename());
         std::replace_if(
             name.begin(), name.end(),
             [](char character) { return character == '"' || static_cast<unsigned char>(character) < 0x20; }, '_');

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "Utilities/Tools/FilePath.h"
 #include "chart/cgats/CgatsFile.h"
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
@@ -16,6 +17,8 @@ namespace J4Tool {
 namespace {
 
 using J4Chart::CgatsFile;
+using Kestrelon::Utilities::Tools::NameOf;
+using Kestrelon::Utilities::Tools::PathOf;
 
 struct Arguments {
     std::string measured;
@@ -27,7 +30,7 @@ struct Arguments {
 ReportData::Source ReadSource(const std::string& fileName)
 {
     try {
-        return ReportData::Source::Read(std::filesystem::path(fileName).filename().string(), CgatsFile::Read(fileName));
+        return ReportData::Source::Read(NameOf(PathOf(fileName).filename()), CgatsFile::Read(fileName));
     } catch (const J4Chart::CgatsError& error) {
         throw ToolError(
             ExitCode::File, fileName + ": " + error.what(),
