@@ -13,6 +13,14 @@
 
 namespace J4Chart {
 
+/// How a patch was read, where its file tells.
+struct Reading {
+    std::string way;        ///< SCAN_WAY
+    size_t samples = 0;     ///< that were averaged; 0 where the instrument does not tell
+    double spread = 0.0;    ///< of these samples, CIE 1976, root mean square
+    double residual = 0.0;  ///< of the edges of its row, mm; 0 unless raw samples were fitted
+};
+
 struct Patch {
     std::string name;                 ///< SAMPLE_NAME, or SAMPLE_ID where there is no name
     std::string id;                   ///< SAMPLE_ID; empty where there is none
@@ -21,6 +29,7 @@ struct Patch {
     std::optional<Spectrum> spectrum;
     std::optional<Colorimetry::Triple> xyz;  ///< D50, white has Y = 100
     std::optional<Colorimetry::Triple> lab;  ///< D50
+    std::optional<Reading> reading;
 
     /// CIELab: of the spectrum, or else the patch's own, or else of XYZ; nothing where there is none of them.
     std::optional<Colorimetry::Triple> Colour() const;

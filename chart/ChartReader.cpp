@@ -42,6 +42,7 @@ struct Range {
 constexpr Range place = {-10000.0, 10000.0, "a place", " mm"};
 constexpr Range length = {0.1, 10000.0, "a length", " mm"};
 constexpr Range gap = {-10000.0, 10000.0, "a gap", " mm"};
+constexpr Range measure = {0.0, 1e6, "a measure of the scan", ""};
 constexpr Range angle = {-180.0, 180.0, "an angle", " degrees"};
 constexpr Range count = {1.0, 99999.0, "a whole number", "", true};
 constexpr Range colour = {-1000.0, 1000.0, "a colour value", ""};
@@ -235,6 +236,8 @@ public:
           idField(table.FindField("SAMPLE_ID")),
           places(FindGroup<4>(table, {"X", "Y", "WIDTH", "HEIGHT"})),
           rowPlaces(FindGroup<2>(table, {"SCAN_ROW", "SCAN_COLUMN"})),
+          way(table.FindField("SCAN_WAY")),
+          reading(FindGroup<3>(table, {"SCAN_SAMPLES", "SCAN_SPREAD", "SCAN_RESIDUAL"})),
           spectra(table),
           lab(FindGroup<3>(table, {"LAB_L", "LAB_A", "LAB_B"})),
           xyz(FindGroup<3>(table, {"XYZ_X", "XYZ_Y", "XYZ_Z"})),
@@ -365,6 +368,10 @@ private:
         if (spectra.Group()) {
             patch.spectrum = spectra.Read(table, row);
         }
+        if (way >= 0 && reading) {
+            const auto [samples, spread, residual] = reading.Read(table, row, measure);
+            patch.reading = Reading{text(way), static_cast<size_t>(samples), spread, residual};
+        }
         if (lab) {
             patch.lab = lab.Read(table, row, colour);
         }
@@ -389,6 +396,8 @@ private:
     int idField;
     FieldGroup<4> places;
     FieldGroup<2> rowPlaces;
+    int way;
+    FieldGroup<3> reading;
     SpectralFields spectra;
     FieldGroup<3> lab;
     FieldGroup<3> xyz;

@@ -164,25 +164,22 @@ std::string WholeText(const std::string& fileName)
     return text;
 }
 
-/// How a patch was read, as the file tells.
-void TakeReading(const CgatsTable& table, size_t row, PatchReading& reading)
+/// How a patch was read, as its file tells.
+PatchReading ReadingOf(const J4Chart::Patch& patch)
 {
-    const auto text = [&](const char* field) {
-        const int column = table.FindField(field);
-        return column < 0 ? std::string() : table.rows[row].values[static_cast<size_t>(column)];
-    };
-    const auto number = [&](const char* field) {
-        double value = 0.0;
-        return J4Chart::ParseNumber(text(field), value) && value >= 0.0 ? value : 0.0;
-    };
-    for (size_t way = 0; way < WayNames.size(); ++way) {
-        if (text("SCAN_WAY") == WayNames[way]) {
-            reading.way = static_cast<ReadingWay>(way);
+    PatchReading reading;
+    reading.spectrum = *patch.spectrum;
+    if (patch.reading) {
+        for (size_t way = 0; way < WayNames.size(); ++way) {
+            if (patch.reading->way == WayNames[way]) {
+                reading.way = static_cast<ReadingWay>(way);
+            }
         }
+        reading.samples = patch.reading->samples;
+        reading.spread = patch.reading->spread;
+        reading.residual = patch.reading->residual;
     }
-    reading.samples = static_cast<size_t>(std::min(number("SCAN_SAMPLES"), 1e6));
-    reading.spread = number("SCAN_SPREAD");
-    reading.residual = number("SCAN_RESIDUAL");
+    return reading;
 }
 
 [[noreturn]] void Refuse(const std::string& fileName, const std::string& reason)
@@ -224,14 +221,12 @@ std::string MeasurementFile::RowsText(const ChartLayout& layout, const std::vect
 
 Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayout& layout, const Conditions& conditions)
 {
-    J4Chart::CgatsFile file;
     J4Chart::Chart partial;
     try {
         J4Chart::ChartReader::Wanted wanted;
         wanted.spectra = true;
         std::istringstream text(WholeText(fileName));
-        file = J4Chart::CgatsFile::Read(text);
-        partial = J4Chart::ChartReader::Read(file, wanted);
+        partial = J4Chart::ChartReader::Read(J4Chart::CgatsFile::Read(text), wanted);
     } catch (const J4Chart::CgatsError& error) {
         Refuse(fileName, error.what());
     }
@@ -241,8 +236,7 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
         }
     }
     Measurements measurements(layout.Patches().size());
-    for (size_t row = 0; row < partial.patches.size(); ++row) {
-        const J4Chart::Patch& patch = partial.patches[row];
+    for (const J4Chart::Patch& patch : partial.patches) {
         double number = 0.0;
         if (!J4Chart::ParseNumber(patch.id, number) || number < 1.0 ||
             number > static_cast<double>(measurements.size()) ||
@@ -250,10 +244,7 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
             const std::string reason = "patch " + patch.id + " '" + patch.name + "' is not of this layout";
             Refuse(fileName, J4Chart::CgatsError(patch.line, reason).what());
         }
-        PatchReading reading;
-        reading.spectrum = *patch.spectrum;
-        TakeReading(file.Tables().front(), row, reading);
-        measurements[static_cast<size_t>(number) - 1] = reading;
+        measurements[static_cast<size_t>(number) - 1] = ReadingOf(patch);
     }
     return measurements;
 }

@@ -20,7 +20,7 @@ enum class ReadingWay {
 inline constexpr std::array<std::string_view, 3> WayNames = {"RECOGNISED", "FITTED", "SPOT"};
 
 /// For people, in the same order.
-inline constexpr std::array<const char*, 3> WayWords = {"by recognition", "fitted to raw samples", "by spots"};
+inline constexpr std::array<const char*, 3> WayWords = {"by recognition", "by a fit of raw samples", "by spots"};
 
 struct PatchReading {
     J4Chart::Spectrum spectrum{};

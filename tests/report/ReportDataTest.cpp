@@ -85,6 +85,18 @@ TEST(ReportData, PlacesOfThePatches)
     EXPECT_TRUE(setOut.Rows().empty());
 }
 
+TEST(ReportData, TellsHowPatchesWereRead)
+{
+    const ReportData data(SourceOf("SAMPLE_ID SCAN_WAY SCAN_SAMPLES SCAN_SPREAD SCAN_RESIDUAL LAB_L LAB_A LAB_B",
+                                   "1 RECOGNISED 0 0 0 50 0 0\n"
+                                   "2 FITTED 7 0.12 0.034 50 0 0\n"
+                                   "3 FITTED 8 0.31 0.034 50 0 0\n"));
+    EXPECT_THAT(data.Notices(),
+                testing::ElementsAre("1 patch was read by recognition.",
+                                     "2 patches were read by a fit of raw samples; samples of one patch agree within "
+                                     "0.31 (CIE 1976), the edges of a row within 0.03 mm."));
+}
+
 TEST(ReportData, RowsOfTheScan)
 {
     const std::string fields = "SAMPLE_ID X Y WIDTH HEIGHT SCAN_ROW SCAN_COLUMN LAB_L LAB_A LAB_B";

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 #include <map>
 
 #include "chart/ChartReader.h"
 #include "chart/ScanMotion.h"
 #include "chart/cgats/CgatsFields.h"
+#include "tools/PatchReading.h"
+#include "tools/Plural.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -100,6 +103,38 @@ ReportData::ReportData(const Source& measured, const Source* reference)
 {
     TakePatches(measured.chart, reference == nullptr ? nullptr : &reference->chart);
     TakeRows(measured.chart);
+    TellWays();
+}
+
+/// How the patches were read, and how well they agree with themselves and the layout.
+void ReportData::TellWays()
+{
+    for (size_t way = 0; way < WayNames.size(); ++way) {
+        size_t count = 0;
+        double spread = 0.0;
+        double residual = 0.0;
+        for (const Patch& patch : patches) {
+            if (patch.reading && patch.reading->way == WayNames[way]) {
+                ++count;
+                spread = std::max(spread, patch.reading->spread);
+                residual = std::max(residual, patch.reading->residual);
+            }
+        }
+        if (count == 0) {
+            continue;
+        }
+        std::string notice = Plural(count, "patch") + (count == 1 ? " was" : " were") + " read " + WayWords[way];
+        char measures[96] = "";
+        if (spread > 0.0) {
+            std::snprintf(measures, sizeof measures, "; samples of one patch agree within %.2f (CIE 1976)", spread);
+            notice += measures;
+        }
+        if (residual > 0.0) {
+            std::snprintf(measures, sizeof measures, ", the edges of a row within %.2f mm", residual);
+            notice += measures;
+        }
+        notices.push_back(notice + ".");
+    }
 }
 
 ReportData::References ReportData::Match(const J4Chart::Chart& measured, const J4Chart::Chart& reference)
@@ -136,6 +171,7 @@ void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Char
         Patch patch;
         patch.name = source.name;
         patch.measured = SideOf(source);
+        patch.reading = source.reading;
         outside += patch.measured.colour.inGamut ? 0 : 1;
         if (references[i]) {
             patch.reference = SideOf(reference->patches[*references[i]]);

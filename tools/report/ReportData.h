@@ -37,6 +37,7 @@ public:
         Rectangle place;  ///< mm
         Side measured;
         std::optional<Side> reference;
+        std::optional<J4Chart::Reading> reading;
         std::vector<double> differences;  ///< one for each formula; empty without a reference
     };
 
@@ -89,6 +90,7 @@ private:
     void TakePatches(const J4Chart::Chart& measured, const J4Chart::Chart* reference);
     void TakePlaces(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const References& references);
     void TakeRows(const J4Chart::Chart& measured);
+    void TellWays();
 
     std::string measuredName;
     std::string referenceName;

@@ -11,6 +11,7 @@
 
 #include "Version.h"
 #include "tools/Json.h"
+#include "tools/PatchReading.h"
 #include "tools/report/ReportFiles.h"
 
 namespace J4Tool {
@@ -82,6 +83,14 @@ Json PatchObject(const ReportData::Patch& patch)
     Json object = {{"name", patch.name},
                    {"place", Rounded(std::array{place.x, place.y, place.width, place.height}, 3)},
                    {"measured", SideObject(patch.measured)}};
+    if (patch.reading) {
+        const auto known = std::find(WayNames.begin(), WayNames.end(), patch.reading->way);
+        object["reading"] = {{"way", known == WayNames.end() ? patch.reading->way
+                                                             : WayWords[static_cast<size_t>(known - WayNames.begin())]},
+                             {"samples", patch.reading->samples},
+                             {"spread", Rounded(patch.reading->spread, 3)},
+                             {"residual", Rounded(patch.reading->residual, 3)}};
+    }
     if (patch.reference) {
         object["reference"] = SideObject(*patch.reference);
         object["differences"] = Rounded(patch.differences, 4);

@@ -76,6 +76,11 @@
         drawPatch();
     }
 
+    function readingText({way, samples, spread, residual}) {
+        return `Read ${way}` + (samples > 0 ? `, ${samples} samples within ${figure(spread)} (CIE 1976)` : '') +
+            (residual > 0 ? `, edges of the row within ${figure(residual)} mm` : '') + '.';
+    }
+
     function drawPatch() {
         const patch = data.patches[shown];
         const sides = [['Measured', patch.measured], ['Reference', patch.reference]].filter(([, side]) => side);
@@ -88,6 +93,9 @@
             element('p', {}, patch.differences
                 ? data.formulas.map(({name}, i) => `${name} ${differenceText(patch.differences[i])}`).join(', ')
                 : data.reference ? 'No difference: the reference does not have this patch.' : ''));
+        if (patch.reading) {
+            byId('patch-figures').append(element('p', {class: 'note'}, readingText(patch.reading)));
+        }
         if (sides.some(([, side]) => !side.inGamut)) {
             byId('patch-figures').append(element('p', {class: 'note'},
                 'This colour lies outside what an sRGB screen can show.'));
@@ -298,6 +306,16 @@
         ];
     }
 
+    function allColumns() {
+        const reading = ({patch}, text) => patch.reading ? text(patch.reading) : '–';
+        return [...patchColumns(), ...(data.patches.some(patch => patch.reading) ? [
+            {head: 'Read', text: true, cell: row => reading(row, ({way}) => way)},
+            {head: 'Samples', cell: row => reading(row, ({samples}) => samples > 0 ? String(samples) : '–')},
+            {head: 'Spread', cell: row => reading(row, ({samples, spread}) => samples > 0 ? figure(spread) : '–')},
+            {head: 'Edges, mm', cell: row => reading(row, ({residual}) => residual > 0 ? figure(residual) : '–')},
+        ] : [])];
+    }
+
     const rowsOf = indices => indices.map(index => ({patch: data.patches[index], index}));
 
     let page = 0;
@@ -308,7 +326,7 @@
         byId('page-range').textContent = `${from + 1} to ${to} of ${count}`;
         byId('previous-page').disabled = page === 0;
         byId('next-page').disabled = to === count;
-        byId('all-table').replaceChildren(table('All patches in the order of the file', patchColumns(),
+        byId('all-table').replaceChildren(table('All patches in the order of the file', allColumns(),
             rowsOf(Array.from({length: to - from}, (_, i) => from + i))));
     }
 
