@@ -26,7 +26,7 @@ PrintedChart::PrintedChart(const J4Chart::Chart& chart) : PrintedChart()
     for (size_t i = 0; i < chart.patches.size(); ++i) {
         const J4Chart::Place& place = chart.places[i];
         areas.push_back({Tenths(place.centre),
-                         {1.0, 0.0},
+                         {2.0 * place.along.x / place.Width(), 2.0 * place.along.y / place.Width()},
                          place.Width() * TenthsPerMillimetre,
                          place.Height() * TenthsPerMillimetre,
                          0.0,

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <numbers>
+
 #include "simulator/chart/Aperture.h"
 #include "simulator/chart/WhiteTile.h"
 
@@ -45,6 +47,8 @@ TEST(PrintedChart, ApertureSeesTheShareOfWhatLiesUnderIt)
         EXPECT_NEAR(printed.ReflectanceAt(test.place, ApertureDiameter)[10], test.reflectance, 0.03)
             << test.place.x << "/" << test.place.y;
     }
+    chart.places.front() = J4Chart::Place::Upright({80, 30}, 24, 8).Turned(std::numbers::pi / 2);
+    EXPECT_NEAR(PrintedChart(chart).ReflectanceAt({800, 380}, ApertureDiameter)[10], 0.5, 1e-6) << "a turned patch";
     EXPECT_EQ(PrintedChart().ReflectanceAt({200, 300}, ApertureDiameter)[10], 0.85f);
 }
 
