@@ -7,11 +7,9 @@
 #include <numbers>
 #include <numeric>
 
-#include "chart/colour/Colorimetry.h"
+#include "tools/Agreement.h"
 
 namespace J4Tool {
-
-namespace Colorimetry = J4Chart::Colorimetry;
 
 namespace {
 
@@ -48,58 +46,6 @@ constexpr double UsualStretch = 0.003;
 /// Edges are visible when their place can be told so well, and the series is located when its own can, mm.
 constexpr double LargestEdgeError = 0.1;
 constexpr double LargestOffsetError = 0.2;
-
-/// The mean of the samples that agree.
-LineFit::Reading Average(const std::vector<LineFit::Spectrum>& samples, const std::vector<size_t>& inside)
-{
-    LineFit::Reading reading;
-    if (inside.empty()) {
-        return reading;
-    }
-    const auto mean = [&](const std::vector<size_t>& chosen) {
-        LineFit::Spectrum result{};
-        for (size_t band = 0; band < result.size(); ++band) {
-            double sum = 0.0;
-            for (const size_t sample : chosen) {
-                sum += static_cast<double>(samples[sample][band]);
-            }
-            result[band] = static_cast<float>(sum / static_cast<double>(chosen.size()));
-        }
-        return result;
-    };
-    LineFit::Spectrum typical{};
-    for (size_t band = 0; band < typical.size(); ++band) {
-        std::vector<double> values;
-        for (const size_t sample : inside) {
-            values.push_back(static_cast<double>(samples[sample][band]));
-        }
-        typical[band] = static_cast<float>(Median(values));
-    }
-    std::vector<double> distances;
-    for (const size_t sample : inside) {
-        distances.push_back(Colorimetry::Distance(Colorimetry::Lab(samples[sample]), Colorimetry::Lab(typical)));
-    }
-    constexpr double outlier = 3.0;  // times the median distance
-    const double limit = outlier * Median(distances) + 1e-3;
-    std::vector<size_t> kept;
-    for (size_t i = 0; i < inside.size(); ++i) {
-        if (distances[i] <= limit) {
-            kept.push_back(inside[i]);
-        }
-    }
-    reading.mean = mean(kept);
-    reading.inside = inside.size();
-    reading.samples = kept.size();
-    double squares = 0.0;
-    for (const size_t sample : inside) {
-        const double distance =
-            Colorimetry::Distance(Colorimetry::Lab(samples[sample]), Colorimetry::Lab(reading.mean));
-        reading.worst = std::max(reading.worst, distance);
-        squares += std::find(kept.begin(), kept.end(), sample) != kept.end() ? distance * distance : 0.0;
-    }
-    reading.spread = std::sqrt(squares / static_cast<double>(kept.size()));
-    return reading;
-}
 
 }  // namespace
 
@@ -165,24 +111,9 @@ public:
         const auto count = static_cast<Eigen::Index>(colourCount);
         Eigen::MatrixXd normal = Eigen::MatrixXd::Identity(count, count) * 1e-6;
         Eigen::MatrixXd right = Eigen::MatrixXd::Zero(count, Channels);
-        std::vector<std::vector<std::pair<Eigen::Index, double>>> weights(at.size());
+        std::vector<Weights> weights(at.size());
         for (size_t i = 0; i < at.size(); ++i) {
-            const double place = PlaceOf(i, offset, scale);
-            std::vector<std::pair<Eigen::Index, double>>& row = weights[i];
-            double before = 0.0;
-            const double reach = 0.5 * (settings.aperture + settings.blur);
-            const auto first =
-                static_cast<size_t>(std::lower_bound(edges.begin(), edges.end(), place - reach) - edges.begin());
-            for (size_t edge = first; edge <= edges.size(); ++edge) {
-                const double share = edge < edges.size() ? Share(edges[edge] - place) : 1.0;
-                if (share > before) {
-                    row.emplace_back(static_cast<Eigen::Index>(colourOf[edge]), share - before);
-                    before = share;
-                }
-                if (share >= 1.0) {
-                    break;
-                }
-            }
+            const Weights& row = weights[i] = WeightsOf(PlaceOf(i, offset, scale));
             for (const auto& [a, wa] : row) {
                 for (const auto& [b, wb] : row) {
                     normal(a, b) += wa * wb;
@@ -206,6 +137,29 @@ public:
         return fit;
     }
 
+    /// What of a sample is seen of a patch, 0 to 1.
+    double ShareOf(size_t sample, size_t patch, double offset, double scale) const
+    {
+        double share = 0.0;
+        for (const auto& [colour, weight] : WeightsOf(PlaceOf(sample, offset, scale))) {
+            share += static_cast<size_t>(colour) == patchColours[patch] ? weight : 0.0;
+        }
+        return share;
+    }
+
+    /// A sample of these colours.
+    Eigen::RowVectorXd Expected(size_t sample, double offset, double scale, const Eigen::MatrixXd& colours) const
+    {
+        Eigen::RowVectorXd sum = Eigen::RowVectorXd::Zero(Channels);
+        for (const auto& [colour, weight] : WeightsOf(PlaceOf(sample, offset, scale))) {
+            sum += weight * colours.row(colour);
+        }
+        return sum;
+    }
+
+    /// Which colour is that of a patch.
+    size_t ColourOf(size_t patch) const { return patchColours[patch]; }
+
     /// Colours on both sides of an edge.
     std::pair<size_t, size_t> Sides(size_t edge) const { return {colourOf[edge], colourOf[edge + 1]}; }
 
@@ -213,6 +167,29 @@ public:
     double Slope(double distance) const { return (Share(distance + 0.05) - Share(distance - 0.05)) / 0.1; }
 
 private:
+    using Weights = std::vector<std::pair<Eigen::Index, double>>;
+
+    /// Which colours are seen from a place, and how much of each.
+    Weights WeightsOf(double place) const
+    {
+        Weights weights;
+        double before = 0.0;
+        const double reach = 0.5 * (settings.aperture + settings.blur);
+        const auto first =
+            static_cast<size_t>(std::lower_bound(edges.begin(), edges.end(), place - reach) - edges.begin());
+        for (size_t edge = first; edge <= edges.size(); ++edge) {
+            const double share = edge < edges.size() ? Share(edges[edge] - place) : 1.0;
+            if (share > before) {
+                weights.emplace_back(static_cast<Eigen::Index>(colourOf[edge]), share - before);
+                before = share;
+            }
+            if (share >= 1.0) {
+                break;
+            }
+        }
+        return weights;
+    }
+
     double Share(double distance) const
     {
         const double a = settings.aperture;
@@ -237,6 +214,7 @@ private:
                 colourOf.push_back(between);
             }
             edges.push_back(patches[i].begin);
+            patchColours.push_back(next);
             colourOf.push_back(next++);
         }
         edges.push_back(patches.back().end);
@@ -247,6 +225,7 @@ private:
     Settings settings;
     std::vector<double> edges;
     std::vector<size_t> colourOf;  ///< of the stretch before each edge, and behind the last
+    std::vector<size_t> patchColours;
     size_t colourCount = 0;
     std::vector<double> at;
     Eigen::MatrixXd light;
@@ -263,7 +242,10 @@ LineFit::LineFit(const std::vector<Spectrum>& samples, const std::vector<double>
     if (model.Usable()) {
         Locate(model, settings);
     }
-    Read(samples, places, patches, settings);
+    const double noise = Read(samples, places, patches, settings);
+    if (located) {
+        Compare(model, noise);
+    }
 }
 
 void LineFit::Locate(const Model& model, const Settings& settings)
@@ -387,8 +369,8 @@ void LineFit::MeasureEdges(const Model& model)
     offsetError = held > 0.0 ? noise * std::sqrt(holdStretch / held) : std::numeric_limits<double>::infinity();
 }
 
-void LineFit::Read(const std::vector<Spectrum>& samples, const std::vector<double>& places,
-                   const std::vector<Stretch>& patches, const Settings& settings)
+double LineFit::Read(const std::vector<Spectrum>& samples, const std::vector<double>& places,
+                     const std::vector<Stretch>& patches, const Settings& settings)
 {
     const double rim = 0.5 * (settings.aperture + settings.blur) + Guard;
     const auto between = [&](double begin, double end) {
@@ -401,9 +383,69 @@ void LineFit::Read(const std::vector<Spectrum>& samples, const std::vector<doubl
         }
         return inside;
     };
+    std::vector<double> noises;
+    std::vector<std::vector<size_t>> allInside;
     for (const Stretch& patch : patches) {
-        readings.push_back(Average(samples, between(patch.begin, patch.end)));
+        const std::vector<size_t>& inside = allInside.emplace_back(between(patch.begin, patch.end));
+        for (size_t i = 1; i < inside.size(); ++i) {
+            noises.push_back(Agreement::Noise(samples[inside[i - 1]], samples[inside[i]]));
+        }
     }
+    const double noise = noises.empty() ? 0.0 : Median(noises);
+    for (const std::vector<size_t>& inside : allInside) {
+        std::vector<Spectrum> seen;
+        for (const size_t sample : inside) {
+            seen.push_back(samples[sample]);
+        }
+        Reading& reading = readings.emplace_back();
+        if (!seen.empty()) {
+            const Agreement::Group group = Agreement::Largest(seen, noise);
+            reading = {group.mean, seen.size(), group.members.size(), group.spread, 0.0};
+        }
+    }
+    return noise;
+}
+
+void LineFit::Compare(const Model& model, double noise)
+{
+    constexpr double leastShare = 0.75;      // of a sample, for which it says something of a patch
+    constexpr double noiseFactor = 2.5;      // of the root mean square over all channels
+    constexpr double usualPlaceError = 0.1;  // mm
+    constexpr double rimError = 0.01;  // share of a sample by which the aperture's rim may be another than thought
+    const Model::Fit fit = model.At(offset, scale, true);
+    const double placeError = usualPlaceError + residual;
+    const double rim = rimError * model.Variation();
+    const double noiseOfChannels =
+        noiseFactor * noise / std::sqrt(static_cast<double>(J4Chart::SpectrumLength / Channels));
+    for (size_t patch = 0; patch < readings.size(); ++patch) {
+        const auto own = static_cast<Eigen::Index>(model.ColourOf(patch));
+        // The lightness by the mean of all channels: what a difference of 0.5 of it is in reflectance.
+        const double level = std::max(0.01, fit.colours.row(own).mean());
+        const double uneven = Agreement::Limit / (116.0 / 3.0) * std::cbrt(level * level);
+        for (size_t sample = 0; sample < model.Samples(); ++sample) {
+            const double share = model.ShareOf(sample, patch, offset, scale);
+            if (share < leastShare) {
+                continue;
+            }
+            const double moved = (model.Expected(sample, offset + placeError, scale, fit.colours) -
+                                  model.Expected(sample, offset - placeError, scale, fit.colours))
+                                     .norm() /
+                                 (2.0 * std::sqrt(static_cast<double>(Channels)));
+            const double explained = std::hypot(std::hypot(uneven, noiseOfChannels), std::hypot(moved, rim));
+            const double left =
+                fit.leftOver.row(static_cast<Eigen::Index>(sample)).norm() / std::sqrt(static_cast<double>(Channels));
+            readings[patch].deviation = std::max(readings[patch].deviation, left / explained);
+        }
+    }
+}
+
+double LineFit::UsualDeviation() const
+{
+    std::vector<double> deviations;
+    for (const Reading& reading : readings) {
+        deviations.push_back(reading.deviation);
+    }
+    return deviations.empty() ? 0.0 : Median(deviations);
 }
 
 }  // namespace J4Tool

@@ -30,11 +30,15 @@ public:
     };
 
     struct Reading {
-        Spectrum mean{};      ///< of the samples whose whole aperture was inside, outliers left out
+        Spectrum mean{};      ///< of the samples whose whole aperture was inside and that agree
         size_t inside = 0;    ///< how many had their whole aperture inside
         size_t samples = 0;   ///< how many of them the mean is of
         double spread = 0.0;  ///< their root mean square distance from the mean, CIE 1976
-        double worst = 0.0;   ///< the largest distance of any sample inside, outliers included
+
+        /// How far the samples over the patch and its edges are from what one colour there would look like, in units of
+        /// what noise, an uneven print and edges that are a little off explain. A speck in the middle of a short patch
+        /// lies under all samples inside alike, and only those over the edges lack it.
+        double deviation = 0.0;
     };
 
     /// @param samples   in the order of the travel
@@ -75,6 +79,9 @@ public:
     /// be told which is right. Infinite where there is no other.
     double Distinctness() const { return distinctness; }
 
+    /// The median of the patches' deviations: large where the instrument does not see quite as the model does.
+    double UsualDeviation() const;
+
     /// One for each patch.
     const std::vector<Reading>& Readings() const { return readings; }
 
@@ -83,8 +90,10 @@ private:
 
     void Locate(const Model& model, const Settings& settings);
     void MeasureEdges(const Model& model);
-    void Read(const std::vector<Spectrum>& samples, const std::vector<double>& places,
-              const std::vector<Stretch>& patches, const Settings& settings);
+    /// @return noise of one sample, as the standard deviation of a band in reflectance
+    double Read(const std::vector<Spectrum>& samples, const std::vector<double>& places,
+                const std::vector<Stretch>& patches, const Settings& settings);
+    void Compare(const Model& model, double noise);
 
     bool located = false;
     double pivot = 0.0;

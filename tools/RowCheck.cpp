@@ -1,5 +1,6 @@
 #include "tools/RowCheck.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -103,6 +104,29 @@ std::string RowCheck::Doubt(size_t row, const std::vector<Spectrum>& recognised)
         }
     }
     return {};
+}
+
+std::vector<size_t> RowCheck::Outliers(size_t row, const std::vector<Spectrum>& measured) const
+{
+    constexpr double least = 1.0;  // CIEDE2000
+    constexpr double timesUsual = 2.5;
+    std::vector<double> differences;
+    for (size_t i = 0; i < rows[row].size(); ++i) {
+        differences.push_back(Colorimetry::Ciede2000(rows[row][i], Colorimetry::Lab(measured[i])));
+    }
+    if (differences.empty()) {
+        return {};
+    }
+    std::vector<double> sorted = differences;
+    std::sort(sorted.begin(), sorted.end());
+    const double limit = std::max(least, timesUsual * sorted[sorted.size() / 2]);
+    std::vector<size_t> outliers;
+    for (size_t i = 0; i < differences.size(); ++i) {
+        if (differences[i] > limit) {
+            outliers.push_back(i);
+        }
+    }
+    return outliers;
 }
 
 }  // namespace J4Tool

@@ -33,6 +33,11 @@ public:
     /// @return empty where the row has references, which Fault() looks at
     std::string Doubt(size_t row, const std::vector<Spectrum>& recognised) const;
 
+    /// Patches that are farther from their references than a print explains: clearly more than the row's others.
+    /// @param measured  in the order of the row, whole
+    /// @return none where the row has no references
+    std::vector<size_t> Outliers(size_t row, const std::vector<Spectrum>& measured) const;
+
 private:
     using Colours = std::vector<J4Chart::Colorimetry::Triple>;
 

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "chart/colour/Colorimetry.h"
+#include "tools/Agreement.h"
 #include "tools/CrossedPatches.h"
 #include "tools/LineFit.h"
 #include "tools/RowSpeed.h"
@@ -25,9 +26,20 @@ constexpr double LargestRemainder = 0.01;    // reflectance
 constexpr double LargestUnexplained = 0.15;  // share of what the samples differ
 constexpr double LeastDistinctness = 1.5;
 constexpr size_t LeastSamples = 3;
-constexpr double LeastShareKept = 0.6;
-constexpr double LargestSpread = 1.5;  // CIE 1976
-constexpr double LargestLag = 0.02;    // s
+constexpr double LargestDeviation = 1.5;
+constexpr double LargestLag = 0.02;  // s
+
+/// A measurement nearer to the row's line sees the same, mm.
+constexpr double LeastBeside = 0.3;
+
+/// Of the nine places on a patch so many have to agree where not all do, and not all of them nearer to one another than
+/// that, mm: a speck that is seen whole looks alike from places nearer than the aperture's diameter less its own.
+constexpr size_t LeastSpots = 4;
+constexpr double LeastSpan = 3.9;
+
+/// Instruments are steadier than that, in reflectance: a single measurement, and a mean of samples.
+constexpr double LargestSpotNoise = 0.0005;
+constexpr double LargestMeanNoise = 0.005;
 
 double Length(Point vector) { return std::hypot(vector.x, vector.y); }
 
@@ -38,12 +50,12 @@ std::string Text(const char* format, double value)
     return text;
 }
 
-J4Chart::Spectrum Mean(J4Chart::Spectrum first, const J4Chart::Spectrum& second)
+/// How far from the middle a measurement may be taken towards a side, as a share of the way to its edge. Not farther than
+/// to where it sees nothing of what it sees in the middle: so the chart may lie a little wrong.
+double Reach(Point side)
 {
-    for (size_t band = 0; band < first.size(); ++band) {
-        first[band] = 0.5f * (first[band] + second[band]);
-    }
-    return first;
+    const double free = std::max(0.0, Length(side) - 0.5 * LineFit::Aperture - LineFit::Guard);
+    return std::min(free, LineFit::Aperture) / Length(side);
 }
 
 }  // namespace
@@ -109,11 +121,12 @@ std::string RowReader::Fit(const RowPlan::Pass& pass, int carried, Readings& rea
     readings.assign(row.size(), std::nullopt);
     std::vector<J4Chart::Spectrum> spectra(row.size());
     size_t missing = row.size();
+    const double limit = LargestDeviation * std::max(1.0, fit.UsualDeviation());
     for (size_t i = 0; i < crossed.patches.size(); ++i) {
         const auto place = std::find(row.begin(), row.end(), crossed.patches[i]);
         const LineFit::Reading& reading = fit.Readings()[i];
-        if (place != row.end() && reading.samples >= LeastSamples && reading.spread <= LargestSpread &&
-            static_cast<double>(reading.samples) >= LeastShareKept * static_cast<double>(reading.inside)) {
+        if (place != row.end() && reading.samples >= LeastSamples && reading.samples == reading.inside &&
+            reading.deviation <= limit) {
             const auto index = static_cast<size_t>(place - row.begin());
             spectra[index] = reading.mean;
             readings[index] =
@@ -134,18 +147,20 @@ std::string RowReader::Fit(const RowPlan::Pass& pass, int carried, Readings& rea
 
 std::string RowReader::Measure(size_t row, Readings& readings)
 {
-    readings.resize(layout.Rows()[row].size());
+    const ChartLayout::Row& patches = layout.Rows()[row];
+    readings.resize(patches.size());
+    if (const std::string fault = MeasureMissing(patches, readings); !fault.empty()) {
+        return fault;
+    }
+    // What the other patches were read by has not been looked at yet where some of them failed.
+    if (!Confirm(RowPlan::Along(layout, row, 0.0, false), readings).empty()) {
+        if (const std::string fault = MeasureMissing(patches, readings); !fault.empty()) {
+            return fault;
+        }
+    }
     std::vector<J4Chart::Spectrum> spectra;
-    for (size_t i = 0; i < readings.size(); ++i) {
-        const size_t patch = layout.Rows()[row][i];
-        if (!readings[i]) {
-            readings[i] = MeasureOne(patch);
-        }
-        if (!readings[i]) {
-            return "patch " + layout.Patches()[patch].name +
-                   " is not of one colour: no two of three measurements on it agree";
-        }
-        spectra.push_back(readings[i]->spectrum);
+    for (const auto& reading : readings) {
+        spectra.push_back(reading->spectrum);
     }
     const std::string fault = check.Fault(row, spectra);
     if (!fault.empty()) {
@@ -154,40 +169,113 @@ std::string RowReader::Measure(size_t row, Readings& readings)
     return fault;
 }
 
+std::string RowReader::MeasureMissing(const ChartLayout::Row& row, Readings& readings)
+{
+    std::vector<size_t> missing;
+    for (size_t i = readings.size(); i-- > 0;) {
+        if (!readings[i]) {
+            missing.push_back(i);
+        }
+    }
+    while (!missing.empty()) {
+        const size_t i = missing.back();
+        missing.pop_back();
+        readings[i] = MeasureOne(row[i]);
+        if (!readings[i]) {
+            return "patch " + layout.Patches()[row[i]].name +
+                   " is not of one colour: too few of the measurements on it agree";
+        }
+        // What lies on this patch may go on to the next ones, evenly enough to be taken for their colour.
+        for (const size_t beside : {i + 1, i - 1}) {
+            if (beside < readings.size() && readings[beside] && !IsConfirmed(row[beside], *readings[beside])) {
+                readings[beside].reset();
+                missing.push_back(beside);
+            }
+        }
+    }
+    return {};
+}
+
+std::string RowReader::Confirm(const RowPlan::Pass& pass, Readings& readings)
+{
+    const ChartLayout::Row& row = layout.Rows()[pass.row];
+    std::vector<J4Chart::Spectrum> spectra;
+    for (const auto& reading : readings) {
+        spectra.push_back(reading->spectrum);
+    }
+    std::vector<size_t> doubtful = check.Outliers(pass.row, spectra);
+    const size_t last = pass.reversed ? 0 : row.size() - 1;
+    if (std::find(doubtful.begin(), doubtful.end(), last) == doubtful.end()) {
+        doubtful.push_back(last);
+    }
+    std::string names;
+    for (const size_t i : doubtful) {
+        if (!IsConfirmed(row[i], *readings[i])) {
+            readings[i].reset();
+            names += (names.empty() ? "" : ", ") + layout.Patches()[row[i]].name;
+        }
+    }
+    return names.empty() ? "" : "a single measurement contradicts what was read of " + names;
+}
+
+bool RowReader::IsConfirmed(size_t patch, const PatchReading& reading)
+{
+    const J4Chart::Place& place = layout.Places()[patch];
+    const double beside = Reach(place.across);
+    if (reading.way == ReadingWay::Spot || beside * Length(place.across) < LeastBeside) {
+        return true;
+    }
+    session.Move(
+        expected.placement.Of({place.centre.x + beside * place.across.x, place.centre.y + beside * place.across.y}));
+    const J4Chart::Spectrum seen = session.Measure();
+    const double noise = std::sqrt(2.0) * std::min(LargestMeanNoise, Agreement::Noise(seen, reading.spectrum));
+    return Colorimetry::Distance(Colorimetry::Lab(seen), Colorimetry::Lab(reading.spectrum)) <=
+           Agreement::LimitOf(reading.spectrum, noise);
+}
+
 std::array<Point, RowReader::SpotsOfPatch> RowReader::Spots(const J4Chart::Place& place)
 {
-    const double free = std::max(0.0, Length(place.across) - 0.5 * LineFit::Aperture - LineFit::Guard);
-    const double step = std::min(free, 0.5 * LineFit::Aperture) / Length(place.across);
-    std::array<Point, SpotsOfPatch> spots;
-    for (size_t i = 0; i < spots.size(); ++i) {
-        const double by = (static_cast<double>(i) - 1.0) * step;
-        spots[i] = {place.centre.x + by * place.across.x, place.centre.y + by * place.across.y};
-    }
-    return spots;
+    const double along = Reach(place.along);
+    const double across = Reach(place.across);
+    const auto at = [&](double u, double v) {
+        return Point{place.centre.x + u * place.along.x + v * place.across.x,
+                     place.centre.y + u * place.along.y + v * place.across.y};
+    };
+    return {at(-along, -across), at(-along, across), at(along, across), at(along, 0.0), at(along, -across),
+            at(0.0, -across),    at(0.0, 0.0),       at(0.0, across),   at(-along, 0.0)};
 }
 
 std::optional<PatchReading> RowReader::MeasureOne(size_t patch)
 {
     const auto spots = Spots(layout.Places()[patch]);
-    std::array<J4Chart::Spectrum, SpotsOfPatch> spectra{};
-    std::array<Colorimetry::Triple, SpotsOfPatch> colours{};
-    for (size_t i = 0; i < spectra.size(); ++i) {
-        session.Move(spots[i]);
-        spectra[i] = session.Measure();
-        colours[i] = Colorimetry::Lab(spectra[i]);
-    }
-    double nearest = std::numeric_limits<double>::infinity();
-    PatchReading reading;
-    for (size_t i = 0; i < spectra.size(); ++i) {
-        for (size_t k = i + 1; k < spectra.size(); ++k) {
-            const double distance = Colorimetry::Distance(colours[i], colours[k]);
-            if (distance < nearest) {
-                nearest = distance;
-                reading = {Mean(spectra[i], spectra[k]), ReadingWay::Spot, 2, 0.5 * distance, 0.0};
+    std::vector<J4Chart::Spectrum> spectra;
+    std::vector<double> noises;
+    Agreement::Group group;
+    for (const Point& spot : spots) {
+        session.Move(expected.placement.Of(spot));
+        spectra.push_back(session.Measure());
+        for (size_t i = 0; i + 1 < spectra.size(); ++i) {
+            noises.push_back(Agreement::Noise(spectra[i], spectra.back()));
+        }
+        if (spectra.size() == FirstSpots || spectra.size() == SpotsOfPatch) {
+            std::sort(noises.begin(), noises.end());
+            group = Agreement::Largest(spectra, std::min(LargestSpotNoise, noises[noises.size() / 2]));
+            if (group.members.size() == spectra.size()) {
+                break;
             }
         }
     }
-    return nearest <= LargestSpread ? std::optional(reading) : std::nullopt;
+    double span = 0.0;
+    for (const size_t i : group.members) {
+        for (const size_t k : group.members) {
+            span = std::max(span, Length({spots[i].x - spots[k].x, spots[i].y - spots[k].y}));
+        }
+    }
+    if (group.members.size() < spectra.size() &&
+        (group.members.size() < LeastSpots || span < LeastSpan || !group.isAtTheEnd)) {
+        return std::nullopt;
+    }
+    return PatchReading{group.mean, ReadingWay::Spot, group.members.size(), group.spread, 0.0};
 }
 
 }  // namespace J4Tool

@@ -70,9 +70,6 @@ ScanPlan::Row ScanPlan::PlanRow(size_t row, const RowSpeed& speed, const Setting
         refuse("with its margin of " + std::to_string(std::lround(settings.margin)) + " mm " + marginFault,
                "Lay the chart farther inside, or take a smaller --margin.");
     }
-    if (recognises && marginFault.empty()) {
-        plan.ways.push_back(ReadingWay::Recognised);
-    }
     if (layout.HasSizes() && !settings.spotsOnly) {
         // A slower travel needs less paper to reach its speed.
         while (plan.fitSpeed > SlowestFit && !PassFault(row, RowSpeed::Margin(plan.fitSpeed)).empty()) {
@@ -81,6 +78,11 @@ ScanPlan::Row ScanPlan::PlanRow(size_t row, const RowSpeed& speed, const Setting
         if (PassFault(row, RowSpeed::Margin(plan.fitSpeed)).empty()) {
             plan.ways.push_back(ReadingWay::Fitted);
         }
+    }
+    // Recognition gives one spectrum a patch and hides a speck in it: without a reference to hold it against, raw
+    // samples come first, which show it and take as long.
+    if (recognises && marginFault.empty() && (plan.ways.empty() || HasReferences(row))) {
+        plan.ways.insert(plan.ways.begin(), ReadingWay::Recognised);
     }
     if (layout.HasSizes()) {
         plan.ways.push_back(ReadingWay::Spot);
@@ -120,6 +122,13 @@ std::string ScanPlan::SpotsFault(size_t row) const
     return {};
 }
 
+bool ScanPlan::HasReferences(size_t row) const
+{
+    const ChartLayout::Row& patches = layout.Rows()[row];
+    return std::all_of(patches.begin(), patches.end(),
+                       [this](size_t patch) { return layout.Patches()[patch].Colour().has_value(); });
+}
+
 bool ScanPlan::CanBeRecognised(size_t row) const
 {
     const ChartLayout::Row& patches = layout.Rows()[row];
@@ -147,7 +156,7 @@ double ScanPlan::Seconds(size_t row, ReadingWay way, int speed, double margin) c
     const double toTheRow =
         J4Chart::MotionProfile(2.0 * layout.Places()[patches.front()].Height(), MoveSpeed, acceleration).Duration();
     if (way == ReadingWay::Spot) {
-        return toTheRow + RowReader::SpotsOfPatch * SpotSeconds * static_cast<double>(patches.size());
+        return toTheRow + RowReader::FirstSpots * SpotSeconds * static_cast<double>(patches.size());
     }
     const RowPlan::Pass pass = RowPlan::Along(layout, row, margin, false);
     const double length = Length({pass.end.x - pass.start.x, pass.end.y - pass.start.y});

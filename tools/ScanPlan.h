@@ -40,6 +40,7 @@ private:
     Row PlanRow(size_t row, const RowSpeed& speed, const Settings& settings) const;
     std::string PassFault(size_t row, double margin) const;
     std::string SpotsFault(size_t row) const;
+    bool HasReferences(size_t row) const;
     bool CanBeRecognised(size_t row) const;
     double Seconds(size_t row, ReadingWay way, int speed, double margin) const;
 

@@ -1,11 +1,18 @@
 #include "tools/Scanner.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "tools/StatusTable.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
+
+namespace {
+
+double Distance(Point from, Point to) { return std::hypot(to.x - from.x, to.y - from.y); }
+
+}  // namespace
 
 ScanState Scanner::State(const Measurements& measurements) const
 {
@@ -18,9 +25,13 @@ std::vector<size_t> Scanner::Run(Measurements& measurements)
     listener.Started(State(measurements));
     const RowPlan order(layout, settings.margin, session.Position(), settings.bothWays, OpenRows(layout, measurements));
     std::vector<size_t> failed;
-    for (const RowPlan::Pass& pass : order.Passes()) {
+    for (RowPlan::Pass pass : order.Passes()) {
         if (stop()) {
             break;
+        }
+        // A row that was tried in several ways may have left the arm at its other end.
+        if (settings.bothWays && here && Distance(*here, pass.end) < Distance(*here, pass.start)) {
+            pass = Along(pass.row, !pass.reversed);
         }
         if (ScanRow(pass, measurements)) {
             keep(pass.row);
@@ -37,16 +48,23 @@ std::vector<ReadingWay> Scanner::Ways(size_t row) const
     return plan == nullptr ? std::vector{ReadingWay::Recognised} : plan->Rows()[row].ways;
 }
 
-bool Scanner::ScanRow(const RowPlan::Pass& pass, Measurements& measurements)
+RowPlan::Pass Scanner::Along(size_t row, bool reversed) const
 {
-    const ChartLayout::Row& patches = layout.Rows()[pass.row];
-    const std::vector<ReadingWay> ways = Ways(pass.row);
+    return RowPlan::Along(layout, row, settings.margin, reversed);
+}
+
+bool Scanner::ScanRow(const RowPlan::Pass& planned, Measurements& measurements)
+{
+    const ChartLayout::Row& patches = layout.Rows()[planned.row];
+    const std::vector<ReadingWay> ways = Ways(planned.row);
+    RowPlan::Pass pass = planned;
     Readings readings;
     int attempt = 0;
     for (const ReadingWay way : ways) {
         listener.RowBegins(State(measurements), pass.row, way);
         for (int tries = 0;; ++tries) {
             const std::string fault = Attempt(way, pass, readings);
+            here = pass.end;
             if (fault.empty()) {
                 for (size_t i = 0; i < patches.size(); ++i) {
                     measurements[patches[i]] = readings[i];
@@ -61,6 +79,10 @@ bool Scanner::ScanRow(const RowPlan::Pass& pass, Measurements& measurements)
                 return false;
             }
             if (!sameAgain) {
+                // The arm stands at the row's other end now.
+                if (settings.bothWays && way != ReadingWay::Spot) {
+                    pass = Along(pass.row, !pass.reversed);
+                }
                 break;
             }
         }
@@ -71,14 +93,19 @@ bool Scanner::ScanRow(const RowPlan::Pass& pass, Measurements& measurements)
 std::string Scanner::Attempt(ReadingWay way, const RowPlan::Pass& pass, Readings& readings)
 {
     try {
+        std::string fault;
         switch (way) {
         case ReadingWay::Recognised:
-            return Recognise(pass, readings);
+            fault = Recognise(pass, readings);
+            break;
         case ReadingWay::Fitted:
-            return reader->Fit(pass, plan->Rows()[pass.row].fitSpeed, readings);
+            fault = reader->Fit(pass, plan->Rows()[pass.row].fitSpeed, readings);
+            break;
         case ReadingWay::Spot:
             return reader->Measure(pass.row, readings);
         }
+        const bool canConfirm = reader != nullptr && plan->Rows()[pass.row].ways.back() == ReadingWay::Spot;
+        return fault.empty() && canConfirm ? reader->Confirm(pass, readings) : fault;
     } catch (const ToolError& error) {
         // A fault of the moment may pass; a table that is gone or a row that can't be reached will not.
         if (error.status == 0 || error.code == ExitCode::Refused || !FindStatus(error.status).mayPass) {
@@ -86,7 +113,6 @@ std::string Scanner::Attempt(ReadingWay way, const RowPlan::Pass& pass, Readings
         }
         return error.what();
     }
-    return {};
 }
 
 std::string Scanner::Recognise(const RowPlan::Pass& pass, Readings& readings)

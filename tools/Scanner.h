@@ -52,7 +52,9 @@ public:
 
 private:
     /// @return false when the row has failed for good or the scan is stopped
-    bool ScanRow(const RowPlan::Pass& pass, Measurements& measurements);
+    bool ScanRow(const RowPlan::Pass& planned, Measurements& measurements);
+
+    RowPlan::Pass Along(size_t row, bool reversed) const;
 
     using Readings = std::vector<std::optional<PatchReading>>;
 
@@ -71,6 +73,7 @@ private:
     RowCheck check;
     RowReader* reader = nullptr;
     const ScanPlan* plan = nullptr;
+    std::optional<Point> here;  ///< about where the arm stands, once a row was tried
 };
 
 }  // namespace J4Tool

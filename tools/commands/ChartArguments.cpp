@@ -112,8 +112,8 @@ void RefuseOptionsOfScans(const ToolContext& context, const std::string& command
 {
     for (const std::string& setting : context.settings) {
         const std::string key = setting.substr(0, setting.find('='));
-        for (const char* own : {"J4TScanSpeed", "J4TRecognitionAlgorithm", "Recognition", "MeasurementMode",
-                                "J4TIsVisorCoordinate", "5011", "5020", "5030", "5060"}) {
+        for (const char* own : {"J4TScanSpeed", "J4TScanDelay", "J4TRecognitionAlgorithm", "Recognition",
+                                "MeasurementMode", "J4TIsVisorCoordinate", "5011", "5012", "5020", "5030", "5060"}) {
             if (key == own) {
                 throw ToolError(ExitCode::Usage,
                                 "--option " + key + " can't be given with " + command + ": it sets that itself",
