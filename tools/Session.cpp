@@ -37,7 +37,9 @@ std::string PlainWords(const std::string& message)
 {
     static const std::regex conversion("lexical_cast\\(\\): fail to convert '([^]*)' from [^ ]* to [^ \\n]*");
     static const std::regex typeName("(^|[ \\n])N[0-9][A-Za-z0-9_]*E(?=$|[ \\n])");
-    std::string text = std::regex_replace(message, conversion, "'$1' is not a value that it takes");
+    static const std::regex wrongType("vector::_M_range_check:.*");
+    std::string text = std::regex_replace(message, wrongType, "the value is of another kind than the option");
+    text = std::regex_replace(text, conversion, "'$1' is not a value that it takes");
     text = std::regex_replace(text, typeName, "");
     const size_t end = text.find_last_not_of(" \n");
     return text.substr(0, end == std::string::npos ? 0 : end + 1);

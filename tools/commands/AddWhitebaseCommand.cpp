@@ -23,10 +23,14 @@ struct Arguments {
     bool force = false;
 };
 
-void Show(ToolContext& context, const Session::Spectrum& whiteBase, const std::string& date)
+/// @param backup  where the one before is saved; empty where there was none
+void Show(ToolContext& context, const Session::Spectrum& whiteBase, const std::string& date, const std::string& backup)
 {
     if (context.json) {
-        std::puts(JsonText({{"whiteBaseDate", date}, {"whiteBase", JsonNumbers(whiteBase)}}).c_str());
+        std::puts(JsonText({{"whiteBaseDate", date},
+                            {"whiteBase", JsonNumbers(whiteBase)},
+                            {"backup", backup.empty() ? Json(nullptr) : Json(backup)}})
+                      .c_str());
         return;
     }
     std::printf("White base written %s\n", date.c_str());
@@ -56,19 +60,24 @@ void Run(ToolContext& context, const Arguments& arguments)
         SaveWhiteBase(arguments.save, present, date, serial);
     }
     if (arguments.write.empty()) {
-        Show(context, present, date);
+        Show(context, present, date, "");
         return;
     }
     const std::string backup = "whitebase-" + serial + "-" + DateForFileName(std::time(nullptr)) + ".cgats";
     SaveWhiteBase(backup, present, date, serial);
-    std::fprintf(stderr, "The present white base is saved in %s\n", backup.c_str());
+    const auto say = [&context](const std::string& text) {
+        if (!context.json) {
+            std::fprintf(stderr, "%s\n", text.c_str());
+        }
+    };
+    say("The present white base is saved in " + backup);
     if (!arguments.yes && !AskYesNo("Replace the white base of table " + serial + "?")) {
         throw ToolError(ExitCode::NotConfirmed, "the white base was not replaced",
                         "Answer the question with yes, or use --yes.");
     }
     session.WriteWhiteBase(next);
-    Show(context, session.WhiteBase(), DateText(session.GetOption("J4TLastWhiteBaseTransferTime")));
-    std::fputs("Home the arm and calibrate before the next measurement.\n", stderr);
+    Show(context, session.WhiteBase(), DateText(session.GetOption("J4TLastWhiteBaseTransferTime")), backup);
+    say("Home the arm and calibrate before the next measurement.");
 }
 
 }  // namespace
