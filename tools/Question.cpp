@@ -27,10 +27,4 @@ bool AskYesNo(const std::string& question)
     return ReadLine(question + " [yes/no] ", line) && (line == "y" || line == "yes");
 }
 
-bool WaitForEnter(const std::string& request)
-{
-    std::string line;
-    return ReadLine(request, line);
-}
-
 }  // namespace J4Tool

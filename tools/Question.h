@@ -8,7 +8,4 @@ namespace J4Tool {
 /// True for "y" or "yes"; false for any other answer, and where nobody can answer.
 bool AskYesNo(const std::string& question);
 
-/// Waits for the Enter key. @return false where nobody can press it
-bool WaitForEnter(const std::string& request);
-
 }  // namespace J4Tool

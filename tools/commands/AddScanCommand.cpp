@@ -265,7 +265,11 @@ private:
 void Run(ToolContext& context, Arguments arguments)
 {
     RefuseOptionsOfScans(context, "scan");
+    const bool bareBed = arguments.dryRun && context.chartFile.empty();
     arguments.chart.ShareWithBench(context);
+    if (bareBed) {
+        context.chartFile.clear();  // a plan needs no colours
+    }
     if (arguments.output.empty() && !arguments.dryRun) {
         throw ToolError(ExitCode::Usage, "--output is required", "See 'j4tavla scan --help'.");
     }
