@@ -92,6 +92,9 @@ std::vector<Option> Options()
         {"J4TUseableWithoutJ4", "no", {{"1", "yes"}, {"anything", "no"}}},
         {"J4TLastWhiteBaseTransferTime", "1704067200"},
         {"J4TMaxSpeed", "400"},
+        {"J4TFlash_1", "360"},
+        {"J4TFlash_1003", "300"},
+        {"J4TFlash_1004", "500"},
         {"J4TFlash_1013", "400"},
         {"J4TFlash_66549", "400"},  // the low 16 bits count
         {"J4TFlash_1001", "5000"},

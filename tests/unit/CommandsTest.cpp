@@ -274,6 +274,11 @@ TEST_F(Commands, TransfersAreTriedAgainAfterATenthOfASecond)
 
 TEST_F(Commands, TransfersGoInPiecesUntilOneFails)
 {
+    usb.Expect("u8000020000100", {Reply("$u80" + Repeated(256, "a5"))});
+    usb.Expect("u8000021000001", {Reply("$u805a")});
+    flash->ReadBigMemory(bytes, 0x2000, 257, 1);
+    EXPECT_THAT(bytes, testing::SizeIs(257));
+    EXPECT_EQ(bytes.back(), 0x5A);
     usb.Expect("u80001dfff0100", {Reply("$u80" + Repeated(256, "00"))});
     EXPECT_EQ(Thrown([&] { flash->ReadBigMemory(bytes, 0x1DFFF, 257, 1); }),
               "FirmwareException: Invalid start address: 123135");

@@ -382,12 +382,15 @@ TEST(FlashDataHandle, AnUnusableWhiteBaseTouchesNothing)
     std::vector<float> odd(36, 0.875f);
     odd[20] = std::numeric_limits<float>::quiet_NaN();
     EXPECT_EQ(Thrown([&] { table.handle.SynchronizeWhitebases(odd); }), "") << "not a number is not zero";
+    std::vector<float> white;
+    int32_t time = 0;
+    table.handle.GetWhitebaseCorrection(white, time);
+    EXPECT_EQ(white[19], 0.875f);
+    EXPECT_GT(time, 1700000000) << "the time of the transfer";
 
     Bytes dark = Block(360);
     SetFloat(dark, 100, 0.0f);
     Seal(dark);
-    std::vector<float> white;
-    int32_t time = 0;
     for (const auto& [block, thrown] : std::vector<std::pair<Bytes, const char*>>{
              {dark, "WhiteBaseException: White data contains zero values."},
              {Block(16), "ResourceException: id 3000 doesn't exist"}}) {  // of an early table
