@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "Utilities/Exceptions/TableExceptions.h"
+#include "simulator/table/WireText.h"
 #include "src/SerialUSB/UsbFactory.h"
 #include "tests/support/ScriptedClock.h"
 
@@ -21,37 +22,11 @@ constexpr int EndlessPolls = 20000;
 
 ScriptedUsb* current = nullptr;
 
-std::string Line(char start, const std::string& body)
-{
-    std::string line = start + body;
-    unsigned sum = 0;
-    for (const char character : line) {
-        sum += static_cast<unsigned char>(character);
-    }
-    static constexpr char digits[] = "0123456789abcdef";
-    const unsigned checksum = -sum & 0xFF;
-    line += digits[checksum >> 4];
-    line += digits[checksum & 15];
-    return line + "\r";
-}
+std::string Line(const std::string& text) { return text + J4Bench::WireChecksum(text) + "\r"; }
 
 }  // namespace
 
-std::string Request(const std::string& body) { return Line(';', body); }
-
-std::string Reply(const std::string& body) { return Line(':', body); }
-
-std::vector<uint8_t> Packed(const std::string& payload)
-{
-    std::vector<uint8_t> bytes;
-    for (std::size_t i = 0; i < payload.size(); ++i) {
-        if (i % 62 == 0) {
-            bytes.insert(bytes.end(), {0x01, 0x60});
-        }
-        bytes.push_back(static_cast<uint8_t>(payload[i]));
-    }
-    return bytes;
-}
+std::string Reply(const std::string& body) { return Line(":" + body); }
 
 /// What the library holds; the script may be gone before it.
 class ScriptedUsbFace : public Kestrelon::DeviceDriver::J4T::LowLevel::Usb {
@@ -151,7 +126,7 @@ std::vector<uint8_t> ScriptedUsb::NextTransfer()
             throw CommunicationException("the library never stops polling");
         }
         ScriptedClock::Advance(Latency);
-        return {0x01, 0x60};
+        return Packed("");
     }
     const Transfer transfer = transfers.front();
     transfers.pop_front();
@@ -162,7 +137,7 @@ std::vector<uint8_t> ScriptedUsb::NextTransfer()
 void ScriptedUsb::Receive(const std::string& line)
 {
     const std::string body = line.size() < 4 ? std::string() : line.substr(1, line.size() - 4);
-    if (line != Request(body)) {
+    if (line != Line(";" + body)) {
         return;  // raw text, for the journal alone
     }
     requests.push_back(body);

@@ -8,16 +8,12 @@
 #include <string>
 #include <vector>
 
-namespace J4Test {
+#include "tests/support/Packets.h"
 
-/// A request of the host, such as Request("a0"): start byte, checksum and carriage return are added.
-std::string Request(const std::string& body);
+namespace J4Test {
 
 /// A reply of the table, such as Reply("$a000a12f0"): start byte, checksum and carriage return are added.
 std::string Reply(const std::string& body);
-
-/// The bytes as the bridge packs them: two status bytes in front of every 62.
-std::vector<uint8_t> Packed(const std::string& payload);
 
 /// Exists for the length of a test. Every Usb that the library makes meanwhile, and none other, works.
 class ScriptedUsb {

@@ -4,6 +4,7 @@
 
 #include "simulator/table/TableUnit.h"
 #include "simulator/world/Bench.h"
+#include "tests/support/Packets.h"
 
 namespace J4Test {
 
@@ -12,7 +13,6 @@ using J4Bench::Bridge;
 namespace {
 
 constexpr uint8_t StringType = 3;
-constexpr uint8_t BridgeStatus[] = {0x01, 0x60};
 
 /// The characters of a transfer without the status bytes of its packets.
 std::string Unpacked(const Bytes& transfer)
@@ -24,18 +24,6 @@ std::string Unpacked(const Bytes& transfer)
         }
     }
     return text;
-}
-
-Bytes Packed(const std::string& text)
-{
-    Bytes transfer(std::begin(BridgeStatus), std::end(BridgeStatus));
-    for (const char character : text) {
-        if (transfer.size() % Bridge::PacketSize == 0) {
-            transfer.insert(transfer.end(), std::begin(BridgeStatus), std::end(BridgeStatus));
-        }
-        transfer.push_back(static_cast<uint8_t>(character));
-    }
-    return transfer;
 }
 
 /// Asks the bridge of the bench's table, unless that has gone.
