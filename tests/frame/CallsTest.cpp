@@ -329,8 +329,8 @@ TEST_F(CallsTest, OnlyTheTablesInstrumentRebuildsTheTable)
     Connect();
     for (const auto& [message, serial, rebuilt] : std::vector<std::tuple<int32_t, const char*, Lines>>{
              {1, "765432", {}},
-             {2, ScriptedLibrary::serialNumber, {}},
-             {1, ScriptedLibrary::serialNumber, {"table f0", "table f3", "table a0", "set DeviceType Sorvane0"}}}) {
+             {1, ScriptedLibrary::serialNumber, {"table f0", "table f3", "table a0", "set DeviceType Sorvane0"}},
+             {2, ScriptedLibrary::serialNumber, {}}}) {
         library.deviceMessageHandler(message, serial);
         EXPECT_THAT(TakeJournal(), IsEmpty()) << "nothing is built inside the callback";
         EXPECT_EQ(J4_IsTableConnected(), 0);

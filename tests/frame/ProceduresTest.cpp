@@ -327,6 +327,7 @@ TEST_F(ScriptedScanTest, TheCountIsAlwaysAboveTheTravel)
                                                                      {"0.03125", "525", 50},  // 40 exactly
                                                                      {"0.0625", "525", 30},   // 20 exactly
                                                                      {"0.0625", "524", 20},   // 19.98
+                                                                     {"0.5", "9000", 20},     // the arm, much later
                                                                      {"2", "0", 10},          // none
                                                                      {"-0.03125", "200", -10u}}) {
         library.options["IntegrationTime"] = integrationTime;

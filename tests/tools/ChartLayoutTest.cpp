@@ -24,7 +24,7 @@ std::string RowNames(const ChartLayout& layout)
 TEST(ChartLayout, FindsTheRowsInWhateverOrderTheyStand)
 {
     EXPECT_EQ(RowNames(LayoutOf(CgatsText("SAMPLE_ID X Y WIDTH HEIGHT",
-                                          "d 40 20.4 10 8\nb 40 10 10 8\na 30 11 10 8\nc 30 20 10 8\n"))),
+                                          "d 60 14.4 10 8\nb 40 10 10 8\na 30 13 10 8\nc 50 14 10 8\n"))),
               "ab/cd");
 }
 

@@ -47,6 +47,7 @@ TEST(RowCheck, FindsWhatWasReadInstead)
         {"the row", RowOf(1, columns), ""},
         {"the row, printed a little off", RowOf(1, columns, 0.01f), ""},
         {"one patch too few", RowOf(1, columns - 1), "7 patches were found instead of 8"},
+        {"one patch too many", RowOf(1, columns + 1), "9 patches were found instead of 8"},
         {"nothing", {}, "0 patches were found instead of 8"},
         {"the row before once more", RowOf(0, columns), "row 1 was read instead"},
         {"the next row backwards", Reversed(RowOf(2, columns)), "row 3 was read instead, in the wrong direction"},
@@ -68,6 +69,7 @@ TEST(RowCheck, ChartsThatTellNothingAboutTheDirectionAreGood)
     const RowCheck without(LayoutOf(CgatsText(fields, "a 10 10 8 8\nb 20 10 8 8\nc 30 10 8 8\n")));
     EXPECT_EQ(without.Fault(0, RowOf(2, 3)), "");
     EXPECT_EQ(without.Fault(0, RowOf(2, 2)), "2 patches were found instead of 3");
+    EXPECT_EQ(without.Fault(0, RowOf(2, 4)), "4 patches were found instead of 3");
     const RowCheck symmetric(LayoutOf(
         CgatsText(fields + " LAB_L LAB_A LAB_B", "a 10 10 8 8 50 0 0\nb 20 10 8 8 30 0 0\nc 30 10 8 8 50 0 0\n")));
     EXPECT_EQ(symmetric.Fault(0, RowOf(2, 3)), "");

@@ -1,4 +1,6 @@
 // Bytes and numbers, numbers and text, the pointer that owns, and the loader of libraries.
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <locale>
 #include <map>
@@ -187,6 +189,15 @@ TEST(LibraryLoader, AllLocationsLoadTheSameFile)
                   }),
                   location >= 0 && location <= 4 ? "" : "ResourceNotAvailableException: Unknown location specified.");
     }
+    const auto isLoaded = [] {
+        std::ifstream maps("/proc/self/maps");
+        return std::string(std::istreambuf_iterator<char>(maps), {}).find("libanl") != std::string::npos;
+    };
+    if (!isWindows) {
+        const LibraryLoader loader("libanl.so.1", 0);  // nothing else here needs it
+        EXPECT_TRUE(isLoaded());
+    }
+    EXPECT_FALSE(isLoaded()) << "it goes with its loader";
     EXPECT_EQ(Thrown([] { LibraryLoader("", 0); }), "InvalidArgumentException: empty library name!");
     EXPECT_EQ(Thrown([] { LibraryLoader("", 5); }), "InvalidArgumentException: empty library name!");
     EXPECT_THAT(Thrown([] { LibraryLoader("no-such-library.dll", 0); }),

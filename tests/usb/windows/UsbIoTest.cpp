@@ -196,6 +196,19 @@ TEST_F(UsbIoTest, ALateReadKeepsWhatArrivedWhileAWriteGoesOn)
     written = 3;
     EXPECT_EQ(in.WriteSync("abc", written, 500), 0xE0001010) << "wrong direction";
     EXPECT_EQ(written, 0u);
+
+    // The system gives the lowest number that is free.
+    const auto nextHandle = [] {
+        const HANDLE event = CreateEventA(nullptr, FALSE, FALSE, nullptr);
+        CloseHandle(event);
+        return reinterpret_cast<uintptr_t>(event);
+    };
+    const uintptr_t before = nextHandle();
+    for (int i = 0; i < 40; ++i) {
+        written = 3;
+        EXPECT_EQ(out.WriteSync("abc", written, 500), 0u);
+    }
+    EXPECT_LT(nextHandle(), before + 20 * sizeof(uint32_t)) << "each transfer gives its event back";
 }
 
 TEST_F(UsbIoTest, TextsOfStatusesAreCutToSize)
