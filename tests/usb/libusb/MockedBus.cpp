@@ -16,11 +16,11 @@ namespace {
 constexpr int MaximumNumber = 127;  ///< then the kernel begins anew
 
 /// The buses and a hub, each of them also a device that is not a table.
-constexpr const char* hubs[] = {"/devices/usb1", "/devices/usb2", "/devices/usb1/1-3"};
+constexpr const char* hubs[] = {"/devices/usb1", "/devices/usb2", "/devices/usb1/1-10"};
 
 /// Where the sockets are, neither in the order of their texts nor all on one bus or hub.
-constexpr const char* sockets[UsbStand::Sockets] = {"/devices/usb1/1-2", "/devices/usb1/1-3/1-3.4",
-                                                    "/devices/usb1/1-10", "/devices/usb2/2-1"};
+constexpr const char* sockets[UsbStand::Sockets] = {"/devices/usb1/1-2", "/devices/usb1/1-10/1-10.1",
+                                                    "/devices/usb1/1-10/1-10.4", "/devices/usb2/2-1"};
 
 std::string Hex(const Bytes& bytes)
 {
