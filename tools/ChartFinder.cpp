@@ -16,11 +16,6 @@ namespace J4Tool {
 
 namespace {
 
-/// What is expected of a chart before anything is measured, as standard deviations.
-constexpr double UsualShift = 10.0;     // mm
-constexpr double UsualRotation = 0.05;  // radians
-constexpr double UsualLatency = 0.02;   // s
-
 /// How well a travel tells a place at best, mm.
 constexpr double BestPlace = 0.02;
 
@@ -29,8 +24,8 @@ constexpr double LargestResidual = 0.7;      // mm
 constexpr double LargestRemainder = 0.01;    // reflectance
 constexpr double LargestUnexplained = 0.15;  // share of what the line shows at all
 
-/// Patches of a short look across an outer edge of the chart.
-constexpr double ShortLook = 4.0;
+/// Where the chart is searched for: this share of its rows and columns lies outside of the outer looks.
+constexpr double Inside = 0.2;
 
 /// Below it a look takes too long, mm/s.
 constexpr int SlowestLook = 20;
@@ -49,11 +44,17 @@ std::string Text(const char* format, double value)
     return text;
 }
 
+[[noreturn]] void ThrowAmbiguous()
+{
+    throw ToolError(ExitCode::Check, "it can't be told which of two places, a patch apart, is the chart's",
+                    "Lay it where the layout says, or give its corners with --corners.");
+}
+
 }  // namespace
 
 ChartFinder::ChartFinder(Session& session, const ChartLayout& layout, const WorkArea& area, const RowSpeed& speed,
                          std::function<void(const std::string&)> say)
-    : layout(layout), area(area), speed(speed), say(std::move(say)), scan(session)
+    : layout(layout), area(area), speed(speed), say(std::move(say)), scan(session), search(layout)
 {
     Point least{std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
     Point most{-least.x, -least.y};
@@ -61,10 +62,11 @@ ChartFinder::ChartFinder(Session& session, const ChartLayout& layout, const Work
         least = {std::min(least.x, patch.centre.x), std::min(least.y, patch.centre.y)};
         most = {std::max(most.x, patch.centre.x), std::max(most.y, patch.centre.y)};
     }
-    finding.placement.middle = Times(Plus(least, most), 0.5);
+    nominal.middle = Times(Plus(least, most), 0.5);
+    finding.placement = nominal;
 }
 
-ChartFinder::Line ChartFinder::Column(double share, double patches) const
+ChartFinder::Line ChartFinder::Column(double share) const
 {
     const ChartLayout::Row& firstRow = layout.Rows().front();
     const ChartLayout::Row& lastRow = layout.Rows().back();
@@ -78,21 +80,16 @@ ChartFinder::Line ChartFinder::Column(double share, double patches) const
         lastRow.begin(), lastRow.end(), [&](size_t a, size_t b) { return distance(a) < distance(b); })];
     const Point way = Minus(last.centre, first.centre);
     const double sign = Dot(first.across, way) < 0.0 ? -1.0 : 1.0;
-    Line line{Minus(first.centre, Times(first.across, sign)), Plus(last.centre, Times(last.across, sign))};
-    const double longest = 2.0 * patches * Length(first.across);
-    if (Length(Minus(line.end, line.start)) > longest) {
-        line.end = Plus(line.start, Times(Unit(Minus(line.end, line.start)), longest));
-    }
-    return line;
+    return {Minus(first.centre, Times(first.across, sign)), Plus(last.centre, Times(last.across, sign))};
 }
 
-ChartFinder::Line ChartFinder::Row(bool last, double patches) const
+ChartFinder::Line ChartFinder::Row(double share) const
 {
-    const ChartLayout::Row& row = last ? layout.Rows().back() : layout.Rows().front();
+    const auto index = static_cast<size_t>(std::lround(share * static_cast<double>(layout.Rows().size() - 1)));
+    const ChartLayout::Row& row = layout.Rows()[index];
     const J4Chart::Place& first = layout.Places()[row.front()];
-    const size_t count = std::min(row.size(), static_cast<size_t>(patches));
-    const J4Chart::Place& end = layout.Places()[row[count - 1]];
-    return {Minus(first.centre, first.along), Plus(end.centre, end.along)};
+    const J4Chart::Place& last = layout.Places()[row.back()];
+    return {Minus(first.centre, first.along), Plus(last.centre, last.along)};
 }
 
 bool ChartFinder::Travel(const Line& line, bool bothWays)
@@ -105,50 +102,65 @@ bool ChartFinder::Travel(const Line& line, bool bothWays)
     return seen;
 }
 
-bool ChartFinder::TravelOnce(const Line& line)
+std::optional<ChartFinder::Seen> ChartFinder::Take(const Line& line)
 {
     // A first look finds the patches, with as much paper before and behind as the speed will need.
-    const Point along = Unit(Minus(line.end, line.start));
+    Seen seen;
+    seen.along = Unit(Minus(line.end, line.start));
     const CrossedPatches inside(layout, line.start, line.end);
-    double shortest = std::numeric_limits<double>::infinity();
+    seen.shortest = std::numeric_limits<double>::infinity();
     for (const LineFit::Stretch& stretch : inside.stretches) {
-        shortest = std::min(shortest, stretch.end - stretch.begin);
+        seen.shortest = std::min(seen.shortest, stretch.end - stretch.begin);
     }
     if (inside.stretches.empty()) {
-        return false;
+        return std::nullopt;
     }
     const Placement& placement = finding.placement;
-    int carried = speed.For(shortest);
+    seen.speed = speed.For(seen.shortest);
     // Paper has to be seen evenly behind the rim, wherever that is. A slower look needs less of it.
-    const auto margin = [&] { return RowSpeed::Margin(carried) + (isPartial ? 0.0 : reach * shortest); };
+    const auto margin = [&] { return RowSpeed::Margin(seen.speed) + reach * seen.shortest; };
     const auto hasRoom = [&] {
-        return area.Holds(placement.Of(Minus(line.start, Times(along, margin())))) &&
-               area.Holds(placement.Of(Plus(line.end, Times(along, margin()))));
+        return area.Holds(placement.Of(Minus(line.start, Times(seen.along, margin())))) &&
+               area.Holds(placement.Of(Plus(line.end, Times(seen.along, margin()))));
     };
-    while (carried > SlowestLook && !hasRoom()) {
-        carried = std::max(SlowestLook, carried / 2);
+    while (seen.speed > SlowestLook && !hasRoom()) {
+        seen.speed = std::max(SlowestLook, seen.speed / 2);
     }
-    Point start = Minus(line.start, Times(along, margin()));
-    Point end = Plus(line.end, Times(along, margin()));
-    CrossedPatches crossed(layout, start, end);
+    // A chart that lies a patch off shows its rim there.
+    const double longest = margin() + (1.0 - reach) * seen.shortest;
+    Point start = Minus(line.start, Times(seen.along, longest));
+    Point end = Plus(line.end, Times(seen.along, longest));
+    seen.stretches = CrossedPatches(layout, start, end).stretches;
 
     // At the limits of the work area the rim itself may be out of reach; the edges inside tell too.
     const double length = Length(Minus(end, start));
-    const std::optional<double> before = Trimmed(start, along, length);
-    const std::optional<double> behind = Trimmed(end, Times(along, -1.0), length);
+    const std::optional<double> before = Trimmed(start, seen.along, length);
+    const std::optional<double> behind = Trimmed(end, Times(seen.along, -1.0), length);
     if (!before || !behind) {
-        return false;
+        return std::nullopt;
     }
-    start = Plus(start, Times(along, *before));
-    end = Minus(end, Times(along, *behind));
-    for (LineFit::Stretch& stretch : crossed.stretches) {
+    start = Plus(start, Times(seen.along, *before));
+    end = Minus(end, Times(seen.along, *behind));
+    for (LineFit::Stretch& stretch : seen.stretches) {
         stretch = {stretch.begin - *before, stretch.end - *before};
     }
-    const LineScan::Samples samples = scan.Take(placement.Of(start), placement.Of(end), carried);
+    seen.start = start;
+    seen.samples = scan.Take(placement.Of(start), placement.Of(end), seen.speed);
+    search.Add(seen.samples, placement.Of(start), Unit(placement.Turned(seen.along)), seen.speed);
+    return seen;
+}
+
+bool ChartFinder::TravelOnce(const Line& line)
+{
+    const std::optional<Seen> seen = Take(line);
+    if (!seen) {
+        return false;
+    }
+    const Placement& placement = finding.placement;
     LineFit::Settings settings;
-    settings.blur = samples.blur;
-    settings.largestOffset = reach * shortest + carried * UsualLatency;
-    const LineFit fit(samples.spectra, samples.places, crossed.stretches, settings);
+    settings.blur = seen->samples.blur;
+    settings.largestOffset = reach * seen->shortest + seen->speed * expectation.latencyError;
+    const LineFit fit(seen->samples.spectra, seen->samples.places, seen->stretches, settings);
     if (!fit.Located()) {
         return false;
     }
@@ -164,14 +176,13 @@ bool ChartFinder::TravelOnce(const Line& line)
                         "with --align, which bears half a patch and two degrees.");
     }
     constexpr double leastDistinctness = 1.5;
-    if (!isPartial && fit.Distinctness() < leastDistinctness && std::abs(fit.Offset()) > 0.3 * shortest) {
-        throw ToolError(ExitCode::Check, "it can't be told which of two places, a patch apart, is the chart's",
-                        "Lay it where the layout says, or give its corners with --corners.");
+    if (fit.Distinctness() < leastDistinctness && std::abs(fit.Offset()) > 0.3 * seen->shortest) {
+        ThrowAmbiguous();
     }
-    const Point at = Plus(start, Times(along, fit.Pivot()));
-    const Point direction = Unit(placement.Turned(along));
+    const Point at = Plus(seen->start, Times(seen->along, fit.Pivot()));
+    const Point direction = Unit(placement.Turned(seen->along));
     measured.push_back({at, direction, Dot(direction, placement.Of(at)) - fit.Offset(),
-                        std::hypot(fit.OffsetError(), BestPlace), static_cast<double>(carried)});
+                        std::hypot(fit.OffsetError(), BestPlace), static_cast<double>(seen->speed)});
     edges += fit.VisibleEdges();
     squares += fit.Residual() * fit.Residual() * static_cast<double>(fit.VisibleEdges());
     return true;
@@ -188,7 +199,7 @@ std::optional<double> ChartFinder::Trimmed(Point start, Point along, double leng
     return std::nullopt;
 }
 
-/// Least squares over all travels so far, with what is usual as a weak expectation.
+/// Least squares over all travels so far, with what is expected as far as it holds.
 void ChartFinder::Solve()
 {
     Placement& placement = finding.placement;
@@ -206,8 +217,10 @@ void ChartFinder::Solve()
             slopes.row(row) /= travel.error;
             left(row) /= travel.error;
         }
-        const double usual[] = {UsualShift, UsualShift, UsualRotation, UsualLatency};
-        const double now[] = {placement.shift.x, placement.shift.y, placement.rotation, finding.latency};
+        const double usual[] = {expectation.shiftError, expectation.shiftError, expectation.rotationError,
+                                expectation.latencyError};
+        const double now[] = {placement.shift.x - expectation.shift.x, placement.shift.y - expectation.shift.y,
+                              placement.rotation - expectation.rotation, finding.latency - expectation.latency};
         for (Eigen::Index i = 0; i < 4; ++i) {
             slopes(rows - 4 + i, i) = 1.0 / usual[i];
             left(rows - 4 + i) = -now[i] / usual[i];
@@ -221,49 +234,68 @@ void ChartFinder::Solve()
 
 ChartFinder::Finding ChartFinder::Look()
 {
-    constexpr double whole = std::numeric_limits<double>::max();
     say("looking where the chart lies");
     measured.clear();
     edges = 0;
     squares = 0.0;
-    Travel(Row(false, 1e6), true);
+    Travel(Row(0.0), true);
     int columns = 0;
     // The outer columns tell most; where they are of one colour, those inside.
     for (const double share : {0.0, 1.0, 0.5, 0.25, 0.75, 0.12, 0.37, 0.62, 0.87}) {
-        columns += Travel(Column(share, whole), columns == 0) ? 1 : 0;
+        columns += Travel(Column(share), columns == 0) ? 1 : 0;
         if (columns == 2) {
             break;
         }
     }
     if (layout.Rows().size() > 1) {
-        Travel(Row(true, 1e6), false);
+        Travel(Row(1.0), false);
+    }
+    if (layout.Rows().size() > 2) {
+        Travel(Row(0.5), false);
     }
     finding.isSure = columns > 0;
     finding.residual = edges > 0 ? std::sqrt(squares / static_cast<double>(edges)) : 0.0;
     finding.edges = edges;
+    // Each line alone, and all of them where only the rims tell, may fit a patch off.
+    if (const std::optional<PlacementSearch::Result> best = search.Best(nominal);
+        best && search.Apart(best->placement, finding.placement) > 0.5) {
+        finding.placement = best->placement;
+    }
     return finding;
 }
 
 ChartFinder::Finding ChartFinder::Find()
 {
     say("finding the chart");
-    // Short looks at one corner first: a chart that is turned leads a long line into the next row. They may be a patch
-    // off, where the outer patches could be taken for paper; whole lines over both rims put that right.
-    isPartial = true;
-    Travel(Column(0.0, ShortLook), true);
-    Travel(Row(false, ShortLook), true);
-    for (const double share : {0.33, 1.0}) {
-        Travel(Column(share, ShortLook), false);
+    // Lines well inside cross the chart wherever it lies, and all its rims.
+    const auto there = [&](const Line& line) { Take(line); };
+    const auto andBack = [&](const Line& line) {
+        Take(line);
+        Take({line.end, line.start});
+    };
+    andBack(Row(Inside));
+    andBack(Column(Inside));
+    there(Row(0.5));
+    there(Row(1.0 - Inside));
+    there(Column(0.5));
+    there(Column(1.0 - Inside));
+    const std::optional<PlacementSearch::Result> best = search.Best(nominal);
+    if (!best) {
+        return finding;
     }
-    Travel(Column(0.0, std::numeric_limits<double>::max()), false);
-    if (layout.Rows().size() > 1) {
-        Travel(Row(true, ShortLook), false);
+    if (best->isAmbiguous) {
+        ThrowAmbiguous();
     }
-    isPartial = false;
-    reach = 1.4;
+    finding.placement = best->placement;
+    finding.latency = best->latency;
+    expectation = {best->placement.shift, best->placement.rotation, best->latency, 0.5, 0.002, 0.001};
+    reach = 0.3;
     Look();
-    reach = 0.5;
-    return Look();
+    constexpr double samePlace = 0.15;  // patches
+    if (search.Apart(finding.placement, best->placement) > samePlace) {
+        ThrowAmbiguous();
+    }
+    return finding;
 }
 
 std::string ChartFinder::Fault(const Finding& found) const

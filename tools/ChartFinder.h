@@ -11,6 +11,7 @@
 #include "tools/LineFit.h"
 #include "tools/LineScan.h"
 #include "tools/Placement.h"
+#include "tools/PlacementSearch.h"
 #include "tools/RowSpeed.h"
 #include "tools/WorkArea.h"
 
@@ -54,16 +55,38 @@ private:
         double speed = 0.0;  ///< mm/s
     };
 
+    /// What is known before the travels, with standard deviations.
+    struct Expectation {
+        Point shift;            ///< mm
+        double rotation = 0.0;  ///< radians
+        double latency = 0.0;   ///< s
+        double shiftError = 10.0;
+        double rotationError = 0.05;
+        double latencyError = 0.02;
+    };
+
     /// From rim to rim, in the layout.
     struct Line {
         Point start;
         Point end;
     };
 
-    /// @param share    of the first row's length, 0 to 1
-    /// @param patches  how many at most
-    Line Column(double share, double patches) const;
-    Line Row(bool last, double patches) const;
+    /// What one travel saw.
+    struct Seen {
+        LineScan::Samples samples;
+        std::vector<LineFit::Stretch> stretches;  ///< of the patches, from the start
+        Point start;                              ///< in the layout
+        Point along;
+        double shortest = 0.0;  ///< way through a patch, mm
+        int speed = 0;          ///< mm/s
+    };
+
+    /// @param share  of the first row's length, or of the rows, 0 to 1
+    Line Column(double share) const;
+    Line Row(double share) const;
+
+    /// @return nothing where there is no room
+    std::optional<Seen> Take(const Line& line);
 
     /// @return false where no edge was seen
     bool Travel(const Line& line, bool bothWays);
@@ -79,12 +102,14 @@ private:
     const RowSpeed& speed;
     std::function<void(const std::string&)> say;
     LineScan scan;
+    PlacementSearch search;
+    Placement nominal;
     Finding finding;
+    Expectation expectation;
     std::vector<Measured> measured;
     size_t edges = 0;
     double squares = 0.0;
-    double reach = 0.5;      ///< how far off the chart is looked for, in patches
-    bool isPartial = false;  ///< short looks, which can't tell one patch from the next
+    double reach = 0.5;  ///< how far off the chart is looked for, in patches
 };
 
 }  // namespace J4Tool

@@ -13,22 +13,12 @@ namespace J4Tool {
 
 namespace {
 
-/// Bands are summed up to so many channels: enough to tell colours apart, few enough to be quick.
-constexpr Eigen::Index Channels = 6;
-
 /// Paper narrower than this leaves no trace between two patches, mm.
 constexpr double NarrowestGap = 0.2;
 
 /// Steps of the search for the place, mm and as a share.
 constexpr double OffsetStep = 0.25;
 constexpr double StretchStep = 0.0025;
-
-/// Share of a disc of diameter 1 that lies before a line at this distance from its middle: 0 up to -0.5, 1 from 0.5 on.
-double ShareBefore(double distance)
-{
-    const double u = std::clamp(2.0 * distance, -1.0, 1.0);
-    return 0.5 + (u * std::sqrt(1.0 - u * u) + std::asin(u)) / std::numbers::pi;
-}
 
 double Median(std::vector<double> values)
 {
@@ -48,6 +38,26 @@ constexpr double LargestEdgeError = 0.1;
 constexpr double LargestOffsetError = 0.2;
 
 }  // namespace
+
+LineFit::Light LineFit::LightOf(const Spectrum& spectrum)
+{
+    Light light;
+    const size_t width = spectrum.size() / Channels;
+    for (size_t channel = 0; channel < Channels; ++channel) {
+        double sum = 0.0;
+        for (size_t band = channel * width; band < (channel + 1) * width; ++band) {
+            sum += static_cast<double>(spectrum[band]);
+        }
+        light[channel] = sum / static_cast<double>(width);
+    }
+    return light;
+}
+
+double LineFit::ShareBefore(double distance)
+{
+    const double u = std::clamp(2.0 * distance, -1.0, 1.0);
+    return 0.5 + (u * std::sqrt(1.0 - u * u) + std::asin(u)) / std::numbers::pi;
+}
 
 /// What the layout says the samples should look like: a stretch of one colour after the other, seen through the
 /// aperture. The colours are whatever fits best.
@@ -70,16 +80,9 @@ public:
         light.resize(static_cast<Eigen::Index>(used.size()), Channels);
         for (size_t row = 0; row < used.size(); ++row) {
             at[row] = places[used[row]];
-            const Spectrum& spectrum = samples[used[row]];
-            const size_t width = spectrum.size() / Channels;
-            for (size_t channel = 0; channel < Channels; ++channel) {
-                double sum = 0.0;
-                for (size_t band = channel * width; band < (channel + 1) * width; ++band) {
-                    sum += static_cast<double>(spectrum[band]);
-                }
-                light(static_cast<Eigen::Index>(row), static_cast<Eigen::Index>(channel)) =
-                    sum / static_cast<double>(width);
-            }
+            const Light channels = LightOf(samples[used[row]]);
+            light.row(static_cast<Eigen::Index>(row)) =
+                Eigen::Map<const Eigen::RowVectorXd>(channels.data(), Eigen::Index{Channels});
         }
     }
 
@@ -277,13 +280,22 @@ void LineFit::Locate(const Model& model, const Settings& settings)
             valleys.push_back(course[i]);
         }
     }
+    const double halfLength = 0.5 * (model.Edges().back() - model.Edges().front());
     for (Candidate& valley : valleys) {
         double offsetStep = OffsetStep / 2.0;
         double scaleStep = StretchStep / 2.0;
         while (offsetStep > 0.005) {
             const Candidate before = valley;
-            for (const auto& [byOffset, byScale] :
-                 {std::pair(offsetStep, 0.0), {-offsetStep, 0.0}, {0.0, scaleStep}, {0.0, -scaleStep}}) {
+            // Also about either end: a rim that shows far better than all other edges holds it fast.
+            const double end = scaleStep * halfLength;
+            for (const auto& [byOffset, byScale] : {std::pair(offsetStep, 0.0),
+                                                    {-offsetStep, 0.0},
+                                                    {0.0, scaleStep},
+                                                    {0.0, -scaleStep},
+                                                    {end, scaleStep},
+                                                    {end, -scaleStep},
+                                                    {-end, scaleStep},
+                                                    {-end, -scaleStep}}) {
                 const double at = before.offset + byOffset;
                 const double stretched = before.scale + byScale;
                 if (std::abs(at) > settings.largestOffset || std::abs(stretched - 1.0) > settings.largestStretch) {

@@ -2,6 +2,7 @@
 // line crosses: where each sample was taken, how well the edges agree, and the reading of each patch.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -21,6 +22,15 @@ public:
 
     static constexpr double Aperture = 4.5;  ///< diameter of what the instrument sees, mm
     static constexpr double Guard = 0.2;     ///< kept from the edges of a patch besides, mm
+
+    /// Bands are averaged to so many channels: enough to tell colours apart, few enough to be quick.
+    static constexpr size_t Channels = 6;
+    using Light = std::array<double, Channels>;
+    static Light LightOf(const Spectrum& spectrum);
+
+    /// Share of a disc of diameter 1 that lies before a line at this distance from its middle: 0 up to -0.5, 1 from
+    /// 0.5 on.
+    static double ShareBefore(double distance);
 
     struct Settings {
         double aperture = Aperture;    ///< mm
