@@ -61,7 +61,7 @@ class PlacementSearch::Map {
 public:
     static constexpr size_t Papers = 5;
 
-    /// Where a point of the layout is: patches count from Papers.
+    /// @param unitAlong   of the rows, and across them: the directions of Own()
     Map(const ChartLayout& layout, Point unitAlong, Point unitAcross)
         : layout(layout), unitAlong(unitAlong), unitAcross(unitAcross)
     {
@@ -77,17 +77,20 @@ public:
                 }
             }
         }
-        width = static_cast<size_t>(std::ceil((high.x - low.x) / Cell)) + 1;
-        height = static_cast<size_t>(std::ceil((high.y - low.y) / Cell)) + 1;
+        constexpr double finest = 0.5;     // mm
+        constexpr double mostCells = 2e3;  // in each direction
+        cellSize = std::max({finest, (high.x - low.x) / mostCells, (high.y - low.y) / mostCells});
+        width = static_cast<size_t>(std::ceil((high.x - low.x) / cellSize)) + 1;
+        height = static_cast<size_t>(std::ceil((high.y - low.y) / cellSize)) + 1;
         cells.assign(width * height, 0);
         for (size_t i = 0; i < layout.Places().size(); ++i) {
             const J4Chart::Place& patch = layout.Places()[i];
             const Point centre = Own(patch.centre);
             const double reachX = std::abs(Dot(patch.along, unitAlong)) + std::abs(Dot(patch.across, unitAlong));
             const double reachY = std::abs(Dot(patch.along, unitAcross)) + std::abs(Dot(patch.across, unitAcross));
-            const auto cell = [](double from, double origin, size_t count) {
+            const auto cell = [this](double from, double origin, size_t count) {
                 return static_cast<size_t>(
-                    std::clamp(std::round((from - origin) / Cell), 0.0, static_cast<double>(count)));
+                    std::clamp(std::round((from - origin) / cellSize), 0.0, static_cast<double>(count)));
             };
             for (size_t y = cell(centre.y - reachY, low.y, height); y < cell(centre.y + reachY, low.y, height); ++y) {
                 for (size_t x = cell(centre.x - reachX, low.x, width); x < cell(centre.x + reachX, low.x, width); ++x) {
@@ -99,11 +102,11 @@ public:
 
     Point Own(Point place) const { return {Dot(place, unitAlong), Dot(place, unitAcross)}; }
 
-    /// @param own  a point in the coordinates of Own()
+    /// What is at a point in the coordinates of Own(): patches count from Papers.
     size_t At(Point own) const
     {
-        const double x = (own.x - low.x) / Cell;
-        const double y = (own.y - low.y) / Cell;
+        const double x = (own.x - low.x) / cellSize;
+        const double y = (own.y - low.y) / cellSize;
         if (x >= 0.0 && y >= 0.0 && x < static_cast<double>(width) && y < static_cast<double>(height)) {
             const unsigned found = cells[static_cast<size_t>(y) * width + static_cast<size_t>(x)];
             if (found >= Papers) {
@@ -175,13 +178,12 @@ private:
                within(off.y, std::hypot(patch.across.x, patch.across.y));
     }
 
-    static constexpr double Cell = 0.5;  // mm
-
     const ChartLayout& layout;
     Point unitAlong;
     Point unitAcross;
     Point low;
     Point high;
+    double cellSize = 0.0;  ///< mm
     size_t width = 0;
     size_t height = 0;
     std::vector<unsigned> cells;

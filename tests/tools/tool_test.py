@@ -4,7 +4,9 @@ questions and the progress bar at a terminal.
 
 usage: tool_test.py PROGRAM FOLDER [--sanitized] [TEST...]
 """
+import cmath
 import json
+import math
 import os
 import re
 import select
@@ -274,6 +276,7 @@ class ToolTest(unittest.TestCase):
                 ("one by one --spots", 10, 0, colour, (0, 0), True, DONE, {"SPOT"}),
                 ("half a patch across", 10, 0, colour, (0, 5), False, CHECK, "mm in y, turned by"),
                 ("half a patch along", 10, 0, colour, (5, 0), True, CHECK, "mm in x"),
+                ("a patch off along", 10, 0, colour, (10, 0), False, CHECK, "mm in x"),
                 ("another chart", 10, 2, lambda r, c, t: colour(c, r, t), (-7, 6), False, CHECK, ""),
                 ("found --align", 10, 0, colour, (4, -4), False, DONE, {"FITTED"}),
                 ("found --align", 7, 1, colour, (-3, 3), False, DONE, {"FITTED"})):
@@ -303,6 +306,22 @@ class ToolTest(unittest.TestCase):
                     os.remove("m.cgats")
                 else:
                     self.assertIn(ways, run.stderr)
+
+    def test_finds_charts_that_lie_moved_and_turned(self):
+        """The layout tells no colours; the corners that are found must be where the chart was laid."""
+        write("bed.cgats", chart(20, 30))
+        write("layout.cgats", re.sub(r" SPECTRAL_NM\d+", "", re.sub(r"(?m)^(R.* 10 8) .*", r"\1", chart(20, 30))))
+        middle = 180 + 11 * 29 / 2 + 1j * (160 + 9 * 19 / 2)
+        for x, y, degrees in ((0, 0, -2), (-5, 4, 2), (5, -4, -1), (-4, -3, 1.5)):
+            with self.subTest(f"{x} {y} {degrees}"):
+                run = tool(["--virtual", "--json", "--chart", "bed.cgats", "--option", "Simulator.Noise=0.001", "--option",
+                            f"Simulator.ChartOffset={x} {y} {degrees}", "align", "layout.cgats"])
+                self.assertEqual(run.returncode, DONE, run.stderr)
+                numbers = iter(json.loads(run.stdout.splitlines()[-1])["corners"])
+                turn = cmath.exp(1j * math.radians(degrees))
+                for corner, found in zip((180 + 160j, 180 + 11 * 29 + 160j, 180 + (160 + 9 * 19) * 1j),
+                                         map(complex, numbers, numbers)):
+                    self.assertLess(abs(middle + x + 1j * y + (corner - middle) * turn - found), 0.3)
 
     def test_files_of_others_stay(self):
         for name in ("m.cgats", "m.cgats.tmp", "m.cgats.1.tmp"):
