@@ -186,6 +186,7 @@ std::vector<Spectrum> PatchRecognition::Reduce(const std::vector<Spectrum>& samp
 {
     const Row row(samples, positions, noise);
     std::vector<Run> runs = row.RunsOfOneColour();
+    row.JoinHalves(runs);  // each may be too short by itself
     row.DropShortRuns(runs);
     row.JoinHalves(runs);
     if (!runs.empty() && row.IsPaper(runs.front())) {

@@ -296,7 +296,7 @@ class ToolTest(unittest.TestCase):
                 write("bed.cgats", text(True, *move).replace("BEGIN", marks.get(name.split()[0], "") + "BEGIN", 1))
                 write("layout.cgats", text(known, 0, 0))
                 option = " ".join(word for word in name.split() if word.startswith("--"))
-                run = tool("--virtual --chart bed.cgats scan layout.cgats -o m.cgats --restart --option "
+                run = tool("--virtual --chart bed.cgats scan layout.cgats -o m.cgats --force --restart --option "
                            "Simulator.Noise=0.001 " + option)
                 self.assertEqual(run.returncode, code, run.stderr)
                 self.assertEqual(os.path.exists("m.cgats"), code == DONE)
