@@ -8,7 +8,7 @@ namespace J4Bench {
 
 namespace {
 
-enum Request : uint8_t { Reset = 0, ModemControl = 1, FlowControl = 2, BaudRate = 3, LineFormat = 4 };
+enum Request : uint8_t { Reset = 0, ModemControl = 1, FlowControl = 2, BaudRate = 3, LineFormat = 4, LatencyTimer = 9 };
 enum ResetValue : uint16_t { ResetAll = 0, PurgeReceived = 1, PurgeSent = 2 };
 
 constexpr double BaseBaud = 3000000.0;
@@ -20,6 +20,7 @@ constexpr uint8_t FirstStatus = 0x01;     // bit 0 is always set, the modem line
 constexpr uint8_t SecondStatus = 0x60;    // the transmitter is empty
 constexpr uint8_t Garble = 0x55;          // what a line at the wrong speed makes of a character
 constexpr int64_t Nano = 1000;            // nanoseconds per microsecond
+constexpr int64_t Milli = 1000;           // microseconds per millisecond
 constexpr size_t PayloadSize = Bridge::PacketSize - Bridge::StatusSize;
 
 /// Adds a character to a line; a complete line goes into the journal.
@@ -108,6 +109,9 @@ Bridge::Status Bridge::Control(uint8_t request, uint16_t value)
     case LineFormat:
         lineFormat = value;
         return Status::Done;
+    case LatencyTimer:
+        latency = Milli * std::max<int64_t>(value, 1);
+        return Status::Done;
     default:
         return Status::Stalled;
     }
@@ -135,7 +139,7 @@ Bridge::Status Bridge::Read(uint8_t* buffer, size_t& length)
     int64_t moment = start;
     bool isFull = true;
     while (isFull && room - length >= PacketSize && moment - start < LongestTransfer) {
-        const int64_t deadline = std::max(moment, lastPacket + LatencyTime);
+        const int64_t deadline = std::max(moment, lastPacket + latency);
         RunTo(deadline);
         const auto arrived = static_cast<size_t>(
             std::ranges::find_if(fromTable, [&](const TimedByte& byte) { return byte.moment > deadline * Nano; }) -

@@ -21,7 +21,7 @@ public:
 
     static constexpr size_t PacketSize = 64;
     static constexpr size_t StatusSize = 2;
-    static constexpr int64_t LatencyTime = 16000;        ///< microseconds
+    static constexpr int64_t LatencyTime = 16000;        ///< microseconds, until it is set otherwise
     static constexpr int64_t LongestTransfer = 1000000;  ///< microseconds
 
     Bridge(BenchClock& clock, Journal& journal, Faults& faults, TableController& controller);
@@ -30,8 +30,8 @@ public:
     Status Probe();
 
     /// One vendor request without data: 0 resets (value 0) or purges what came in (1) or what goes out (2),
-    /// 3 sets the divisor of 3,000,000 baud, 4 the line format. Modem and flow control, 1 and 2, are taken
-    /// and have no effect here.
+    /// 3 sets the divisor of 3,000,000 baud, 4 the line format, 9 the latency in milliseconds, which no reset
+    /// changes. Modem and flow control, 1 and 2, are taken and have no effect here.
     Status Control(uint8_t request, uint16_t value);
 
     /// One bulk OUT transfer; the characters go out on the line one after the other from now on.
@@ -66,6 +66,7 @@ private:
     int64_t toTableFree = 0;    ///< nanoseconds
     int64_t fromTableFree = 0;  ///< nanoseconds
     int64_t lastPacket = 0;     ///< microseconds
+    int64_t latency = LatencyTime;
     uint32_t divisor = 1;
     uint16_t lineFormat = 0;
     std::string sentLine;

@@ -45,6 +45,8 @@ UsbEnd Ask(const TableDevice::Traits& traits, Question question)
 
 void PassOnBench(unsigned milliseconds) { J4Bench::Bench::Instance().Clock().Advance(int64_t{1000} * milliseconds); }
 
+int64_t BenchTime() { return J4Bench::Bench::Instance().Clock().Now(); }
+
 Bytes StringDescriptor(const std::string& text)
 {
     Bytes descriptor = {static_cast<uint8_t>(2 + 2 * text.size()), StringType};

@@ -29,6 +29,9 @@ enum class UsbEnd {
 /// The pauses of the library under test take no real time: each passes on the bench.
 void PassOnBench(unsigned milliseconds);
 
+/// The bench's time, in microseconds.
+int64_t BenchTime();
+
 /// The string descriptor of a text.
 Bytes StringDescriptor(const std::string& text);
 

@@ -4,20 +4,21 @@ namespace J4Test {
 
 namespace {
 
-std::unique_ptr<UsbStand> stand;
+/// Ends with the environment, not with the process: what the child of a fork has is the parent's.
+UsbStand* stand = nullptr;
 
 /// A machine that can't have the stand skips the tests and says why.
 struct StandEnvironment : testing::Environment {
     void SetUp() override
     {
         try {
-            stand = UsbStand::Create();
+            stand = UsbStand::Create().release();
         } catch (const std::exception& reason) {
             GTEST_SKIP() << "No USB stand on this machine: " << reason.what();
         }
     }
 
-    void TearDown() override { stand.reset(); }
+    void TearDown() override { delete stand; }
 };
 
 const auto* const environment = testing::AddGlobalTestEnvironment(new StandEnvironment);

@@ -1,6 +1,7 @@
 #include "src/SerialUSB/Libusb/UsbLibusb.h"
 
 #include <libusb.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -10,6 +11,7 @@
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
+#include "Utilities/Tools/Clock.h"
 #include "src/SerialUSB/SerialNumberText.h"
 #include "src/SerialUSB/UsbFactory.h"
 
@@ -26,6 +28,8 @@ constexpr unsigned long MaximumTransferSize = 0x20000;
 constexpr unsigned TransferTimeout = 1000;  ///< ms
 constexpr int LongestPortPath = 7;          ///< tiers below the root, by the USB standard
 constexpr std::size_t LongestStringDescriptor = 255;
+constexpr unsigned long StatusSize = 2;      ///< of a packet; one without payload has nothing else
+constexpr uint32_t IdlePacketInterval = 16;  ///< ms, as the bridge has it until a program sets it otherwise
 
 // Languages of a string descriptor. Some devices stall on the first.
 constexpr uint16_t AnyLanguage = 0;
@@ -64,12 +68,28 @@ void UsbLibusb::HandleRelease::operator()(libusb_device_handle* handle) const { 
 
 void UsbLibusb::DeviceRelease::operator()(libusb_device* device) const { libusb_unref_device(device); }
 
-UsbLibusb::UsbLibusb(uint32_t vendorId, uint32_t productId) : vendorId(vendorId), productId(productId) {}
+UsbLibusb::UsbLibusb(uint32_t vendorId, uint32_t productId)
+    : vendorId(vendorId), productId(productId), maker(::getpid())
+{}
 
-UsbLibusb::~UsbLibusb() = default;
+UsbLibusb::~UsbLibusb()
+{
+    if (!IsOwnProcess()) {
+        // To give them back here would end the parent's: the files below libusb are shared, its thread is not.
+        static_cast<void>(handle.release());
+        static_cast<void>(context.release());
+    }
+}
+
+bool UsbLibusb::IsOwnProcess() const { return ::getpid() == maker; }
+
+bool UsbLibusb::IsOpen() const { return handle != nullptr && IsOwnProcess(); }
 
 void UsbLibusb::StartLibusb()
 {
+    if (!IsOwnProcess()) {
+        ThrowIfLibusbError(LIBUSB_ERROR_NO_DEVICE, "libusb_init");
+    }
     if (context == nullptr) {
         libusb_context* started = nullptr;
         ThrowIfLibusbError(libusb_init(&started), "libusb_init");
@@ -153,7 +173,7 @@ void UsbLibusb::Close()
     Abort(PipeDevice);
     Abort(PipeIn);
     Abort(PipeOut);
-    if (handle != nullptr) {
+    if (IsOpen()) {
         // Gives the kernel's driver its interface back; a device that has gone has nothing to release.
         libusb_release_interface(handle.get(), TableInterface);
         handle.reset();
@@ -162,7 +182,7 @@ void UsbLibusb::Close()
 
 libusb_device_handle* UsbLibusb::OpenedHandle(const char* label) const
 {
-    if (handle == nullptr) {
+    if (!IsOpen()) {
         ThrowIfLibusbError(LIBUSB_ERROR_NO_DEVICE, label);
     }
     return handle.get();
@@ -202,8 +222,26 @@ try {
     if (status != LIBUSB_ERROR_TIMEOUT || received <= 0) {
         ThrowIfTransferError(status, label, EndpointIn);
     }
+    if (*length <= StatusSize) {
+        PaceIdlePacket();
+    }
 }
 J4T_TRACE_FRAME
+
+/// The layers above measure time in idle packets. A program that had the table before may have left the bridge with an
+/// interval of 1 ms, and it keeps that until it is plugged out: a time-out would come after a sixteenth of its time.
+/// Meanwhile the bridge's own buffer takes what comes: at most 93 characters.
+void UsbLibusb::PaceIdlePacket()
+{
+    using namespace Utilities::Tools;
+    if (lastIdlePacket) {
+        const uint32_t passed = Clock::GetTickCount() - *lastIdlePacket;
+        if (passed < IdlePacketInterval) {
+            Clock::Sleep(IdlePacketInterval - passed);
+        }
+    }
+    lastIdlePacket = Clock::GetTickCount();
+}
 
 void UsbLibusb::Write(short, const void* data, unsigned long length)
 try {
@@ -227,7 +265,7 @@ J4T_TRACE_FRAME
 void UsbLibusb::Abort(short pipe)
 {
     // Transfers are synchronous: there is never one to abort on the two pipes.
-    if (pipe == PipeDevice && handle != nullptr) {
+    if (pipe == PipeDevice && IsOpen()) {
         libusb_reset_device(handle.get());
     }
 }

@@ -9,7 +9,7 @@ j4_add_test_program(usb_tests
     libusb/MockedBus.cpp
     libusb/UsbLibusbTest.cpp
     RUNNER ${UMOCKDEV_WRAPPER})
-target_link_libraries(usb_tests PRIVATE PkgConfig::UMOCKDEV)
+target_link_libraries(usb_tests PRIVATE j4_clock_seam PkgConfig::UMOCKDEV)
 
 # The library and the instrument's stand-in have folders of their own; the folder of the stand-in also has the
 # virtual variant, which must not come first.

@@ -1,6 +1,11 @@
 // What only libusb has: its claims and configurations, the order of bus and port path, permissions, and transfers that
-// end early.
+// end early, forks, and a bridge that answers too soon.
 #include <sys/fsuid.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
 
 #include "tests/usb/UsbChannelTest.h"
 #include "tests/usb/libusb/MockedBus.h"
@@ -27,6 +32,21 @@ private:
 struct LibusbSessionTest : UsbSessionTest {};
 
 struct UsbLibusbTest : UsbChannelTest {};
+
+/// The child of a fork does something and ends as a program does: static objects go, libraries are unloaded.
+/// @param act  gives the child's exit code
+template <class Act>
+void ExpectChildGoes(Act act)
+{
+    std::fflush(nullptr);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        std::exit(act());
+    }
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
 
 TEST_F(LibusbSessionTest, WhoMayNotUseTheTableIsToldOfTheRule)
 {
@@ -79,6 +99,75 @@ TEST_F(UsbLibusbTest, TheInterfaceIsTakenOverAndGivenBack)
     table->Fail(0, UsbEnd::Gone);
     EXPECT_EQ(Thrown([&] { usb->Open(0); }), Text("libusb_set_configuration", Stand().Words().gone));
     EXPECT_THAT(Stand().Held(), ElementsAre("timer"));
+}
+
+TEST_F(LibusbSessionTest, AForkedChildLeavesTheTableToItsParent)
+{
+    ExpectShortSession("before");
+    table->TakeRecord();
+    ExpectChildGoes([] { return 0; });
+    EXPECT_THAT(table->TakeRecord(), IsEmpty());
+    ExpectShortSession("after the child's end");
+    Replug();
+    Reconnect();
+    ExpectShortSession("a table plugged in after it");
+}
+
+TEST_F(UsbLibusbTest, AForkedChildHasNoDevice)
+{
+    Open();
+    ExpectChildGoes([this] {
+        for (const auto& [name, call] : Calls()) {
+            if (Thrown(call) != Text(name, Stand().Words().gone)) {
+                return 1;
+            }
+        }
+        unsigned short count = 0;
+        if (Thrown([&] { usb->Scan(count); }) != Text("libusb_init", Stand().Words().gone)) {
+            return 2;
+        }
+        usb->Abort(Usb::PipeDevice);
+        usb->Close();
+        usb = {};
+        return 0;
+    });
+    EXPECT_THAT(table->TakeRecord(), IsEmpty());
+    EXPECT_EQ(SerialNumber(), "640001");
+    usb->Close();
+}
+
+TEST_F(LibusbSessionTest, ABridgeThatAnswersTooSoonCutsNoMotionShort)
+{
+    Set("J4TMoveSpeed", "30");
+    ASSERT_EQ(J4_SetPosition(100.0f, 300.0f), 0);
+    // Another program has set it so.
+    J4Bench::Bench::Instance().TableAt(0)->GetBridge().Control(9, 1);
+    table->TakeRecord();
+    const int64_t start = BenchTime();
+    EXPECT_EQ(J4_SetPosition(500.0f, 300.0f), 0) << GetOption("LastError");
+    EXPECT_GT(BenchTime() - start, 12'000'000);
+    ExpectPosition(500.0f, 300.0f);
+    EXPECT_THAT(table->TakeRecord(), testing::Each(testing::AnyOf("in 131072", testing::StartsWith("out ;"))));
+}
+
+TEST_F(UsbLibusbTest, PacketsWithoutPayloadAreNoCloserThanTheBridgesOwnInterval)
+{
+    Open();
+    const Bytes idle = {0x01, 0x60};
+    const Bytes full = {0x01, 0x60, 'A'};
+    const struct {
+        unsigned before;  // ms, from the end of the read before to the packet
+        Bytes packet;
+        unsigned pause;  // ms
+    } cases[] = {{100, idle, 0},  {1, idle, 15}, {1, full, 0},  {1, full, 0},
+                 {1, {0x01}, 13}, {0, {}, 16},   {16, idle, 0}, {15, idle, 1}};
+    for (const auto& read : cases) {
+        PassOnBench(read.before);
+        table->deliveries.push_back(read.packet);
+        const int64_t start = BenchTime();
+        EXPECT_EQ(Read(), read.packet);
+        EXPECT_EQ(BenchTime() - start, 1000 * read.pause);
+    }
 }
 
 TEST_F(UsbLibusbTest, AStalledPipeIsClearedAtOnce)
