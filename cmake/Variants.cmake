@@ -6,13 +6,15 @@ j4_add_library(j4tavla64_virtual j4_virtual_seams j4bench)
 # own.
 if(WIN32)
     # Through the USBIO kernel driver. Symbols go into a file beside the DLL.
-    add_library(j4_usb_seam OBJECT
+    add_library(j4_usb STATIC
         src/SerialUSB/Win32/USB_Win.cpp
         usbio/CUsbIo.cpp
         usbio/CUsbIoErrorText.cpp
         usbio/CUsbIoPipe.cpp
         usbio/SetupApi.cpp)
-    target_link_libraries(j4_usb_seam PUBLIC j4t_flags)
+    target_link_libraries(j4_usb PUBLIC j4_foundation)
+    add_library(j4_usb_seam OBJECT src/SerialUSB/SystemUsbFactory.cpp)
+    target_link_libraries(j4_usb_seam PUBLIC j4_usb)
     j4_add_library(j4tavla64_real j4_clock_seam j4_usb_seam)
     set_target_properties(j4tavla64_real PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real
@@ -37,8 +39,10 @@ else()
     # Through libusb.
     find_package(PkgConfig REQUIRED)
     pkg_check_modules(LIBUSB REQUIRED IMPORTED_TARGET libusb-1.0)
-    add_library(j4_usb_seam OBJECT src/SerialUSB/Libusb/UsbLibusb.cpp)
-    target_link_libraries(j4_usb_seam PUBLIC j4t_flags PkgConfig::LIBUSB)
+    add_library(j4_usb STATIC src/SerialUSB/Libusb/UsbLibusb.cpp)
+    target_link_libraries(j4_usb PUBLIC j4_foundation PkgConfig::LIBUSB)
+    add_library(j4_usb_seam OBJECT src/SerialUSB/SystemUsbFactory.cpp)
+    target_link_libraries(j4_usb_seam PUBLIC j4_usb)
     j4_add_library(j4tavla64_real j4_clock_seam j4_usb_seam)
     set_target_properties(j4tavla64_real PROPERTIES
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real

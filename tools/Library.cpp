@@ -71,6 +71,12 @@ std::vector<path> Library::Candidates(bool isVirtual, const path& wanted, const 
     return {programFolder / file, above / "lib" / file, file};
 }
 
+void* Library::BenchFunction(const char* name)
+{
+    bench.emplace(NameOf(PathOf(Path()).replace_filename(Platform::LibraryFileName(BenchName))), AnyLocation);
+    return bench->doResolve(name);
+}
+
 template <class Function>
 void Library::Resolve(Function& function, const char* name)
 {
@@ -83,7 +89,7 @@ void Library::Resolve(Function& function, const char* name)
 
 Library::Library(bool isVirtual, const path& wanted) : loader(Load(isVirtual, wanted))
 {
-    const bool foundVirtual = IsVirtualVariant(PathOf(Path()));
+    foundVirtual = IsVirtualVariant(PathOf(Path()));
     // Who asks for a table must not get a simulation because the system found that first.
     if (!isVirtual && wanted.empty() && foundVirtual) {
         throw ToolError(ExitCode::Library, "only the virtual variant of the library was found: " + Path(),
@@ -107,6 +113,7 @@ Library::Library(bool isVirtual, const path& wanted) : loader(Load(isVirtual, wa
     Resolve(functions.Scan, "J4_Scan");
     Resolve(functions.IsTableConnected, "J4_IsTableConnected");
     Resolve(functions.SynchronizeWhitebases, "J4_SynchronizeWhitebases");
+    Resolve(functions.Private, "J4_Private");
 }
 
 }  // namespace J4Tool

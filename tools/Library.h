@@ -25,6 +25,13 @@ public:
     /// Full path of the file.
     std::string Path() { return loader.GetLibraryPath(); }
 
+    /// Whether it is the virtual variant, which --library may name too.
+    bool IsVirtual() const { return foundVirtual; }
+
+    /// A function of the bench, which lies beside the virtual variant; null when it lacks it.
+    /// @throws std::exception when it can't be loaded
+    void* BenchFunction(const char* name);
+
     /// The files that are tried, in this order.
     static std::vector<std::filesystem::path> Candidates(bool isVirtual, const std::filesystem::path& path,
                                                          const std::filesystem::path& programFolder);
@@ -34,7 +41,9 @@ private:
     void Resolve(Function& function, const char* name);
 
     std::optional<Kestrelon::Utilities::Tools::LibraryLoader> virtualInstrument;  // goes after the library
+    std::optional<Kestrelon::Utilities::Tools::LibraryLoader> bench;
     Kestrelon::Utilities::Tools::LibraryLoader loader;
+    bool foundVirtual = false;
     TableFunctions functions;
 };
 

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <system_error>
 
@@ -18,6 +19,9 @@ std::string LibraryFileName(const std::string& name);
 /// Lets the system look into a folder for what a library there needs.
 void AddLibraryFolder(const std::filesystem::path& folder);
 
+/// Where programs keep what they know from one run to the next, for this user; empty where nobody knows.
+std::filesystem::path StateFolder();
+
 /// Has the console show UTF-8 as long as the program runs.
 void PrepareConsole();
 
@@ -30,6 +34,20 @@ int TerminalWidth();
 /// Has a function called when the person or the system asks the program to end: Ctrl-C, a closed terminal or pipe, a
 /// logoff. It is called at any moment, may do only what a signal handler may, and the program goes on.
 void OnEndRequest(void (*handler)());
+
+/// While it lives no signal ends or stops the program but those of OnEndRequest, which are only noted, and those that
+/// nothing can keep off; the others wait.
+class SignalShield {
+public:
+    SignalShield();
+    ~SignalShield();
+    SignalShield(const SignalShield&) = delete;
+    SignalShield& operator=(const SignalShield&) = delete;
+
+private:
+    struct Mask;
+    std::unique_ptr<Mask> before;
+};
 
 /// Writes a text to standard error at once; a signal handler may call it.
 void WriteNow(const char* text);

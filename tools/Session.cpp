@@ -3,7 +3,9 @@
 #include <regex>
 #include <sstream>
 
+#include "tools/BlockReader.h"
 #include "tools/Interrupt.h"
+#include "tools/Platform.h"
 #include "tools/StatusTable.h"
 #include "tools/ToolError.h"
 
@@ -47,8 +49,15 @@ std::string PlainWords(const std::string& message)
 
 ToolError TableError(const std::string& what, int32_t status, const std::string& message)
 {
+    // What library and table say of a configuration block that is missing or damaged.
+    static const std::regex lostBlock(
+        "[Cc]onfiguration data|config block|Checksum error in flash|flash size|flash data");
     const StatusEntry& entry = FindStatus(status);
-    return ToolError(entry.exitCode, what + " failed: " + PlainWords(message), entry.advice, status);
+    const bool isLost = std::regex_search(message, lostBlock);
+    return ToolError(
+        entry.exitCode, what + " failed: " + PlainWords(message),
+        isLost ? "The table's configuration is lost or damaged: bring it back with 'j4tavla rescue'." : entry.advice,
+        status);
 }
 
 }  // namespace
@@ -74,6 +83,20 @@ void Session::Check(const std::string& what, const std::function<int32_t()>& cal
         // every key.
         throw TableError(what, status,
                          lastFailure.status == status ? lastFailure.message : functions.GetOption("LastError"));
+    }
+}
+
+void Session::CheckWriting(const std::string& what, const std::function<int32_t()>& call)
+{
+    if (keepBlock) {
+        keepBlock(GetOption("J4TSerialNumber"), BlockReader(functions).Read());
+    }
+    const Platform::SignalShield shield;
+    try {
+        Check(what, call);
+    } catch (ToolError& error) {
+        error.advice += " If the table does not connect any more, run 'j4tavla rescue'.";
+        throw;
     }
 }
 
@@ -134,7 +157,7 @@ void Session::Calibrate()
 {
     GoHome();
     Interrupt::Check();
-    Check("calibrating", [this] { return functions.Calibrate(); });
+    CheckWriting("calibrating", [this] { return functions.Calibrate(); });
 }
 
 void Session::Move(Point target)
@@ -205,7 +228,8 @@ Session::Spectrum Session::WhiteBase()
 void Session::WriteWhiteBase(Spectrum whiteBase)
 {
     Connect();
-    Check("writing the white base", [&] { return functions.SynchronizeWhitebases(whiteBase.data()); });
+    Interrupt::Check();
+    CheckWriting("writing the white base", [&] { return functions.SynchronizeWhitebases(whiteBase.data()); });
 }
 
 void Session::Release()

@@ -8,6 +8,7 @@
 
 #include "chart/colour/Spectrum.h"
 #include "tools/Point.h"
+#include "tools/SavedBlocks.h"
 #include "tools/TableFunctions.h"
 
 namespace J4Tool {
@@ -51,14 +52,21 @@ public:
     Spectrum WhiteBase();
     void WriteWhiteBase(Spectrum whiteBase);
 
+    /// Has the table's configuration block kept before each call that may write it.
+    /// @param keep  takes the table's serial number and the block; when it throws nothing is called
+    void KeepBlocks(std::function<void(const std::string&, const Block&)> keep) { keepBlock = std::move(keep); }
+
     /// Lets the arm and the paper go. Never fails; done by the destructor too.
     void Release();
 
 private:
     void Check(const std::string& what, const std::function<int32_t()>& call);
+    /// A call that may write the table's flash: its block is kept first, and no signal ends the program within it.
+    void CheckWriting(const std::string& what, const std::function<int32_t()>& call);
     Spectrum ReadSpectrum(uint32_t index);
 
     TableFunctions functions;
+    std::function<void(const std::string&, const Block&)> keepBlock;
     bool connected = false;
 };
 

@@ -19,6 +19,7 @@ struct TableFunctions {
     decltype(&::J4_Scan) Scan = nullptr;
     decltype(&::J4_IsTableConnected) IsTableConnected = nullptr;
     decltype(&::J4_SynchronizeWhitebases) SynchronizeWhitebases = nullptr;
+    decltype(&::J4_Private) Private = nullptr;
 };
 
 }  // namespace J4Tool

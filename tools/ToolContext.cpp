@@ -19,6 +19,11 @@ void RequireSendable(const std::string& key, const std::string& value)
     }
 }
 
+void ToolContext::KeepRequests() const
+{
+    Interrupt::Install(json ? nullptr : "\nending: what is under way is finished first, then the table is let go\n");
+}
+
 Session& ToolContext::Open()
 {
     if (session) {
@@ -31,10 +36,13 @@ Session& ToolContext::Open()
         const size_t middle = setting.find('=');
         RequireSendable(setting.substr(0, middle), setting.substr(middle + 1));
     }
-    Interrupt::Install(json ? nullptr : "\nending: what is under way is finished first, then the table is let go\n");
+    KeepRequests();
     library.emplace(isVirtual, Kestrelon::Utilities::Tools::PathOf(libraryPath));
     session = std::make_unique<Session>(library->Functions());
     session->RequireInstrumentLibrary();
+    session->KeepBlocks([blocks = SavedBlocks(library->IsVirtual())](const std::string& serial, const Block& block) {
+        blocks.Keep(serial, block);
+    });
     if (!chartFile.empty()) {
         session->SetOption("Simulator.ChartFile", chartFile);
     }

@@ -31,8 +31,11 @@ public:
     /// @throws ToolError
     Session& Open();
 
-    /// Full path of the library, once it is open.
-    std::string LibraryPath() { return library->Path(); }
+    /// From here on Ctrl-C and its kind end the program between its steps. Open does it too.
+    void KeepRequests() const;
+
+    /// The library, once it is open.
+    Library& GetLibrary() { return *library; }
 
 private:
     std::optional<Library> library;

@@ -134,6 +134,7 @@ int main(int argc, char** argv)
     AddMotionCommands(app, context);
     AddOptionCommands(app, context);
     AddWhitebaseCommand(app, context);
+    AddRescueCommand(app, context);
     AddReportCommand(app, context);
     const std::vector<std::string> words = Arguments(argc, argv, app);
     try {

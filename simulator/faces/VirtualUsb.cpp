@@ -4,8 +4,6 @@
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
-#include "simulator/world/Bench.h"
-#include "src/SerialUSB/UsbFactory.h"
 
 namespace J4Bench {
 
@@ -21,21 +19,21 @@ constexpr const char* NotOpen = "Error code 0xE0001102: Device not open.";
     throw CommunicationException(std::string("Error in UsbIo function: \"") + label + "\" Error: " + status);
 }
 
-void ThrowIfUsbError(Bridge::Status status, const char* label)
+void ThrowIfUsbError(UsbLine::Status status, const char* label)
 {
-    if (status != Bridge::Status::Done) {
-        ThrowUsbError(label, status == Bridge::Status::Removed ? Removed : Stalled);
+    if (status != UsbLine::Status::Done) {
+        ThrowUsbError(label, status == UsbLine::Status::Removed ? Removed : Stalled);
     }
 }
 
 }  // namespace
 
-std::shared_ptr<TableUnit> VirtualUsb::Table(const char* label) const
+std::shared_ptr<UsbLine> VirtualUsb::Line(const char* label) const
 {
     if (!isOpen) {
         ThrowUsbError(label, NotOpen);
     }
-    std::shared_ptr<TableUnit> open = table.lock();
+    std::shared_ptr<UsbLine> open = line.lock();
     if (open == nullptr) {
         ThrowUsbError(label, Removed);
     }
@@ -44,32 +42,34 @@ std::shared_ptr<TableUnit> VirtualUsb::Table(const char* label) const
 
 void VirtualUsb::Scan(unsigned short& count)
 try {
-    Bench& bench = Bench::Instance();
-    if (bench.TableCount() == 0 || bench.GetFaults().tableUnplugged) {
+    const size_t found = lines.LineCount();
+    if (found == 0) {
         throw CommunicationException("No device connected.");
     }
-    count = static_cast<unsigned short>(bench.TableCount());
+    count = static_cast<unsigned short>(found);
 }
 J4T_TRACE_FRAME
 
 void VirtualUsb::Open(unsigned short index)
 try {
-    std::shared_ptr<TableUnit> found = Bench::Instance().TableAt(index);
-    if (isOpen || found == nullptr || found->GetBridge().Probe() != Bridge::Status::Done) {
+    std::string serial;
+    const std::shared_ptr<UsbLine> found = lines.LineAt(index, serial);
+    if (isOpen || found == nullptr || found->Probe() != UsbLine::Status::Done) {
         throw CommunicationException("No device connected.");
     }
-    table = found;
+    line = found;
+    serialNumber = serial;
     isOpen = true;
-    found->GetBridge().Note("usb open " + std::to_string(index));
+    found->Note("usb open " + std::to_string(index));
 }
 J4T_TRACE_FRAME
 
 void VirtualUsb::Close()
 try {
-    if (const std::shared_ptr<TableUnit> open = table.lock()) {
-        open->GetBridge().Note("usb close");
+    if (const std::shared_ptr<UsbLine> open = line.lock()) {
+        open->Note("usb close");
     }
-    table.reset();
+    line.reset();
     isOpen = false;
 }
 J4T_TRACE_FRAME
@@ -77,8 +77,8 @@ J4T_TRACE_FRAME
 void VirtualUsb::DeviceIo(unsigned char request, unsigned short value, unsigned short, bool in, void*, short)
 try {
     const char* const label = in ? "ClassOrVendorInRequest" : "ClassOrVendorOutRequest";
-    const std::shared_ptr<TableUnit> open = Table(label);
-    ThrowIfUsbError(in ? Bridge::Status::Stalled : open->GetBridge().Control(request, value), label);
+    const std::shared_ptr<UsbLine> open = Line(label);
+    ThrowIfUsbError(in ? UsbLine::Status::Stalled : open->Control(request, value), label);
 }
 J4T_TRACE_FRAME
 
@@ -86,16 +86,16 @@ void VirtualUsb::Read(short, void* buffer, unsigned long* length)
 try {
     size_t received = *length;
     *length = 0;
-    const std::shared_ptr<TableUnit> open = Table("ReadSync");
-    ThrowIfUsbError(open->GetBridge().Read(static_cast<uint8_t*>(buffer), received), "ReadSync");
+    const std::shared_ptr<UsbLine> open = Line("ReadSync");
+    ThrowIfUsbError(open->Read(static_cast<uint8_t*>(buffer), received), "ReadSync");
     *length = static_cast<unsigned long>(received);
 }
 J4T_TRACE_FRAME
 
 void VirtualUsb::Write(short, const void* data, unsigned long length)
 try {
-    const std::shared_ptr<TableUnit> open = Table("WriteSync");
-    ThrowIfUsbError(open->GetBridge().Write({static_cast<const char*>(data), length}), "WriteSync");
+    const std::shared_ptr<UsbLine> open = Line("WriteSync");
+    ThrowIfUsbError(open->Write({static_cast<const char*>(data), length}), "WriteSync");
 }
 J4T_TRACE_FRAME
 
@@ -104,20 +104,10 @@ void VirtualUsb::Abort(short) {}
 
 void VirtualUsb::GetSerialNumber(char* serial)
 try {
-    const std::shared_ptr<TableUnit> open = Table("GetDeviceDescriptor");
-    ThrowIfUsbError(open->GetBridge().Probe(), "GetDeviceDescriptor");
-    const size_t length = open->UsbSerial().copy(serial, SerialNumberSize - 1);
+    ThrowIfUsbError(Line("GetDeviceDescriptor")->Probe(), "GetDeviceDescriptor");
+    const size_t length = serialNumber.copy(serial, SerialNumberSize - 1);
     serial[length] = '\0';
 }
 J4T_TRACE_FRAME
 
 }  // namespace J4Bench
-
-namespace Kestrelon::DeviceDriver::J4T::LowLevel {
-
-Utilities::Tools::SmartPointer<Usb> CreateUsb(uint32_t, uint32_t)
-{
-    return Utilities::Tools::SmartPointer<Usb>(new J4Bench::VirtualUsb);
-}
-
-}  // namespace Kestrelon::DeviceDriver::J4T::LowLevel

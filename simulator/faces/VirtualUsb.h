@@ -2,14 +2,18 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
-#include "simulator/table/TableUnit.h"
+#include "simulator/ground/UsbLines.h"
 #include "src/SerialUSB/Usb.h"
 
 namespace J4Bench {
 
 class VirtualUsb final : public Kestrelon::DeviceDriver::J4T::LowLevel::Usb {
 public:
+    /// @param lines  of the bench; must last
+    explicit VirtualUsb(UsbLines& lines) : lines(lines) {}
+
     void Scan(unsigned short& count) override;
     void Open(unsigned short index) override;
     void Close() override;
@@ -21,11 +25,13 @@ public:
     void GetSerialNumber(char* serial) override;
 
 private:
-    /// The open table, held for the length of one operation.
+    /// The line of the open table, held for the length of one operation.
     /// @throws CommunicationException when nothing is open or the table is gone from the bench
-    std::shared_ptr<TableUnit> Table(const char* label) const;
+    std::shared_ptr<UsbLine> Line(const char* label) const;
 
-    std::weak_ptr<TableUnit> table;
+    UsbLines& lines;
+    std::weak_ptr<UsbLine> line;
+    std::string serialNumber;
     bool isOpen = false;
 };
 

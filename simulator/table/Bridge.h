@@ -11,14 +11,13 @@
 #include "simulator/ground/BenchClock.h"
 #include "simulator/ground/Faults.h"
 #include "simulator/ground/Journal.h"
+#include "simulator/ground/UsbLines.h"
 #include "simulator/table/TableController.h"
 
 namespace J4Bench {
 
-class J4BENCH_API Bridge {
+class J4BENCH_API Bridge final : public UsbLine {
 public:
-    enum class Status { Done, Removed, Stalled };
-
     static constexpr size_t PacketSize = 64;
     static constexpr size_t StatusSize = 2;
     static constexpr int64_t LatencyTime = 16000;        ///< microseconds, until it is set otherwise
@@ -26,23 +25,20 @@ public:
 
     Bridge(BenchClock& clock, Journal& journal, Faults& faults, TableController& controller);
 
-    /// What opening, closing and asking for a descriptor need: is the device still there?
-    Status Probe();
+    Status Probe() override;
 
-    /// One vendor request without data: 0 resets (value 0) or purges what came in (1) or what goes out (2),
-    /// 3 sets the divisor of 3,000,000 baud, 4 the line format, 9 the latency in milliseconds, which no reset
-    /// changes. Modem and flow control, 1 and 2, are taken and have no effect here.
-    Status Control(uint8_t request, uint16_t value);
+    /// Request 0 resets (value 0) or purges what came in (1) or what goes out (2), 3 sets the divisor of 3,000,000 baud,
+    /// 4 the line format, 9 the latency in milliseconds, which no reset changes. Modem and flow control, 1 and 2, are
+    /// taken and have no effect here.
+    Status Control(uint8_t request, uint16_t value) override;
 
-    /// One bulk OUT transfer; the characters go out on the line one after the other from now on.
-    Status Write(std::string_view data);
+    /// The characters go out on the line one after the other from now on.
+    Status Write(std::string_view data) override;
 
-    /// One bulk IN transfer. Time passes until it ends: at its first packet that isn't full.
-    /// @param length  in: room in buffer; out: bytes received
-    Status Read(uint8_t* buffer, size_t& length);
+    /// Time passes until the transfer ends: at its first packet that isn't full.
+    Status Read(uint8_t* buffer, size_t& length) override;
 
-    /// Adds a line such as "usb open" to the journal.
-    void Note(const std::string& line) { journal.Add(line); }
+    void Note(const std::string& line) override { journal.Add(line); }
 
 private:
     /// A character that is complete at a moment, in nanoseconds.

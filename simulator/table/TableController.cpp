@@ -214,7 +214,16 @@ void TableController::Process(const Line& line, int64_t moment)
     const Command* const command = Find(letter, subCommand);
     const bool fits = command != nullptr && (command->dataLength == AnyLength ||
                                              command->dataLength == static_cast<int>(request.data.size()));
+    const bool losesPower = isWhole && fits && LosesPower(*command);
+    if (losesPower) {
+        flash.TearNext();
+    }
     const Answer answer = isWhole && fits ? Execute(*command, request) : Answer{Rejected};
+    if (losesPower) {
+        Reset(request);  // what the table is when it is switched on again
+        faults.tableUnplugged = true;
+        return;
+    }
     workingUntil = moment + answer.workTime;
     std::string body;
     if (answer.acknowledge == Data) {
@@ -222,6 +231,12 @@ void TableController::Process(const Line& line, int64_t moment)
         body = "0123456789abcdefghijklmnopqrstuvwxyz"[answer.error] + answer.data;
     }
     Send(workingUntil, header, answer.acknowledge, body);
+}
+
+bool TableController::LosesPower(const Command& command)
+{
+    const bool writesFlash = command.letter == 'u' && command.subCommands != "8";
+    return writesFlash && faults.powerCutAfterFlashSteps >= 0 && faults.powerCutAfterFlashSteps-- == 0;
 }
 
 TableController::Answer TableController::Execute(const Command& command, const Request& request)

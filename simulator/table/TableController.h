@@ -44,6 +44,7 @@ public:
     void NoteInstrumentCurrent() override;
 
     const Motion& LastMotion() const { return motors.LastMotion(); }
+    TableFlash& Flash() { return flash; }
     const TableFlash& Flash() const { return flash; }
 
 private:
@@ -73,6 +74,9 @@ private:
     static bool HasSubCommands(char letter);
 
     void Process(const Line& line, int64_t moment);
+
+    /// Whether the power fails in this command.
+    bool LosesPower(const Command& command);
     Answer Execute(const Command& command, const Request& request);
     void FinishOperation();
     void Send(int64_t moment, const std::string& header, char acknowledge, const std::string& body);

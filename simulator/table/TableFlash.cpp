@@ -1,6 +1,9 @@
 #include "simulator/table/TableFlash.h"
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <utility>
 
 #include "simulator/table/ConfigurationBlock.h"
 
@@ -82,7 +85,9 @@ TableFlash::Status TableFlash::Erase(uint32_t startSector, uint32_t endSector)
     }
     const Status status = Claim(startSector, endSector);
     if (status == Status::Done) {
-        std::fill(memory.begin() + startSector * SectorSize, memory.begin() + (endSector + 1) * SectorSize, Erased);
+        const uint32_t count = DoneOf((endSector - startSector + 1) * SectorSize);
+        std::fill_n(memory.begin() + startSector * SectorSize, count, Erased);
+        Save();
     }
     return status;
 }
@@ -101,11 +106,43 @@ TableFlash::Status TableFlash::Copy(uint32_t flashAddress, uint32_t ramAddress, 
     }
     const Status status = Claim(sector, sector);
     if (status == Status::Done) {
-        for (uint32_t i = 0; i < count; ++i) {
+        const uint32_t done = DoneOf(count);
+        for (uint32_t i = 0; i < done; ++i) {
             memory[flashAddress + i] &= ram[ramAddress + i];
         }
+        Save();
     }
     return status;
+}
+
+uint32_t TableFlash::DoneOf(uint32_t count) { return std::exchange(isTorn, false) ? count / 2 : count; }
+
+bool TableFlash::KeepIn(const std::filesystem::path& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    if (stream) {
+        std::vector<uint8_t> kept(std::istreambuf_iterator<char>(stream), {});
+        if (kept.size() != MemorySize) {
+            return false;
+        }
+        memory = std::move(kept);
+    }
+    const std::filesystem::path before = std::exchange(keptIn, file);
+    if (!Save()) {
+        keptIn = before;
+        return false;
+    }
+    return true;
+}
+
+bool TableFlash::Save() const
+{
+    if (keptIn.empty()) {
+        return true;
+    }
+    std::ofstream stream(keptIn, std::ios::binary);
+    stream.write(reinterpret_cast<const char*>(memory.data()), static_cast<std::streamsize>(memory.size()));
+    return static_cast<bool>(stream.flush());
 }
 
 TableFlash::Status TableFlash::WriteRam(uint32_t ramAddress, std::span<const uint8_t> data)

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -57,6 +58,13 @@ public:
 
     Status Read(uint32_t address, uint32_t count, std::vector<uint8_t>& data) const;
 
+    /// The power fails within the next erase or copy: only its first half is done.
+    void TearNext() { isTorn = true; }
+
+    /// Takes the memory from a file, if there is one, and keeps it there after each change.
+    /// @return false when the file can't be written, or is not as long as the memory; nothing is changed then
+    bool KeepIn(const std::filesystem::path& file);
+
     std::span<const uint8_t> Memory() const { return memory; }
 
 private:
@@ -79,10 +87,16 @@ private:
     /// Tests and spends the preparation.
     Status Claim(uint32_t startSector, uint32_t endSector);
 
+    /// How much of an operation's bytes is done. Spends a tear.
+    uint32_t DoneOf(uint32_t count);
+    bool Save() const;
+
     std::vector<uint8_t> memory;
     std::vector<uint8_t> ram;
     std::optional<Sectors> unlocked;
     std::optional<Sectors> prepared;
+    bool isTorn = false;
+    std::filesystem::path keptIn;
 };
 
 }  // namespace J4Bench

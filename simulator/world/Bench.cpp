@@ -15,6 +15,8 @@ Bench& Bench::Instance()
     return *bench;
 }
 
+UsbLines* J4Bench_Lines() { return &Bench::Instance(); }
+
 Bench::Bench()
     : instruments(DefaultInstruments),
       optics(*this, faults, chart, noise),
@@ -36,6 +38,16 @@ void Bench::SetUpTables()
 std::shared_ptr<TableUnit> Bench::TableAt(size_t index) const
 {
     return index < tables.size() ? tables[index] : nullptr;
+}
+
+std::shared_ptr<UsbLine> Bench::LineAt(size_t index, std::string& serialNumber)
+{
+    const std::shared_ptr<TableUnit> table = TableAt(index);
+    if (table == nullptr) {
+        return nullptr;
+    }
+    serialNumber = table->UsbSerial();
+    return {table, &table->GetBridge()};
 }
 
 bool Bench::SetTableCount(size_t count)

@@ -14,6 +14,7 @@
 #include "simulator/ground/Faults.h"
 #include "simulator/ground/Journal.h"
 #include "simulator/ground/Seats.h"
+#include "simulator/ground/UsbLines.h"
 #include "simulator/instrument/InstrumentLibrary.h"
 #include "simulator/instrument/InstrumentRack.h"
 #include "simulator/instrument/Noise.h"
@@ -23,7 +24,7 @@
 
 namespace J4Bench {
 
-class J4BENCH_API Bench final : private Seats {
+class J4BENCH_API Bench final : private Seats, public UsbLines {
 public:
     static constexpr size_t MaximumTables = 127;
 
@@ -56,6 +57,11 @@ public:
 
     /// Connects further instruments or takes the last ones away, also out of a table.
     void SetInstrumentCount(size_t count);
+
+    size_t LineCount() override { return faults.tableUnplugged ? 0 : tables.size(); }
+    std::shared_ptr<UsbLine> LineAt(size_t index, std::string& serialNumber) override;
+    uint32_t Milliseconds() override { return static_cast<uint32_t>(clock.Now() / 1000); }
+    void Pause(uint32_t milliseconds) override { clock.Advance(int64_t{1000} * milliseconds); }
 
     Carriage* CarriageOf(const std::string& instrumentSerial) override;
 

@@ -7,11 +7,14 @@
 #include <utility>
 #include <vector>
 
+#include "Utilities/Tools/FilePath.h"
 #include "chart/cgats/CgatsError.h"
 #include "simulator/ground/TextList.h"
 #include "simulator/world/Bench.h"
 
 namespace J4Bench {
+
+using Kestrelon::Utilities::Tools::PathOf;
 
 namespace {
 
@@ -64,6 +67,8 @@ void SimulatorOptions::AddWorld()
                    });
                },
                [this] { return std::to_string(bench.TableCount()); }});
+    table.Add({"Simulator.FlashFile", "file in which the first table keeps its flash from one program to the next",
+               [this](const std::string& text) { return KeepFlash(text); }, [this] { return flashFile; }});
     table.Add({"Simulator.Instruments", "number of instruments, 0 to 128",
                [this](const std::string& text) {
                    return OptionTable::ReadInteger(text, 0, InstrumentRack::MaximumInstruments, [this](int64_t count) {
@@ -104,6 +109,13 @@ void SimulatorOptions::AddFaults()
                                                    [&faults](int64_t count) { faults.unplugAfterTransfers = count; });
                },
                [&faults] { return std::to_string(faults.unplugAfterTransfers); }});
+    table.Add({"Simulator.PowerCutAfterFlashSteps",
+               "the table loses its power within the next step of a flash write but so many; -1: never",
+               [&faults](const std::string& text) {
+                   return OptionTable::ReadInteger(
+                       text, -1, NumberLimit, [&faults](int64_t count) { faults.powerCutAfterFlashSteps = count; });
+               },
+               [&faults] { return std::to_string(faults.powerCutAfterFlashSteps); }});
     table.AddSwitch("Simulator.TableSilent", "the tables take commands and answer nothing", faults.tableSilent);
     table.AddSwitch("Simulator.TableBusy", "the tables answer every command with \"busy\"", faults.tableBusy);
     table.AddSwitch("Simulator.PositionNotReached", "moves end with an error", faults.positionNotReached);
@@ -139,6 +151,20 @@ Outcome SimulatorOptions::LoadChart(const std::string& fileName)
         return {Status::InvalidValue, "Chart file '" + fileName + "': " + error.what() + "."};
     }
     chartFile = fileName;
+    return {};
+}
+
+Outcome SimulatorOptions::KeepFlash(const std::string& fileName)
+{
+    const std::shared_ptr<TableUnit> first = bench.TableAt(0);
+    if (first == nullptr) {
+        return {Status::InvalidValue, "There is no table."};
+    }
+    if (!first->Controller().Flash().KeepIn(PathOf(fileName))) {
+        return {Status::InvalidValue,
+                "The flash can't be kept in '" + fileName + "': it can't be written, or is no file of a flash."};
+    }
+    flashFile = fileName;
     return {};
 }
 

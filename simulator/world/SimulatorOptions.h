@@ -19,13 +19,18 @@ public:
 
     const OptionTable& Table() const { return table; }
 
-    /// The bench is new: there is no chart on it.
-    void Forget() { chartFile.clear(); }
+    /// The bench is new: there is no chart on it, and its table has a flash of its own.
+    void Forget()
+    {
+        chartFile.clear();
+        flashFile.clear();
+    }
 
 private:
     void AddWorld();
     void AddFaults();
     Outcome LoadChart(const std::string& fileName);
+    Outcome KeepFlash(const std::string& fileName);
     Outcome MoveChart(const std::string& text);
     std::string ChartMoved() const;
     Outcome Seat(const std::string& list);
@@ -35,6 +40,7 @@ private:
     Bench& bench;
     OptionTable table;
     std::string chartFile;
+    std::string flashFile;
 };
 
 }  // namespace J4Bench

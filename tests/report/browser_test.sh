@@ -13,7 +13,7 @@ rm -rf "$folder"
 mkdir -p "$folder"
 cd "$folder"
 folder=$(pwd)
-export HOME="$folder" XDG_CONFIG_HOME="$folder/config" XDG_CACHE_HOME="$folder/cache"
+export HOME="$folder" XDG_CONFIG_HOME="$folder/config" XDG_CACHE_HOME="$folder/cache" XDG_STATE_HOME="$folder/state"
 
 fail() { echo "$1" >&2; exit 1; }
 

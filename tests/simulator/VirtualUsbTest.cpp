@@ -28,7 +28,7 @@ protected:
 
 TEST_F(VirtualUsbTest, FailuresHaveTheDriversWords)
 {
-    VirtualUsb usb;
+    VirtualUsb usb(Bench::Instance());
     unsigned char buffer[128];
     unsigned long length = sizeof buffer;
     const auto text = [](const std::string& label, const std::string& status) {
@@ -54,7 +54,7 @@ TEST_F(VirtualUsbTest, FailuresHaveTheDriversWords)
     expectAll(removed);
     unsigned short count = 0;
     EXPECT_EQ(Failure([&] { usb.Scan(count); }), "No device connected.");
-    EXPECT_EQ(Failure([&] { VirtualUsb().Open(0); }), "No device connected.");
+    EXPECT_EQ(Failure([&] { VirtualUsb(Bench::Instance()).Open(0); }), "No device connected.");
     usb.Abort(0);
     usb.Close();
 

@@ -30,6 +30,7 @@ else:
     import pty
     import resource
     RUNNER, LIBRARY_NAME = [], "lib{}.so"
+STATE = os.environ["XDG_STATE_HOME"] = FOLDER + "-state"
 SAMPLES = "/usr/share/colord/ref/CIE-TCS.sp"
 DONE, USAGE, FILE, LIBRARY, NOT_CONNECTED, CALIBRATION, POSITION, DEVICE, CHECK, NOT_CONFIRMED, REFUSED = 0, *range(2, 12)
 INTERRUPTED = 130
@@ -57,6 +58,12 @@ def write(name, content):
 def content_of(name):
     with open(name, encoding="utf-8") as file:
         return file.read()
+
+
+def content_at(name, offset, count):
+    with open(name, "rb") as file:
+        file.seek(offset)
+        return file.read(count)
 
 
 def spectra(name):
@@ -114,6 +121,7 @@ class ToolTest(unittest.TestCase):
                 break
             time.sleep(0.1)
         os.makedirs(FOLDER)
+        shutil.rmtree(STATE, ignore_errors=True)
         os.chdir(FOLDER)
         write("chart.cgats", chart(4, 10))
 
@@ -360,6 +368,51 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(backups(), 1)
         self.assertIn("380 nm  0.90000", tool(replace + " --yes").stdout)
 
+    def test_a_table_whose_write_was_cut_at_any_step_is_rescued(self):
+        """The steps are unlock, prepare, erase, load, load, prepare, program, lock; the power fails within one."""
+        table, cut = "--virtual --option Simulator.FlashFile=flash.bin ", "--option Simulator.PowerCutAfterFlashSteps={} "
+        rescue = table + "rescue --yes --json"
+        tool(table + "whitebase --save old.cgats")
+        write("next.cgats", content_of("old.cgats").replace("1\t0.86", "1\t0.90", 1))
+        write("broken.block", "no block")
+        for command in "calibrate", "whitebase --write next.cgats --yes":
+            for step in range(8):
+                with self.subTest(command, step=step):
+                    os.remove("flash.bin")
+                    run = tool(table + cut.format(step) + command)
+                    self.assertEqual(run.returncode, NOT_CONNECTED, run.stderr)
+                    self.assertIn("run 'j4tavla rescue'", run.stderr)
+                    lost = step in range(2, 7)
+                    run = tool(table + "home")
+                    self.assertEqual(run.returncode, DEVICE if lost else DONE, run.stderr)
+                    self.assertEqual("bring it back with 'j4tavla rescue'" in run.stderr, lost)
+                    if lost:
+                        with open("flash.bin", "rb") as file:
+                            torn = file.read()  # the last is half programmed
+                        for arguments, code, said in (("", NOT_CONFIRMED, "nothing was written"),
+                                                      ("broken.block --yes", FILE, "is no whole configuration"),
+                                                      ("missing.block --yes", FILE, "can't be read"),
+                                                      ("--table 7 --yes", USAGE, "no table 7 among 640001")):
+                            run = tool(table + "rescue " + arguments)
+                            self.assertEqual(run.returncode, code, run.stderr)
+                            self.assertIn(said, run.stderr)
+                    run = tool(rescue)
+                    self.assertEqual(run.returncode, DONE, run.stderr)
+                    self.assertEqual(json.loads(run.stdout)["written"] is not None, lost)
+                    new = step == 7 and command != "calibrate"
+                    self.assertIn("380 nm  0.90000" if new else "380 nm  0.86000", tool(table + "whitebase").stdout)
+                    self.assertEqual(tool(table + "calibrate").returncode, DONE)
+        for step in range(8):
+            with self.subTest("rescue", step=step):
+                write("flash.bin", torn)
+                run = tool(cut.format(step) + rescue)
+                self.assertEqual(run.returncode, NOT_CONNECTED, run.stderr)
+                run = tool(rescue)
+                self.assertEqual(run.returncode, DONE, run.stderr)
+                self.assertEqual(json.loads(run.stdout)["fault"] is None, step == 7)
+                self.assertEqual(tool(table + "calibrate").returncode, DONE)
+        self.assertIn("several tables: 640001, 640002", tool("--option Simulator.Tables=2 " + rescue).stderr)
+
     def test_finds_the_library_that_was_asked_for(self):
         table, bench, instrument = map(LIBRARY_NAME.format, ("j4tavla64", "j4bench", "sorvane64"))
 
@@ -475,6 +528,28 @@ class TerminalTest(unittest.TestCase):
                                       [("Replace the white base of table 640001? [yes/no]", answer + "\n")])
             self.assertEqual(code, ends[0], shown)
             self.assertIn(ends[1], shown)
+
+    def test_no_signal_cuts_a_write(self):
+        tool("--virtual --option Simulator.FlashFile=flash.bin whitebase --save old.cgats")
+        write("next.cgats", content_of("old.cgats").replace("1\t0.86", "1\t0.90", 1))
+        for end, code in ((signal.SIGINT, INTERRUPTED), (signal.SIGTERM, INTERRUPTED),
+                          (signal.SIGUSR1, -signal.SIGUSR1), (signal.SIGKILL, -signal.SIGKILL)):
+            with self.subTest(end=end):
+                os.remove("flash.bin")
+                with subprocess.Popen([PROGRAM] + ("--virtual --option Simulator.FlashFile=flash.bin --option "
+                                                   "Simulator.TimeScale=0.3 whitebase --yes --write next.cgats").split(),
+                                      stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as writing:
+                    # A sector that is erased and not yet programmed.
+                    while not os.path.exists("flash.bin") or not os.path.getsize("flash.bin") or \
+                            content_at("flash.bin", 7 * 0x2000, 4) != b"\xff" * 4:
+                        self.assertIsNone(writing.poll())
+                        time.sleep(0.002)
+                    writing.send_signal(end)
+                self.assertEqual(writing.returncode, code)
+                run = tool("--virtual --option Simulator.FlashFile=flash.bin rescue --yes --json")
+                self.assertEqual(json.loads(run.stdout)["written"] is not None, end == signal.SIGKILL, run.stderr)
+                run = tool("--virtual --option Simulator.FlashFile=flash.bin whitebase")
+                self.assertIn("380 nm  0.86000" if end == signal.SIGKILL else "380 nm  0.90000", run.stdout)
 
     def test_corners_are_taken_with_the_arrow_keys(self):
         up, down, right, left = (lambda count, arrow=arrow: ("\x1b[" + arrow) * count for arrow in "ABCD")

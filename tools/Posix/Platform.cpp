@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 
 namespace J4Tool::Platform {
@@ -14,6 +15,18 @@ std::filesystem::path ProgramFolder()
 {
     std::error_code error;
     return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+}
+
+std::filesystem::path StateFolder()
+{
+    const auto folder = [](const char* name) {
+        const char* const value = std::getenv(name);
+        const std::filesystem::path path = value == nullptr ? "" : value;
+        return path.is_absolute() ? path : std::filesystem::path();
+    };
+    const std::filesystem::path state = folder("XDG_STATE_HOME");
+    const std::filesystem::path home = folder("HOME");
+    return !state.empty() || home.empty() ? state : home / ".local" / "state";
 }
 
 std::string LibraryFileName(const std::string& name) { return "lib" + name + ".so"; }
@@ -38,6 +51,8 @@ int TerminalWidth()
 
 namespace {
 
+constexpr int EndSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
+
 void (*endHandler)() = nullptr;
 
 void OnSignal(int)
@@ -52,7 +67,7 @@ void OnSignal(int)
 void OnEndRequest(void (*handler)())
 {
     endHandler = handler;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+    for (const int signal : EndSignals) {
         struct sigaction before = {};
         sigaction(signal, nullptr, &before);
         // Who started the program under nohup, or in the background, wants it to go on.
@@ -65,6 +80,25 @@ void OnEndRequest(void (*handler)())
         sigaction(signal, &action, nullptr);
     }
 }
+
+struct SignalShield::Mask {
+    sigset_t signals;
+};
+
+SignalShield::SignalShield() : before(std::make_unique<Mask>())
+{
+    sigset_t waiting;
+    sigfillset(&waiting);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS}) {
+        sigdelset(&waiting, fault);
+    }
+    for (const int signal : EndSignals) {
+        sigdelset(&waiting, signal);
+    }
+    pthread_sigmask(SIG_BLOCK, &waiting, &before->signals);
+}
+
+SignalShield::~SignalShield() { pthread_sigmask(SIG_SETMASK, &before->signals, nullptr); }
 
 void WriteNow(const char* text)
 {

@@ -18,6 +18,12 @@ std::filesystem::path ProgramFolder()
     return std::filesystem::path(name).parent_path();
 }
 
+std::filesystem::path StateFolder()
+{
+    const wchar_t* const folder = _wgetenv(L"LOCALAPPDATA");
+    return folder == nullptr ? std::filesystem::path() : std::filesystem::path(folder);
+}
+
 std::string LibraryFileName(const std::string& name) { return name + ".dll"; }
 
 void AddLibraryFolder(const std::filesystem::path& folder) { SetDllDirectoryW(folder.c_str()); }
@@ -66,6 +72,13 @@ void OnEndRequest(void (*handler)())
     endHandler = handler;
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
 }
+
+// Console events come to a handler on a thread of their own, which only notes them; there is nothing else to keep off.
+struct SignalShield::Mask {};
+
+SignalShield::SignalShield() = default;
+
+SignalShield::~SignalShield() = default;
 
 void WriteNow(const char* text)
 {

@@ -66,8 +66,8 @@ void Run(ToolContext& context)
     Session& session = context.Open();
     session.Connect();
     const Units units = context.GetUnits();
-    Json object = {{"libraryPath", context.LibraryPath()}};
-    std::string text = "Library file                  " + context.LibraryPath() + "\n";
+    Json object = {{"libraryPath", context.GetLibrary().Path()}};
+    std::string text = "Library file                  " + context.GetLibrary().Path() + "\n";
     for (const InfoLine& line : Lines) {
         const std::string value = session.GetOption(line.key);
         std::string shown = value;

@@ -5,6 +5,7 @@
 
 #include "chart/colour/Spectrum.h"
 #include "tools/DateText.h"
+#include "tools/Interrupt.h"
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
 #include "tools/Question.h"
@@ -78,6 +79,10 @@ void Run(ToolContext& context, const Arguments& arguments)
     session.WriteWhiteBase(next);
     Show(context, session.WhiteBase(), DateText(session.GetOption("J4TLastWhiteBaseTransferTime")), backup);
     say("Home the arm and calibrate before the next measurement.");
+    if (Interrupt::Requested()) {
+        throw ToolError(ExitCode::Interrupted, "the program was to end; the new white base is written",
+                        "The table was let go.");
+    }
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ void AddMotionCommands(CLI::App& app, ToolContext& context);
 /// get, set.
 void AddOptionCommands(CLI::App& app, ToolContext& context);
 void AddWhitebaseCommand(CLI::App& app, ToolContext& context);
+void AddRescueCommand(CLI::App& app, ToolContext& context);
 void AddReportCommand(CLI::App& app, ToolContext& context);
 
 }  // namespace J4Tool

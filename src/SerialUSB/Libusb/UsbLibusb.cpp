@@ -13,7 +13,7 @@
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "Utilities/Tools/Clock.h"
 #include "src/SerialUSB/SerialNumberText.h"
-#include "src/SerialUSB/UsbFactory.h"
+#include "src/SerialUSB/SystemUsb.h"
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
@@ -295,7 +295,7 @@ J4T_TRACE_FRAME
 
 }  // namespace Libusb
 
-Utilities::Tools::SmartPointer<Usb> CreateUsb(uint32_t vendorId, uint32_t productId)
+Utilities::Tools::SmartPointer<Usb> CreateSystemUsb(uint32_t vendorId, uint32_t productId)
 {
     return Utilities::Tools::SmartPointer<Usb>(new Libusb::UsbLibusb(vendorId, productId));
 }

@@ -7,7 +7,7 @@
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "src/SerialUSB/SerialNumberText.h"
-#include "src/SerialUSB/UsbFactory.h"
+#include "src/SerialUSB/SystemUsb.h"
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
@@ -180,7 +180,7 @@ J4T_TRACE_FRAME
 
 }  // namespace Win32
 
-Utilities::Tools::SmartPointer<Usb> CreateUsb(uint32_t vendorId, uint32_t productId)
+Utilities::Tools::SmartPointer<Usb> CreateSystemUsb(uint32_t vendorId, uint32_t productId)
 {
     return Utilities::Tools::SmartPointer<Usb>(new Win32::UsbWin(vendorId, productId));
 }
