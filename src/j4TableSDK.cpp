@@ -102,7 +102,12 @@ j4TableSDK::~j4TableSDK()
 
 void j4TableSDK::Initialize() {}
 
-void j4TableSDK::UnInitialize() { table = 0; }
+void j4TableSDK::UnInitialize()
+{
+    table = 0;
+    // The mark was that of the table which has gone.
+    tableInvalid = false;
+}
 
 J4_ErrorHandler j4TableSDK::SetErrorHandler(J4_ErrorHandler handler) { return std::exchange(errorHandler, handler); }
 
@@ -281,8 +286,7 @@ void j4TableSDK::PrivateTableRequest(int32_t operation, J4PrivateTableRequest& r
 SmartPointer<j4Table> j4TableSDK::Table()
 try {
     if (tableInvalid) {
-        table = 0;
-        tableInvalid = false;
+        UnInitialize();
     }
     if (table.IsNull()) {
         table = SmartPointer<j4Table>(new j4Table(nullptr, 0));

@@ -337,6 +337,11 @@ TEST_F(CallsTest, OnlyTheTablesInstrumentRebuildsTheTable)
         EXPECT_THAT(LinesThatBegin(TakeJournal(), {"table f", "table a0", "set DeviceType"}), ElementsAreArray(rebuilt))
             << "the old table is left in order first";
     }
+    Bench().SetTableCount(2);
+    EXPECT_EQ(SetOption("J4TUseableWithoutJ4", "yes"), 0);
+    library.deviceMessageHandler(1, ScriptedLibrary::serialNumber);
+    EXPECT_EQ(SetOption("J4TDeviceType", "J4TSorvaneTable2"), 0);
+    EXPECT_EQ(GetOption("J4TDeviceType"), "J4TSorvaneTable0") << "the message was about the table that has gone";
 }
 
 }  // namespace
