@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
+#include <new>
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
@@ -9,6 +11,7 @@
 
 namespace Kestrelon::DeviceDriver::J4T {
 
+using Utilities::Exceptions::LengthException;
 using Utilities::Exceptions::RuntimeException;
 using Utilities::Tools::LibraryLoader;
 using Utilities::Tools::SmartPointer;
@@ -27,6 +30,16 @@ const std::array<const char*, j4Bridge::SlotCount> j4Bridge::functionNames = {
     "J4_GetOption",   "J4_RegisterErrorHandler", "J4_RegisterDeviceMessageHandler",
     "J4_Private",
 };
+
+std::string CopyLibraryText(const char* text)
+try {
+    const std::size_t length = text != nullptr ? strnlen(text, MaximumTextLength + 1) : 0;
+    if (length > MaximumTextLength) {
+        throw LengthException("Text in j4 SDK is too long.");
+    }
+    return std::string(text != nullptr ? text : "", length);
+}
+J4T_TRACE_FRAME
 
 SmartPointer<j4Bridge>& j4Bridge::StaticInstance()
 {
@@ -172,8 +185,7 @@ J4T_TRACE_FRAME
 
 std::string j4Bridge::J4_GetOption(const std::string& key)
 try {
-    const char* answer = Forward<SlotGetOption>(key.c_str());
-    return answer != nullptr ? answer : "";
+    return CopyLibraryText(Forward<SlotGetOption>(key.c_str()));
 }
 J4T_TRACE_FRAME
 

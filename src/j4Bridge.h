@@ -43,6 +43,19 @@ struct J4PositionList {
     uint64_t count;
 };
 
+/// Far more samples than an instrument holds, or takes in one scan: an answer beyond it is wrong.
+constexpr int32_t MaximumSamples = 1000000;
+
+/// Seconds; far shorter than any integration time.
+constexpr float ShortestIntegrationTime = 1e-6f;
+
+/// Far longer than any text of the library: an answer beyond it has no end.
+constexpr std::size_t MaximumTextLength = 1048576;
+
+/// Copies a text of the library; a null pointer gives the empty one.
+/// @throws LengthException when it is longer than MaximumTextLength
+std::string CopyLibraryText(const char* text);
+
 class j4Bridge {
 public:
     /// The one instance, made when there is none. A counted copy, so that the library stays loaded while a
@@ -72,6 +85,7 @@ public:
     int32_t J4_GetDensity(float* density, uint32_t index);
     int32_t J4_SetSubstrate(float* substrate);
     int32_t J4_SetOption(const std::string& key, const std::string& value);
+    /// @throws LengthException as CopyLibraryText
     std::string J4_GetOption(const std::string& key);
     J4_ErrorHandler J4_RegisterErrorHandler(J4_ErrorHandler handler);
     J4_DeviceMessageHandler J4_RegisterDeviceMessageHandler(J4_DeviceMessageHandler handler);

@@ -27,6 +27,9 @@ try {
     if (count <= 0) {
         return;
     }
+    if (count > MaximumSamples) {
+        throw ScanException("Can't get " + std::to_string(count) + " samples in j4 SDK.");
+    }
     spectra.resize(static_cast<std::size_t>(count));
     for (std::size_t i = 0; i < spectra.size(); ++i) {
         spectra[i].assign(SpectrumLength, 0.0f);

@@ -334,6 +334,10 @@ try {
     const int32_t storedSerial = data.GetProperty(FlashId::CalibratedSerial).AsLong();
     const int32_t currentSerial = strict_lexical_cast<int32_t>(Library()->J4_GetOption("SerialNumber"));
     const float currentTime = strict_lexical_cast<float>(Library()->J4_GetOption("IntegrationTime"));
+    if (currentTime > 0.0f && currentTime < ShortestIntegrationTime) {
+        // Once learnt it would make every real time count as a loose instrument.
+        throw J4CalibrationFailedException("Integration time in j4 is too short.");
+    }
     float storedTime = data.GetProperty(FlashId::CalibratedIntegrationTime).AsFloat();
     if (std::isnan(storedTime)) {
         storedTime = 0.0f;

@@ -146,7 +146,7 @@ try {
 }
 J4T_TRACE_FRAME
 
-void j4TableSDK::MessageFromDevice(int32_t message, const std::string& text)
+void j4TableSDK::MessageFromDevice(int32_t message, const char* text)
 {
     if (message == 1 && !table.IsNull() && table->GetPairedSerialNumber() == text) {
         tableInvalid = true;
@@ -263,6 +263,9 @@ void j4TableSDK::PrivateTableRequest(int32_t operation, J4PrivateTableRequest& r
     request.errorText = errorText.data();
     try {
         if (operation == OperationWrite) {
+            if (request.length < 0) {
+                throw ResourceException("Invalid number of bytes: " + std::to_string(request.length));
+            }
             const std::string data(request.data, static_cast<std::size_t>(request.length));
             Table()->GetComManager()->WriteSerialData(data);
         } else {

@@ -77,8 +77,10 @@ private:
     Position ConvertToUserPositionUnit(const Position& position);
     int32_t UserUnit();
 
+    void CallErrorHandler(const char* name, int32_t status, const char* message);
+
     friend void ProcessDeviceMessage(int32_t message, const char* text);
-    void MessageFromDevice(int32_t message, const std::string& text);
+    void MessageFromDevice(int32_t message, const char* text);
 
     std::string ReadOption(const OptionKey& option);
     void WriteOption(const OptionKey& option, const std::string& value);

@@ -1,6 +1,7 @@
 #include "src/j4TableScanHandle.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -105,7 +106,11 @@ try {
     }
     comManager->GetInfo()->GetRampData(rampUpTime, rampDownTime, rampSpeed);
     // With equal ramps the two times add up to the length of the whole travel.
-    return TruncateToInt32((static_cast<double>(rampUpTime + rampDownTime) + scanDelay) / integrationMs);
+    const double samples = (static_cast<double>(rampUpTime + rampDownTime) + scanDelay) / integrationMs;
+    if (std::fabs(samples) > MaximumSamples) {
+        throw ScanException(Utilities::Tools::Text("Too many samples in scan (", samples, ")."));
+    }
+    return TruncateToInt32(samples);
 }
 J4T_TRACE_FRAME
 

@@ -15,7 +15,7 @@ using Utilities::Tools::SmartPointer;
 void ContextJ4T::libraryErrorHandler(const char* context, int32_t status, const char* message)
 try {
     const std::string extended = j4Bridge::Instance()->J4_GetOption("ExtendedErrorInformation");
-    throw SDKError(context != nullptr ? context : "", status, message != nullptr ? message : "",
+    throw SDKError(CopyLibraryText(context), status, CopyLibraryText(message),
                    Utilities::Tools::DropFirstTwoLines(extended));
 }
 J4T_TRACE_FRAME

@@ -280,7 +280,13 @@ TEST_F(CallsTest, ValuesPassAsTheyAre)
     EXPECT_EQ(J4_GetNumberOfAvailableSamples(), -2);
     library.options["Unknown"] = "its own\nanswer";
     EXPECT_EQ(GetOption("Unknown"), "its own\nanswer");
+    library.options["Unknown"].assign(1048576, 'x');
+    EXPECT_EQ(GetOption("Unknown"), library.options["Unknown"]);
     EXPECT_THAT(Application::failures, IsEmpty());
+    library.options["Unknown"] += "x";
+    EXPECT_EQ(GetOption("Unknown"), "");
+    ExpectFailure(
+        9, {"J4_GetOption", 9, std::string("Text in j4 SDK is too long.\n") + typeid(LengthException).name() + "\n"});
 
     library.Throw("J4_KeyPressed", DeviceErrorException("gone"));
     EXPECT_EQ(J4_KeyPressed(), 2);

@@ -119,6 +119,9 @@ TEST_F(PairingTest, ASampleThatCannotBeReadEndsThePairingWithTheStoreAsItIs)
     library.options["MeasurementMode"] = "ScanningReflectance";
     EXPECT_EQ(J4_IsTableConnected(), J4_ResultException);
     EXPECT_THAT(Application::failures.back().message, StartsWith("Can't get sample 1 in j4 SDK.\n"));
+    library.Answer("J4_GetNumberOfAvailableSamples", INT32_MAX);
+    EXPECT_EQ(J4_IsTableConnected(), J4_ResultException);
+    EXPECT_THAT(Application::failures.back().message, StartsWith("Can't get 2147483647 samples in j4 SDK.\n"));
     EXPECT_EQ(library.samples.size(), 2u);
     EXPECT_EQ(library.options["MeasurementMode"], "ScanningReflectance");
     EXPECT_THAT(LinesThatBegin(TakeJournal(), {"private", "table c1"}), IsEmpty());
@@ -215,6 +218,7 @@ TEST_F(ScriptedCalibrationTest, ThePlacementCheckFailsOnlyAboveItsFactor)
                                {FullText(limit), 0, true},
                                {FullText(std::nextafter(limit, 1.0f)), J4_ResultNotCalibrated},
                                {"1e3", J4_ResultNotCalibrated},
+                               {"1e-8", J4_ResultNotCalibrated},
                                {"abc", J4_ResultException},
                                {"0.005s", J4_ResultException},
                                {"", J4_ResultException}}) {
@@ -228,7 +232,8 @@ TEST_F(ScriptedCalibrationTest, ThePlacementCheckFailsOnlyAboveItsFactor)
         EXPECT_EQ(!LinesThatBegin(journal, {"table u1"}).empty(), check.isWritten) << check.time;
         if (check.status != 0) {
             EXPECT_THAT(LinesThatBegin(journal, {"J4_TriggerMeasurement", "table m"}), IsEmpty());
-            EXPECT_THAT(GetOption("LastError"), StartsWith(check.status == J4_ResultNotCalibrated
+            EXPECT_THAT(GetOption("LastError"), StartsWith(check.time == "1e-8" ? "Integration time in j4 is too short."
+                                                           : check.status == J4_ResultNotCalibrated
                                                                ? "Sorvane not placed properly."
                                                                : "lexical_cast(): fail to convert '" + check.time));
         }
@@ -387,6 +392,7 @@ TEST_F(ScriptedScanTest, AFailureAfterTheStartEmptiesTheStoreAndAwaitsTheArm)
               7, "library text", triggered, 3},
              {time("0"), 9, "Integration time in j4 is 0.\n", asked},
              {time("abc"), 9, noNumber + "abc' from ", asked},
+             {time("1e-8"), 9, "Too many samples in scan (9.25e+07).\n", Joined({asked, {"table a3"}})},
              {time("0.005 s"), 9, noNumber + "0.005 s' from ", asked},
              {[](auto& library) { library.Throw("J4_Private 5 30", WhiteBaseException("positions")); }, 103,
               "positions", listed},

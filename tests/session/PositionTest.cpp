@@ -170,6 +170,12 @@ TEST_F(PositionTest, RawAccessReachesTheLine)
     EXPECT_STREQ(request.errorText, "");
     EXPECT_THAT(TakeJournal(), ElementsAre("table a0"));
 
+    request.length = -1;
+    J4_Private(1001, &request);
+    EXPECT_EQ(request.failed, 1);
+    EXPECT_STREQ(request.errorText, "Invalid number of bytes: -1");
+    EXPECT_THAT(TakeJournal(), IsEmpty());
+
     request.length = 14;
     request.timeout = 4000000000u;
     J4_Private(1002, &request);
