@@ -4,6 +4,7 @@ set(j4_core_sources
     Generic/Configuration/Properties.cpp
     Generic/Configuration/Property.cpp
     Generic/Utilities/EndianConversion.cpp
+    c_sdk/src/CallGuard.cpp
     c_sdk/src/ContextJ4T.cpp
     c_sdk/src/Sandbox.cpp
     c_sdk/src/Validator.cpp
@@ -32,6 +33,7 @@ add_library(j4_arm_geometry STATIC src/Communication/j4TableArmGeometry.cpp)
 target_link_libraries(j4_arm_geometry PUBLIC j4_foundation)
 add_library(j4_core OBJECT ${j4_core_sources})
 target_link_libraries(j4_core PUBLIC j4_arm_geometry j4_foundation)
+target_compile_definitions(j4_core PRIVATE J4T_CHECK_THREADS=$<BOOL:${J4T_CHECK_THREADS}>)
 target_include_directories(j4_core
     PUBLIC ${PROJECT_SOURCE_DIR}/c_sdk/include
     PRIVATE ${CMAKE_BINARY_DIR}/generated)

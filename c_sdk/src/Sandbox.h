@@ -7,6 +7,7 @@
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "c_sdk/include/j4tavla.h"
+#include "c_sdk/src/CallGuard.h"
 #include "c_sdk/src/ContextJ4T.h"
 
 namespace Kestrelon::DeviceDriver::J4T {
@@ -30,9 +31,10 @@ public:
 
     /// @param onLibraryFailure  called with a J4LibraryException instead of the ladder
     template <class Operation, class LibraryFailure>
-    static void Run(const Site& site, const ExportParameters& parameters, Operation operation,
+    static bool Run(const Site& site, const ExportParameters& parameters, Operation operation,
                     LibraryFailure onLibraryFailure)
     {
+        [[maybe_unused]] const ExportGuard guard(site.name);
         try {
             try {
                 Enter(site.name, parameters);
@@ -52,8 +54,8 @@ public:
     template <class Operation>
     static J4_Result RunForStatus(const Site& site, const ExportParameters& parameters, Operation operation)
     {
-        Run(site, parameters, operation);
-        return StoredStatus();
+        [[maybe_unused]] const ExportGuard guard(site.name);
+        return Run(site, parameters, operation) ? StoredStatus() : J4_Result{J4_ResultFrameFailure};
     }
 
 private:

@@ -7,11 +7,13 @@
 #include "Utilities/Exceptions/SDKError.h"
 #include "Utilities/Tools/StaticObject.h"
 #include "c_sdk/include/j4tavla.h"
+#include "c_sdk/src/CallGuard.h"
 #include "c_sdk/src/Sandbox.h"
 #include "src/Position.h"
 #include "src/j4Bridge.h"
 
 using Kestrelon::DeviceDriver::J4T::ContextJ4T;
+using Kestrelon::DeviceDriver::J4T::ExportGuard;
 using Kestrelon::DeviceDriver::J4T::ExportParameters;
 using Kestrelon::DeviceDriver::J4T::j4Bridge;
 using Kestrelon::DeviceDriver::J4T::j4TableSDK;
@@ -108,11 +110,16 @@ J4_Result J4_SetOption(const char* key, const char* value)
 
 const char* J4_GetOption(const char* key)
 {
-    std::string& answer = StaticObject<[] { return std::string(); }>::Get();
-    answer.clear();
-    SDKError errorBefore;
+    [[maybe_unused]] const ExportGuard guard(__func__);
+    std::string* answer = nullptr;
+    std::optional<SDKError> errorBefore;
+    bool isErrorLost = false;
     try {
+        answer = &OptionAnswer();
+        answer->clear();
         errorBefore = Sdk()->lastError;
+    } catch (const std::bad_alloc&) {
+        isErrorLost = true;
     } catch (...) {
         // The frame below meets the same failure and gives its text.
     }
