@@ -2,12 +2,12 @@
 
 #include <array>
 #include <cstdlib>
-#include <locale>
 #include <sstream>
 #include <string_view>
 #include <vector>
 
 #include "Utilities/Exceptions/TraceFrame.h"
+#include "Utilities/Tools/ClassicStream.h"
 #include "Utilities/Tools/LexicalCast.h"
 #include "Utilities/Tools/StringTools.h"
 #include "src/Flash/j4TableFlashData.h"
@@ -103,8 +103,7 @@ std::optional<OptionKey> FindOption(const std::string& key)
 
 std::string PropertyToString(const Property& property)
 try {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
+    Utilities::Tools::ClassicStream<std::ostringstream> stream;
     switch (property.GetType()) {
     case Property::TypeLong:
         stream << property.AsLong();

@@ -65,7 +65,7 @@ try {
 }
 J4T_TRACE_FRAME
 
-/// Whatever goes wrong in it becomes a J4LibraryException, so that callers see one type.
+/// Whatever is wrong with the library becomes a J4LibraryException, so that callers see one type.
 void j4Bridge::LoadLibraryA()
 try {
     library = SmartPointer<LibraryLoader>(new LibraryLoader(libraryFileName, 0));
@@ -76,6 +76,8 @@ try {
 } catch (J4LibraryException& exception) {
     exception.AddTrace(J4T_TRACE_HERE);
     throw;
+} catch (const std::bad_alloc&) {
+    Utilities::Exceptions::RethrowTraced(J4T_TRACE_HERE);
 } catch (const RuntimeException& exception) {
     throw J4LibraryException(exception.text(), J4T_TRACE_HERE);
 } catch (...) {

@@ -23,6 +23,7 @@ using Communication::j4TableComManager;
 using Communication::J4TableMode;
 using Generic::Configuration::Property;
 using Utilities::Exceptions::ResourceException;
+using Utilities::Exceptions::RethrowOutOfMemory;
 using Utilities::Tools::lexical_cast;
 using Utilities::Tools::SmartPointer;
 using Utilities::Tools::strict_lexical_cast;
@@ -136,6 +137,7 @@ try {
         }
         return;
     } catch (...) {
+        RethrowOutOfMemory();
         if (isRetry) {
             throw;
         }
@@ -164,6 +166,7 @@ try {
         previousDeviceType = Library()->J4_GetOption(optionDeviceType);
         status = Library()->J4_IsConnected();
     } catch (...) {
+        RethrowOutOfMemory();
         // A library that can't answer here has no instrument.
     }
     while (status == 0 && !found) {

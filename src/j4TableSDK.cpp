@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
@@ -153,17 +154,39 @@ void j4TableSDK::MessageFromDevice(int32_t message, const char* text)
     }
 }
 
-void j4TableSDK::ReportError(const std::string& name, const SDKError& error)
+void j4TableSDK::ReportError(const char* name, const SDKError& error)
+{
+    try {
+        lastError = error;
+    } catch (const std::bad_alloc&) {
+        ReportOutOfMemory(name);
+        return;
+    }
+    CallErrorHandler(name, error.code, error.what());
+}
+
+void j4TableSDK::ReportOutOfMemory(const char* name)
+{
+    lastError.SetOutOfMemory();
+    CallErrorHandler(name, SDKError::OutOfMemoryCode, SDKError::outOfMemoryText);
+}
+
+void j4TableSDK::CallErrorHandler(const char* name, int32_t status, const char* message)
 try {
-    lastError = error;
     if (errorHandler != nullptr) {
-        errorHandler(name.c_str(), error.code, error.what());
+        errorHandler(name, status, message);
     }
 } catch (const J4SDK::Exception&) {
     // The application's own error with a status: its business, unchanged.
     throw;
+} catch (...) {
+    try {
+        Utilities::Exceptions::RethrowTraced(J4T_TRACE_HERE);
+    } catch (const std::bad_alloc&) {
+        // Without memory for a trace it leaves as it is.
+    }
+    throw;
 }
-J4T_TRACE_FRAME
 
 void j4TableSDK::ThrowOnStatus(int32_t status)
 try {
@@ -306,6 +329,7 @@ try {
     try {
         withTable = Table()->IsActiveJ4ConnectedToTable();
     } catch (...) {
+        Utilities::Exceptions::RethrowOutOfMemory();
         // A missing table never stops a plain calibration.
     }
     if (withTable) {

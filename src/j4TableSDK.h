@@ -31,8 +31,11 @@ public:
     /// Registers the dispatcher of device messages with the instrument's library.
     void SetDeviceMessageHandler();
 
-    /// Stores the outcome of an exported call and tells the application's handler of it.
-    void ReportError(const std::string& name, const SDKError& error);
+    /// Stores the outcome of an exported call and tells the application's handler of it. Nothing is thrown but what
+    /// the handler throws.
+    void ReportError(const char* name, const SDKError& error);
+    /// The same where memory is missing to make the error; needs none.
+    void ReportOutOfMemory(const char* name);
 
     /// Throws an SDKError with the status and the texts of the instrument's library, unless it is 0.
     void ThrowOnStatus(int32_t status);

@@ -23,6 +23,15 @@ SDKError::SDKError(int32_t code, const RuntimeException& caught)
     : TraceableExceptionAdapter(caught), RuntimeException(caught), code(code), exceptionType(typeid(caught).name())
 {}
 
+void SDKError::SetOutOfMemory() noexcept
+{
+    // Short enough to stay inside of the string.
+    message = outOfMemoryText;
+    trace.clear();
+    exceptionType.clear();
+    code = OutOfMemoryCode;
+}
+
 std::string SDKError::GetExtendedInformation() const
 {
     std::string result = std::string(what()) + "\n";

@@ -37,6 +37,11 @@ public:
     SDKError(const SDKError&) = default;
     SDKError& operator=(const SDKError&) = default;
 
+    /// Becomes the error of missing memory, without any: status 9, no trace.
+    void SetOutOfMemory() noexcept;
+    static constexpr int32_t OutOfMemoryCode = 9;
+    static constexpr const char* outOfMemoryText = "std::bad_alloc";
+
     /// The message, the type name when there is one, and the trace: the option "ExtendedErrorInformation".
     std::string GetExtendedInformation() const;
 

@@ -111,4 +111,15 @@ void RethrowTraced(const std::string& entry)
     }
 }
 
+void RethrowOutOfMemory()
+{
+    try {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (...) {
+        // Any other failure is the caller's to pass over.
+    }
+}
+
 }  // namespace Kestrelon::Utilities::Exceptions

@@ -20,6 +20,9 @@ std::string TraceEntryHere(const char* prettyFunction, const char* file, int lin
 /// For use inside a catch clause: rethrows the exception in hand with the entry added to its trace.
 [[noreturn]] void RethrowTraced(const std::string& entry);
 
+/// For use inside a catch clause that passes failures over: missing memory is none of those, and goes on.
+void RethrowOutOfMemory();
+
 }  // namespace Kestrelon::Utilities::Exceptions
 
 /// The trace entry of the place where it stands.

@@ -2,11 +2,11 @@
 
 #include <cstddef>
 #include <iomanip>
-#include <locale>
 #include <sstream>
 
 #include "Utilities/Exceptions/Exceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
+#include "Utilities/Tools/ClassicStream.h"
 
 namespace Kestrelon::Utilities::Tools {
 
@@ -17,8 +17,7 @@ namespace {
 template <class T>
 std::string ToHexStringImpl(T value, uint16_t width, bool upperCase = false)
 {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
+    ClassicStream<std::ostringstream> stream;
     stream << std::hex << (upperCase ? std::uppercase : std::nouppercase) << std::setw(width) << std::setfill('0')
            << value;
     return stream.str();
@@ -40,8 +39,7 @@ uint32_t PairValue(const std::string& text, std::size_t position)
     if (high >= 0 && low >= 0) {
         return static_cast<uint32_t>(16 * high + low);
     }
-    std::istringstream stream(text.substr(position, 2));
-    stream.imbue(std::locale::classic());
+    ClassicStream<std::istringstream> stream(text.substr(position, 2));
     uint32_t value = 0;
     stream >> std::hex >> value;
     return value;

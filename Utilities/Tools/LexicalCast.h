@@ -3,11 +3,12 @@
 #pragma once
 
 #include <cstdint>
-#include <locale>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <typeinfo>
+
+#include "Utilities/Tools/ClassicStream.h"
 
 namespace Kestrelon::Utilities::Tools {
 
@@ -19,8 +20,7 @@ namespace Internal {
 template <class Target, class Source>
 Target LexicalCast(const Source& source, bool wholeText)
 {
-    std::stringstream stream;
-    stream.imbue(std::locale::classic());
+    ClassicStream<std::stringstream> stream;
     stream << source;
     Target target{};
     stream >> target;

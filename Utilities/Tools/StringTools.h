@@ -1,10 +1,11 @@
 // The few operations on texts that several classes share.
 #pragma once
 
-#include <locale>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "Utilities/Tools/ClassicStream.h"
 
 namespace Kestrelon::Utilities::Tools {
 
@@ -12,8 +13,7 @@ namespace Kestrelon::Utilities::Tools {
 template <class... Parts>
 std::string Text(const Parts&... parts)
 {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
+    ClassicStream<std::ostringstream> stream;
     (stream << ... << parts);
     return stream.str();
 }

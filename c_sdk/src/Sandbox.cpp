@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <exception>
+#include <new>
+#include <optional>
 #include <string>
 #include <typeinfo>
 
@@ -16,9 +18,35 @@ using Utilities::Exceptions::RuntimeException;
 
 namespace {
 
-void Report(const char* name, const SDKError& error) { ContextJ4T::Instance()->sdk->ReportError(name, error); }
+/// Reports what build gives, an SDKError, or that there was no memory to make it.
+/// @return false when there is no memory for a context either
+template <class Build>
+bool Report(const char* name, Build build)
+{
+    std::optional<SDKError> error;
+    try {
+        error.emplace(build());
+    } catch (const std::bad_alloc&) {
+        // Reported below.
+    }
+    j4TableSDK* sdk = nullptr;
+    try {
+        sdk = &*ContextJ4T::Instance()->sdk;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    if (error) {
+        sdk->ReportError(name, *error);
+    } else {
+        sdk->ReportOutOfMemory(name);
+    }
+    return true;
+}
 
-void Report(const char* name, int32_t code, const RuntimeException& caught) { Report(name, SDKError(code, caught)); }
+bool Report(const char* name, int32_t code, const RuntimeException& caught)
+{
+    return Report(name, [&] { return SDKError(code, caught); });
+}
 
 }  // namespace
 
@@ -34,43 +62,46 @@ void Sandbox::Enter(const char* name, const ExportParameters& parameters)
 
 /// The one place where exceptions become statuses. Derived classes stand before their bases, and SDKError, a
 /// RuntimeException, keeps its own code.
-void Sandbox::ReportException(const char* name)
+bool Sandbox::ReportException(const char* name)
 {
     try {
         throw;
     } catch (const PositionNotReachedException& exception) {
-        Report(name, J4_ResultPositionNotReached, exception);
+        return Report(name, J4_ResultPositionNotReached, exception);
     } catch (const IllegalPositionException& exception) {
-        Report(name, J4_ResultIllegalPosition, exception);
+        return Report(name, J4_ResultIllegalPosition, exception);
     } catch (const GeneralCommunicationException& exception) {
-        Report(name, J4_ResultDeviceNotConnected, exception);
+        return Report(name, J4_ResultDeviceNotConnected, exception);
     } catch (const CommunicationTimeoutException& exception) {
-        Report(name, J4_ResultDeviceFault, exception);
+        return Report(name, J4_ResultDeviceFault, exception);
     } catch (const CommunicationDataException& exception) {
-        Report(name, J4_ResultDeviceFault, exception);
+        return Report(name, J4_ResultDeviceFault, exception);
     } catch (const CommunicationException& exception) {
-        Report(name, J4_ResultDeviceNotConnected, exception);
+        return Report(name, J4_ResultDeviceNotConnected, exception);
     } catch (const DeviceErrorException& exception) {
-        Report(name, J4_ResultDeviceFault, exception);
+        return Report(name, J4_ResultDeviceFault, exception);
     } catch (const J4NotConnectedException& exception) {
-        Report(name, J4_ResultSpectrophotometerNotConnected, exception);
+        return Report(name, J4_ResultSpectrophotometerNotConnected, exception);
     } catch (const J4CalibrationFailedException& exception) {
-        Report(name, J4_ResultNotCalibrated, exception);
+        return Report(name, J4_ResultNotCalibrated, exception);
     } catch (const WhiteBaseException& exception) {
-        Report(name, J4_ResultWhiteBase, exception);
+        return Report(name, J4_ResultWhiteBase, exception);
     } catch (const EEPromException& exception) {
-        Report(name, J4_ResultDeviceFault, exception);
+        return Report(name, J4_ResultDeviceFault, exception);
     } catch (const J4LibraryException&) {
         // Without the instrument's library there is no context that could hold a report.
+        return true;
     } catch (const ResourceException& exception) {
-        Report(name, J4_ResultResourceFault, exception);
+        return Report(name, J4_ResultResourceFault, exception);
     } catch (const SDKError& exception) {
-        Report(name, exception);
+        return Report(name, [&] { return exception; });
     } catch (const std::exception& exception) {
-        const std::string text = std::string(exception.what()) + "\n" + typeid(exception).name() + "\n";
-        Report(name, SDKError(J4_ResultException, text, std::string()));
+        return Report(name, [&] {
+            const std::string text = std::string(exception.what()) + "\n" + typeid(exception).name() + "\n";
+            return SDKError(J4_ResultException, text, std::string());
+        });
     } catch (...) {
-        Report(name, SDKError(J4_ResultException, "Unknown Exception occured", std::string()));
+        return Report(name, [] { return SDKError(J4_ResultException, "Unknown Exception occured", std::string()); });
     }
 }
 

@@ -21,12 +21,13 @@ public:
         int line;
     };
 
-    /// Runs one exported call. Failures are reported and stored, and do not leave it unless the context
-    /// that has to store them can't be made.
+    /// Runs one exported call. Failures are reported and stored, and do not leave it unless the instrument's
+    /// library keeps the context that has to store them from being made.
+    /// @return false when there was no memory for a context
     template <class Operation>
-    static void Run(const Site& site, const ExportParameters& parameters, Operation operation)
+    static bool Run(const Site& site, const ExportParameters& parameters, Operation operation)
     {
-        Run(site, parameters, operation, [](const J4LibraryException&) { throw; });
+        return Run(site, parameters, operation, [](const J4LibraryException&) { throw; });
     }
 
     /// @param onLibraryFailure  called with a J4LibraryException instead of the ladder
@@ -46,8 +47,9 @@ public:
                     Utilities::Exceptions::TraceEntry(std::string(), site.name, site.file, site.line));
             }
         } catch (...) {
-            ReportException(site.name);
+            return ReportException(site.name);
         }
+        return true;
     }
 
     /// Run, and the status that it stored.
@@ -60,7 +62,7 @@ public:
 
 private:
     static void Enter(const char* name, const ExportParameters& parameters);
-    static void ReportException(const char* name);
+    static bool ReportException(const char* name);
     static J4_Result StoredStatus();
 };
 

@@ -2,6 +2,8 @@
 // same name in it.
 
 #include <cstdint>
+#include <new>
+#include <optional>
 #include <string>
 
 #include "Utilities/Exceptions/SDKError.h"
@@ -41,6 +43,12 @@ ExportParameters SampleParameters(float* buffer, uint64_t length, uint32_t index
     parameters.bufferLength = length;
     parameters.index = static_cast<int32_t>(index);
     return parameters;
+}
+
+/// What J4_GetOption gave last.
+std::string& OptionAnswer()
+{
+    return StaticObject<[] { return std::string(); }>::Get();
 }
 
 bool IsFullReset(const std::string& key, const std::string& value)
@@ -128,14 +136,21 @@ const char* J4_GetOption(const char* key)
     Sandbox::Run(
         J4T_EXPORT_SITE, parameters,
         [&] {
+            answer = &OptionAnswer();
             const std::string name = key;
             if (name == "LastError" || name == "ExtendedErrorInformation") {
-                Sdk()->lastError = errorBefore;
+                if (isErrorLost) {
+                    throw std::bad_alloc();
+                }
+                Sdk()->lastError = errorBefore.value_or(SDKError());
             }
-            answer = Sdk()->J4_GetOption(name);
+            *answer = Sdk()->J4_GetOption(name);
         },
-        [&](const J4LibraryException& exception) { answer = exception.what(); });
-    return answer.c_str();
+        [&](const J4LibraryException& exception) {
+            answer = &OptionAnswer();
+            *answer = exception.what();
+        });
+    return answer != nullptr ? answer->c_str() : "";
 }
 
 int32_t J4_KeyPressed(void)

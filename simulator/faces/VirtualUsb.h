@@ -9,7 +9,7 @@
 
 namespace J4Bench {
 
-class VirtualUsb final : public Kestrelon::DeviceDriver::J4T::LowLevel::Usb {
+class VirtualUsb : public Kestrelon::DeviceDriver::J4T::LowLevel::Usb {
 public:
     /// @param lines  of the bench; must last
     explicit VirtualUsb(UsbLines& lines) : lines(lines) {}

@@ -44,6 +44,7 @@ bool j4TableComManager::IsTableConnected()
     try {
         return !serial->SerialNumber().empty();
     } catch (...) {
+        Utilities::Exceptions::RethrowOutOfMemory();
         return false;
     }
 }

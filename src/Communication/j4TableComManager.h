@@ -26,7 +26,7 @@ public:
     void Initialize();
     void UnInitialize();
 
-    /// Whether the USB device answers; the one call here that never throws.
+    /// Whether the USB device answers; the one call here that throws for nothing but missing memory.
     bool IsTableConnected();
     std::string GetSerialNumber();
 
