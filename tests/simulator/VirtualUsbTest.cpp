@@ -47,7 +47,7 @@ TEST_F(VirtualUsbTest, FailuresHaveTheDriversWords)
     expectAll(notOpen);
     usb.Open(0);
     EXPECT_EQ(Failure([&] { usb.Open(0); }), "No device connected.") << "already open";
-    EXPECT_EQ(Failure([&] { usb.DeviceIo(9, 0, 0, false, nullptr, 0); }),
+    EXPECT_EQ(Failure([&] { usb.DeviceIo(8, 0, 0, false, nullptr, 0); }),
               text("ClassOrVendorOutRequest", "0xE0000004: HC Error: stall PID."));
 
     Bench::Instance().GetFaults().tableUnplugged = true;
