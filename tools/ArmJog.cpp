@@ -4,6 +4,7 @@
 
 #include "tools/Interrupt.h"
 #include "tools/Platform.h"
+#include "tools/Terminal.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -26,8 +27,8 @@ ArmJog::ArmJog(Session& session, const Units& units) : session(RequireTerminal(s
 {
     session.SetOption("J4TIsVisorCoordinate", "yes");
     session.SetOption("J4THoldPosition", "no");
-    std::fprintf(stderr, "Arrow keys move the visor by %s, with Shift by %s; the arm may be pushed too.\n",
-                 units.Text(Step).c_str(), units.Text(FineStep).c_str());
+    Print(stderr, "Arrow keys move the visor by %s, with Shift by %s; the arm may be pushed too.\n",
+          units.Text(Step).c_str(), units.Text(FineStep).c_str());
 }
 
 ArmJog::~ArmJog()
@@ -45,16 +46,17 @@ Point ArmJog::Take(const std::string& patch)
     for (;;) {
         Interrupt::Check();
         const Point here = session.Position();
-        std::fprintf(stderr, "\rvisor on the middle of patch %s, then Enter: %s / %s   ", patch.c_str(),
-                     units.Text(here.x).c_str(), units.Text(here.y).c_str());
+        std::fputs("\r", stderr);
+        Print(stderr, "visor on the middle of patch %s, then Enter: %s / %s   ", patch.c_str(),
+              units.Text(here.x).c_str(), units.Text(here.y).c_str());
         std::fflush(stderr);
         const KeyInput::Press press = keys.Wait(glance);
         switch (press.key) {
         case KeyInput::Key::Enter:
-            std::fprintf(stderr, "\n");
+            Print(stderr, "\n");
             return session.Position();
         case KeyInput::Key::End:
-            std::fprintf(stderr, "\n");
+            Print(stderr, "\n");
             throw ToolError(ExitCode::NotConfirmed, "the corners were not taken", "Press Enter for each of them.");
         case KeyInput::Key::None:
         case KeyInput::Key::Other:
@@ -76,7 +78,7 @@ void ArmJog::Move(Point from, KeyInput::Press press)
         if (error.code != ExitCode::Position) {
             throw;
         }
-        std::fprintf(stderr, "\n%s\n", error.what());
+        Print(stderr, "\n%s\n", error.what());
     }
 }
 

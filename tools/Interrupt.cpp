@@ -35,10 +35,10 @@ void Interrupt::SetNotice(const char* notice) { words = notice; }
 
 bool Interrupt::Requested() { return requested; }
 
-void Interrupt::Check()
+void Interrupt::Check(const char* what)
 {
     if (requested) {
-        throw ToolError(ExitCode::Interrupted, "ended before the work was done", "The table was let go.");
+        throw ToolError(ExitCode::Interrupted, what, "The table was let go.");
     }
 }
 

@@ -13,7 +13,8 @@ void SetNotice(const char* notice);
 
 bool Requested();
 
+/// @param what  how far the work has come
 /// @throws ToolError when a request has come
-void Check();
+void Check(const char* what = "ended before the work was done");
 
 }  // namespace J4Tool::Interrupt

@@ -3,11 +3,36 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "Utilities/Tools/HexStringHelper.h"
 #include "chart/cgats/CgatsFields.h"
 
 namespace J4Tool {
 
-std::string JsonText(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
+std::string JsonText(const Json& json)
+{
+    const std::string dump = json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    // What JSON lets stand as it is and a terminal obeys: DEL, and the controls above it.
+    std::string text;
+    for (size_t at = 0; at < dump.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(dump[at]);
+        const auto next = static_cast<unsigned char>(at + 1 < dump.size() ? dump[at + 1] : 0);
+        if (byte == 0x7F) {
+            text += "\\u007f";
+        } else if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {
+            text += "\\u00" + Kestrelon::Utilities::Tools::HexStringHelper::ToHexString(next, 2);
+            ++at;
+        } else {
+            text += dump[at];
+        }
+    }
+    return text;
+}
+
+void PrintJson(const Json& json, std::FILE* stream)
+{
+    std::fputs((JsonText(json) + "\n").c_str(), stream);
+    std::fflush(stream);
+}
 
 using J4Chart::NumberText;
 

@@ -28,6 +28,9 @@ void PrepareConsole();
 /// True when a person reads the stream, or types into it.
 bool IsTerminal(std::FILE* stream);
 
+/// Waits for what a person types into standard input. @return false when nothing came for this long
+bool WaitForInput(int milliseconds);
+
 /// Characters in a line of the terminal; 80 where nobody knows.
 int TerminalWidth();
 

@@ -7,6 +7,7 @@
 #include "tools/Json.h"
 #include "tools/Platform.h"
 #include "tools/Plural.h"
+#include "tools/Terminal.h"
 
 namespace J4Tool {
 
@@ -22,12 +23,6 @@ Json StateLine(const char* event, const ScanState& state, const Json& more = Jso
                  {"patches", state.patches}};
     line.update(more);
     return line;
-}
-
-void WriteLine(std::FILE* output, const Json& line)
-{
-    std::fprintf(output, "%s\n", JsonText(line).c_str());
-    std::fflush(output);
 }
 
 std::string Clock(double seconds)
@@ -65,7 +60,7 @@ double Progress::SecondsLeft(const ScanState& state) const
 void Progress::Step(const std::string& what)
 {
     if (form == Form::Json) {
-        WriteLine(output, {{"event", "step"}, {"step", what}});
+        PrintJson({{"event", "step"}, {"step", what}}, output);
     } else {
         Line(what);
     }
@@ -74,7 +69,7 @@ void Progress::Step(const std::string& what)
 void Progress::Notice(const std::string& what)
 {
     if (form == Form::Json) {
-        WriteLine(output, {{"event", "notice"}, {"notice", what}});
+        PrintJson({{"event", "notice"}, {"notice", what}}, output);
     } else {
         Line(what);
     }
@@ -85,7 +80,7 @@ void Progress::Started(const ScanState& state)
     begin = std::chrono::steady_clock::now();
     rowsAtStart = state.rowsDone;
     if (form == Form::Json) {
-        WriteLine(output, StateLine("start", state));
+        PrintJson(StateLine("start", state), output);
     } else if (form == Form::Bar) {
         Draw(state);
     }
@@ -94,8 +89,8 @@ void Progress::Started(const ScanState& state)
 void Progress::RowBegins(const ScanState& state, size_t row, ReadingWay way)
 {
     if (form == Form::Json) {
-        WriteLine(output,
-                  StateLine("rowBegins", state, {{"row", row + 1}, {"way", WayNames[static_cast<size_t>(way)]}}));
+        PrintJson(StateLine("rowBegins", state, {{"row", row + 1}, {"way", WayNames[static_cast<size_t>(way)]}}),
+                  output);
         return;
     }
     now = "row " + std::to_string(row + 1) + " of " + std::to_string(state.rows) + " " +
@@ -110,8 +105,9 @@ void Progress::RowBegins(const ScanState& state, size_t row, ReadingWay way)
 void Progress::RowDone(const ScanState& state, size_t row)
 {
     if (form == Form::Json) {
-        WriteLine(output, StateLine("row", state,
-                                    {{"row", row + 1}, {"secondsLeft", std::round(SecondsLeft(state) * 10.0) / 10.0}}));
+        PrintJson(
+            StateLine("row", state, {{"row", row + 1}, {"secondsLeft", std::round(SecondsLeft(state) * 10.0) / 10.0}}),
+            output);
     } else if (form == Form::Bar) {
         Draw(state);
     }
@@ -120,8 +116,9 @@ void Progress::RowDone(const ScanState& state, size_t row)
 void Progress::RowFailed(const ScanState& state, size_t row, int attempt, const std::string& reason, bool again)
 {
     if (form == Form::Json) {
-        WriteLine(output, StateLine(again ? "retry" : "rowFailed", state,
-                                    {{"row", row + 1}, {"attempt", attempt}, {"reason", reason}}));
+        PrintJson(StateLine(again ? "retry" : "rowFailed", state,
+                            {{"row", row + 1}, {"attempt", attempt}, {"reason", reason}}),
+                  output);
         return;
     }
     Line("Row " + std::to_string(row + 1) + ", attempt " + std::to_string(attempt) + ": " + reason +
@@ -134,12 +131,13 @@ void Progress::RowFailed(const ScanState& state, size_t row, int attempt, const 
 void Progress::Differences(const J4Chart::DifferenceSummary& summary, const std::string& words)
 {
     if (form == Form::Json) {
-        WriteLine(output, {{"event", "differences"},
-                           {"formula", "CIEDE2000"},
-                           {"patches", summary.Count()},
-                           {"mean", summary.Mean()},
-                           {"percentile95", summary.Percentile95()},
-                           {"maximum", summary.Maximum()}});
+        PrintJson({{"event", "differences"},
+                   {"formula", "CIEDE2000"},
+                   {"patches", summary.Count()},
+                   {"mean", summary.Mean()},
+                   {"percentile95", summary.Percentile95()},
+                   {"maximum", summary.Maximum()}},
+                  output);
     } else {
         Line(words);
     }
@@ -148,7 +146,7 @@ void Progress::Differences(const J4Chart::DifferenceSummary& summary, const std:
 void Progress::Ended(const ScanState& state, const std::string& result, const std::string& fileName)
 {
     if (form == Form::Json) {
-        WriteLine(output, StateLine("end", state, {{"result", result}, {"file", fileName}}));
+        PrintJson(StateLine("end", state, {{"result", result}, {"file", fileName}}), output);
         return;
     }
     Line(std::to_string(state.patchesDone) + " of " + Plural(state.patches, "patch") +
@@ -162,7 +160,8 @@ void Progress::Draw(const ScanState& state)
     if (const size_t room = static_cast<size_t>(std::max(width - 1, 0)); bar.size() + 2 + now.size() <= room) {
         bar += now.empty() ? "" : "  " + now;
     }
-    std::fprintf(output, "\r%-*s", std::max(width - 1, 0), bar.c_str());
+    std::fputs("\r", output);
+    Print(output, "%-*s", std::max(width - 1, 0), bar.c_str());
     std::fflush(output);
     lineOpen = true;
 }
@@ -170,7 +169,7 @@ void Progress::Draw(const ScanState& state)
 /// A line of its own, under the bar where that is shown.
 void Progress::Line(const std::string& text)
 {
-    std::fprintf(output, "%s%s\n", lineOpen ? "\n" : "", text.c_str());
+    Print(output, "%s%s\n", lineOpen ? "\n" : "", text.c_str());
     std::fflush(output);
     lineOpen = false;
 }

@@ -3,7 +3,9 @@
 #include <cstdio>
 #include <iostream>
 
+#include "tools/Interrupt.h"
 #include "tools/Platform.h"
+#include "tools/Terminal.h"
 
 namespace J4Tool {
 
@@ -14,9 +16,15 @@ bool ReadLine(const std::string& prompt, std::string& line)
     if (!Platform::IsTerminal(stdin)) {
         return false;
     }
-    std::fputs(prompt.c_str(), stderr);
+    Print(stderr, "%s", prompt.c_str());
     std::fflush(stderr);
-    return static_cast<bool>(std::getline(std::cin, line));
+    constexpr int glance = 100;  // ms; a request to end the program does not end the reading of a line
+    while (!Platform::WaitForInput(glance)) {
+        Interrupt::Check();
+    }
+    const bool wasRead = static_cast<bool>(std::getline(std::cin, line));
+    Interrupt::Check();
+    return wasRead;
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 namespace J4Tool {
 
 /// True for "y" or "yes"; false for any other answer, and where nobody can answer.
+/// @throws ToolError when the program is to end meanwhile
 bool AskYesNo(const std::string& question);
 
 }  // namespace J4Tool

@@ -1,7 +1,11 @@
 #include "tools/Session.h"
 
+#include <chrono>
+#include <cmath>
 #include <regex>
 #include <sstream>
+#include <thread>
+#include <utility>
 
 #include "tools/BlockReader.h"
 #include "tools/Interrupt.h"
@@ -25,6 +29,9 @@ void OnError(const char*, int32_t status, const char* message)
 {
     lastFailure = {status, message == nullptr ? "" : message};
 }
+
+/// Whether what failed the last call is the end of a motion of before.
+bool IsLeftOver() { return lastFailure.message == "Device busy." || lastFailure.message == "Missing ':'."; }
 
 std::string PlaceText(Point place)
 {
@@ -86,6 +93,41 @@ void Session::Check(const std::string& what, const std::function<int32_t()>& cal
     }
 }
 
+void Session::Work(const std::string& what, const std::function<int32_t()>& call)
+{
+    Interrupt::Check();
+    const bool isFirst = !std::exchange(hasMoved, true);
+    try {
+        Check(what, call);
+    } catch (const ToolError&) {
+        if (!isFirst || !IsLeftOver()) {
+            throw;
+        }
+        WaitForStandstill();
+        Interrupt::Check();
+        Check(what, call);
+    }
+    Interrupt::Check();
+}
+
+void Session::WaitForStandstill()
+{
+    constexpr int looks = 150;
+    constexpr std::chrono::milliseconds glance(100);
+    Point before{NAN, NAN};
+    for (int look = 0; look < looks && !Interrupt::Requested(); ++look) {
+        float x = NAN;
+        float y = NAN;
+        functions.GetPosition(&x, &y);  // which also takes what the table still has to report
+        const Point here{static_cast<double>(x), static_cast<double>(y)};
+        if (here.x == before.x && here.y == before.y) {
+            return;
+        }
+        before = here;
+        std::this_thread::sleep_for(glance);
+    }
+}
+
 void Session::CheckWriting(const std::string& what, const std::function<int32_t()>& call)
 {
     if (keepBlock) {
@@ -142,15 +184,23 @@ std::string Session::TryOption(const std::string& key)
 
 void Session::Connect()
 {
-    Check("connecting to the table", [this] { return functions.IsTableConnected(); });
+    const auto connect = [this] { return functions.IsTableConnected(); };
+    try {
+        Check("connecting to the table", connect);
+    } catch (const ToolError&) {
+        if (connected || !IsLeftOver()) {
+            throw;
+        }
+        Check("connecting to the table", connect);
+    }
     connected = true;
+    Interrupt::Check();
 }
 
 void Session::GoHome()
 {
     Connect();
-    Interrupt::Check();
-    Check("going to the white tile", [this] { return functions.GoToHomePosition(); });
+    Work("going to the white tile", [this] { return functions.GoToHomePosition(); });
 }
 
 void Session::Calibrate()
@@ -158,14 +208,14 @@ void Session::Calibrate()
     GoHome();
     Interrupt::Check();
     CheckWriting("calibrating", [this] { return functions.Calibrate(); });
+    Interrupt::Check();
 }
 
 void Session::Move(Point target)
 {
     Connect();
-    Interrupt::Check();
-    Check("moving to " + PlaceText(target),
-          [&] { return functions.SetPosition(static_cast<float>(target.x), static_cast<float>(target.y)); });
+    Work("moving to " + PlaceText(target),
+         [&] { return functions.SetPosition(static_cast<float>(target.x), static_cast<float>(target.y)); });
 }
 
 Point Session::Position()
@@ -199,7 +249,9 @@ std::vector<Session::Spectrum> Session::Scan(Point start, Point end)
 Session::Spectrum Session::Measure()
 {
     SetOption("MeasurementMode", "SingleReflectance");
+    Interrupt::Check();
     Check("measuring", [this] { return functions.TriggerMeasurement(); });
+    Interrupt::Check();
     return ReadSpectrum(0);
 }
 

@@ -61,6 +61,12 @@ public:
 
 private:
     void Check(const std::string& what, const std::function<int32_t()>& call);
+    /// A motion, or what else takes the table's time: not begun once the program is to end, which shows at its end too.
+    /// The first of a session is tried again when what fails it is left over from a motion of before: a table whose cable
+    /// was pulled while its arm ran is busy as long as that lasts, and then reports its end to whoever asks next.
+    void Work(const std::string& what, const std::function<int32_t()>& call);
+    void WaitForStandstill();
+
     /// A call that may write the table's flash: its block is kept first, and no signal ends the program within it.
     void CheckWriting(const std::string& what, const std::function<int32_t()>& call);
     Spectrum ReadSpectrum(uint32_t index);
@@ -68,6 +74,7 @@ private:
     TableFunctions functions;
     std::function<void(const std::string&, const Block&)> keepBlock;
     bool connected = false;
+    bool hasMoved = false;
 };
 
 }  // namespace J4Tool

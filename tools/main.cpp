@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "tools/OutputFile.h"
 #include "tools/Platform.h"
 #include "tools/StatusTable.h"
+#include "tools/Terminal.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
 
@@ -86,15 +88,15 @@ void Report(const ToolError& error, bool json)
             line.update({{"status", error.status}, {"statusName", FindStatus(error.status).name}});
         }
         line["advice"] = error.advice;
-        std::fprintf(stderr, "%s\n", JsonText(line).c_str());
+        PrintJson(line, stderr);
         return;
     }
-    std::fprintf(stderr, "j4tavla: %s\n", error.what());
+    Print(stderr, "j4tavla: %s\n", error.what());
     if (error.status != 0) {
-        std::fprintf(stderr, "  %s\n", StatusText(error.status).c_str());
+        Print(stderr, "  %s\n", StatusText(error.status).c_str());
     }
     if (!error.advice.empty()) {
-        std::fprintf(stderr, "  %s\n", error.advice.c_str());
+        Print(stderr, "  %s\n", error.advice.c_str());
     }
 }
 
@@ -108,7 +110,10 @@ int EndParsing(const CLI::ParseError& error, const CLI::App& app, const std::vec
     if (std::find(words.begin(), words.end(), "--json") != words.end()) {
         Report(ToolError(ExitCode::Usage, error.what(), "See 'j4tavla --help'."), true);
     } else {
-        app.exit(error);
+        std::ostringstream out;
+        std::ostringstream errors;
+        app.exit(error, out, errors);
+        Print(stderr, "%s", errors.str().c_str());
     }
     return static_cast<int>(ExitCode::Usage);
 }

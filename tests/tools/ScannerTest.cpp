@@ -125,6 +125,46 @@ protected:
     bool stopped = false;
 };
 
+TEST_F(ScannerTest, TheFirstMotionBearsWhatIsLeftOfOneBefore)
+{
+    static std::vector<std::string> failures;  // of the next calls; an empty one, or none, is success
+    static size_t calls;
+    TableFunctions functions = table.Functions();
+    functions.SetPosition = [](float, float) -> J4_Result {
+        const std::string failure = calls < failures.size() ? failures[calls] : "";
+        ++calls;
+        if (failure.empty()) {
+            return J4_ResultNoError;
+        }
+        scripted->handler("J4_SetPosition", J4_ResultDeviceFault, failure.c_str());
+        return J4_ResultDeviceFault;
+    };
+    struct Row {
+        std::vector<std::string> failures;
+        size_t callsOfTwoMoves;
+        int movesThatFail;
+    };
+    for (const Row& row : {Row{{"Device busy."}, 3, 0},
+                           {{"Missing ':'."}, 3, 0},
+                           {{"Device busy.", "Missing ':'."}, 3, 1},
+                           {{"", "Device busy."}, 2, 1},
+                           {{"Can't find white plate (4)."}, 2, 1}}) {
+        failures = row.failures;
+        calls = 0;
+        Session moving(functions);
+        int failed = 0;
+        for (int move = 0; move < 2; ++move) {
+            try {
+                moving.Move({200.0, 200.0});
+            } catch (const ToolError&) {
+                ++failed;
+            }
+        }
+        EXPECT_EQ(calls, row.callsOfTwoMoves) << row.failures.front();
+        EXPECT_EQ(failed, row.movesThatFail) << row.failures.front();
+    }
+}
+
 TEST_F(ScannerTest, EveryPatchGetsItsOwnSpectrumInBothDirections)
 {
     EXPECT_TRUE(Run().empty());

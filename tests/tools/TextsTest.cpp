@@ -11,6 +11,7 @@
 #include "tools/Json.h"
 #include "tools/Progress.h"
 #include "tools/StatusTable.h"
+#include "tools/Terminal.h"
 #include "tools/Units.h"
 
 namespace J4Tool {
@@ -33,6 +34,22 @@ TEST(Json, IsValidWhateverTheTextsAndNumbersAre)
     EXPECT_EQ(JsonText(line),
               "{\"name\":\"\uFFFD ä\",\"none\":null,\"empty\":null,\"long\":640001,\"word\":\"x1\","
               "\"list\":[0.1,2]}");
+}
+
+TEST(Terminal, ShowsBytesForWhatItWouldObey)
+{
+    struct Row {
+        const char* text;
+        const char* shown;
+    };
+    for (const Row& row :
+         {Row{"Räum € 😀\t1\n", "Räum € 😀\t1\n"},
+          {"\x1b[2J\r\a\x7f", "\\x1b[2J\\x0d\\x07\\x7f"},
+          {"\u009b2J", "\\xc2\\x9b2J"},
+          {"a\u202eb\u2066", "a\\xe2\\x80\\xaeb\\xe2\\x81\\xa6"},
+          {"\x9b \xe4 \xc0\x9b \xed\xa0\x80 \xe2\x82", "\\x9b \\xe4 \\xc0\\x9b \\xed\\xa0\\x80 \\xe2\\x82"}}) {
+        EXPECT_EQ(Printable(row.text), row.shown);
+    }
 }
 
 TEST(Progress, TheBarFitsIntoTheLine)

@@ -413,6 +413,17 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(tool(table + "calibrate").returncode, DONE)
         self.assertIn("several tables: 640001, 640002", tool("--option Simulator.Tables=2 " + rescue).stderr)
 
+    def test_nothing_reaches_a_terminal_that_it_would_obey(self):
+        write("chart.cgats", chart(1, 2).replace("R1C1", "a\x1b[2J\u009b2J").replace("R1C2", "a\x1b[2J\u009b2J"))
+        for words in (["--virtual", "scan", "chart.cgats", "-o", "m.cgats"], ["--virtual", "home", "\x1b[2J\u009b2J"],
+                      ["--virtual", "set", "J4TScanSpeed", "\x1b[2J\u009b2J"], ["--virtual", "info", "--unit", "\x1b[2J\u009b2J"],
+                      ["report", "\x1b[2J\u009b2J", "-o", "r.html"]):
+            for json_wanted in [], ["--json"]:
+                run = tool(words + json_wanted)
+                self.assertNotIn(run.returncode, (DONE, 1), run.stderr)
+                self.assertIn("\\u001b[2J" if json_wanted else "\\x1b[2J\\xc2\\x9b", run.stderr)
+                self.assertNotRegex(run.stdout + run.stderr, "[\x1b\u009b]")
+
     def test_finds_the_library_that_was_asked_for(self):
         table, bench, instrument = map(LIBRARY_NAME.format, ("j4tavla64", "j4bench", "sorvane64"))
 
@@ -528,6 +539,29 @@ class TerminalTest(unittest.TestCase):
                                       [("Replace the white base of table 640001? [yes/no]", answer + "\n")])
             self.assertEqual(code, ends[0], shown)
             self.assertIn(ends[1], shown)
+
+    def test_a_signal_ends_a_command_behind_the_call_in_hand(self):
+        commands = ["home", "move 500 400", "position", "calibrate", "spot 300 300", "align chart.cgats", "info",
+                    "set J4THoldPosition yes", "get J4TMaxSpeed", "whitebase"]
+        for command, wait, end in ([(command, 0.0, signal.SIGINT) for command in commands] +
+                                   [("spot 300 300", 0.9, end) for end in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)]):
+            with self.subTest(command, wait=wait, end=end):
+                if os.path.exists("flash.bin"):
+                    os.remove("flash.bin")
+                with subprocess.Popen([PROGRAM] + ("--virtual --option Simulator.TimeScale=0.2 --option "
+                                                   "Simulator.FlashFile=flash.bin " + command).split(),
+                                      stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True) as working:
+                    while not os.path.exists("flash.bin"):  # signals are kept before it is there
+                        time.sleep(0.002)
+                    time.sleep(wait)  # into the calibration
+                    working.send_signal(end)
+                    shown = working.communicate()[1]
+                self.assertEqual(working.returncode, INTERRUPTED, shown)
+                self.assertIn("ending: what is under way is finished first", shown)
+                self.assertIn("The table was let go.", shown)
+        tool("--virtual whitebase --save old.cgats")
+        code, shown = at_terminal("--virtual whitebase --write old.cgats", [("[yes/no]", "\x03")])
+        self.assertEqual(code, INTERRUPTED, shown)
 
     def test_no_signal_cuts_a_write(self):
         tool("--virtual --option Simulator.FlashFile=flash.bin whitebase --save old.cgats")

@@ -1,10 +1,11 @@
 #include "tools/KeyInput.h"
 
-#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <string>
+
+#include "tools/Platform.h"
 
 namespace J4Tool {
 
@@ -17,8 +18,7 @@ namespace {
 /// @return nothing when there was no byte for this long; 0 at the end of the input
 int NextByte(int milliseconds)
 {
-    pollfd input{STDIN_FILENO, POLLIN, 0};
-    if (poll(&input, 1, milliseconds) <= 0) {
+    if (!Platform::WaitForInput(milliseconds)) {
         return -1;
     }
     unsigned char byte = 0;

@@ -1,6 +1,7 @@
 #include "tools/Platform.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -42,6 +43,12 @@ void PrepareConsole()
 }
 
 bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) == 1; }
+
+bool WaitForInput(int milliseconds)
+{
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    return poll(&input, 1, milliseconds) > 0;
+}
 
 int TerminalWidth()
 {

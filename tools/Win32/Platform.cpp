@@ -43,6 +43,11 @@ bool IsTerminal(std::FILE* stream)
     return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream))), &mode) != 0;
 }
 
+bool WaitForInput(int)
+{
+    return true;  // reading a line ends by itself at Ctrl-C
+}
+
 int TerminalWidth()
 {
     CONSOLE_SCREEN_BUFFER_INFO info{};

@@ -11,6 +11,7 @@
 #include "tools/OutputFile.h"
 #include "tools/RowSpeed.h"
 #include "tools/ScanPlan.h"
+#include "tools/Terminal.h"
 #include "tools/ToolError.h"
 #include "tools/commands/ChartArguments.h"
 
@@ -38,34 +39,33 @@ std::vector<double> Corners(const ChartLayout& layout, const Units& units)
     return numbers;
 }
 
-void Print(const ToolContext& context, const ChartFinder& finder, const ChartFinder::Finding& found,
-           const std::vector<double>& corners, const std::string& fileName)
+void Show(const ToolContext& context, const ChartFinder& finder, const ChartFinder::Finding& found,
+          const std::vector<double>& corners, const std::string& fileName)
 {
     const Units units = context.GetUnits();
     if (context.json) {
         const Point shift = units.FromMillimetres(found.placement.shift);
-        std::puts(JsonText({{"corners", corners},
-                            {"shiftX", shift.x},
-                            {"shiftY", shift.y},
-                            {"rotation", found.placement.rotation * 180.0 / std::numbers::pi},
-                            {"residual", units.FromMillimetres(found.residual)},
-                            {"edges", found.edges},
-                            {"unit", units.Name()},
-                            {"file", fileName}})
-                      .c_str());
+        PrintJson({{"corners", corners},
+                   {"shiftX", shift.x},
+                   {"shiftY", shift.y},
+                   {"rotation", found.placement.rotation * 180.0 / std::numbers::pi},
+                   {"residual", units.FromMillimetres(found.residual)},
+                   {"edges", found.edges},
+                   {"unit", units.Name()},
+                   {"file", fileName}});
         return;
     }
-    std::printf("The chart lies %s from where the layout has it; %zu edges were seen, within %.2f mm.\n",
-                finder.Words(found).c_str(), found.edges, found.residual);
+    Print(stdout, "The chart lies %s from where the layout has it; %zu edges were seen, within %.2f mm.\n",
+          finder.Words(found).c_str(), found.edges, found.residual);
     std::string text;
     for (const double number : corners) {
         text += (text.empty() ? "" : ",") + J4Chart::NumberText(number);
     }
     if (!text.empty()) {
-        std::printf("--corners %s\n", text.c_str());
+        Print(stdout, "--corners %s\n", text.c_str());
     }
     if (!fileName.empty()) {
-        std::printf("The layout as it lies is in %s\n", fileName.c_str());
+        Print(stdout, "The layout as it lies is in %s\n", fileName.c_str());
     }
 }
 
@@ -86,7 +86,7 @@ void Run(ToolContext& context, Arguments arguments)
     }
     const auto say = [&context](const std::string& what) {
         if (!context.json) {
-            std::fprintf(stderr, "%s\n", what.c_str());
+            Print(stderr, "%s\n", what.c_str());
         }
     };
     say("connecting");
@@ -111,7 +111,7 @@ void Run(ToolContext& context, Arguments arguments)
             return;
         }
     }
-    Print(context, finder, found, Corners(layout, units), arguments.output);
+    Show(context, finder, found, Corners(layout, units), arguments.output);
 }
 
 }  // namespace

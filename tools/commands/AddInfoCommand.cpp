@@ -6,6 +6,7 @@
 #include "chart/cgats/CgatsFields.h"
 #include "tools/DateText.h"
 #include "tools/Json.h"
+#include "tools/Terminal.h"
 #include "tools/commands/Commands.h"
 
 namespace J4Tool {
@@ -94,7 +95,11 @@ void Run(ToolContext& context)
         text += label + std::string(label.size() < 30 ? 30 - label.size() : 1, ' ') + shown + "\n";
     }
     object["unit"] = units.Name();
-    std::fputs(context.json ? (JsonText(object) + "\n").c_str() : text.c_str(), stdout);
+    if (context.json) {
+        PrintJson(object);
+    } else {
+        Print(stdout, "%s", text.c_str());
+    }
 }
 
 }  // namespace

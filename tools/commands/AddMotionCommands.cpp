@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/Json.h"
+#include "tools/Terminal.h"
 #include "tools/commands/ChartArguments.h"
 
 namespace J4Tool {
@@ -14,9 +15,9 @@ void PrintPosition(ToolContext& context, Point place)
     const Units units = context.GetUnits();
     const Point shown = units.FromMillimetres(place);
     if (context.json) {
-        std::puts(JsonText({{"x", shown.x}, {"y", shown.y}, {"unit", units.Name()}}).c_str());
+        PrintJson({{"x", shown.x}, {"y", shown.y}, {"unit", units.Name()}});
     } else {
-        std::printf("x %s, y %s\n", units.Text(place.x).c_str(), units.Text(place.y).c_str());
+        Print(stdout, "x %s, y %s\n", units.Text(place.x).c_str(), units.Text(place.y).c_str());
     }
 }
 
@@ -69,10 +70,10 @@ void AddMotionCommands(CLI::App& app, ToolContext& context)
         const std::string serial = session.GetOption("J4TJ4SerialNumber");
         const std::string difference = session.TryOption("5045");
         if (context.json) {
-            std::puts(JsonText({{"instrumentSerial", serial}, {"tileDifference", JsonValue(difference)}}).c_str());
+            PrintJson({{"instrumentSerial", serial}, {"tileDifference", JsonValue(difference)}});
         } else {
-            std::printf("Instrument %s is calibrated. Colour difference on the tile: %s\n", serial.c_str(),
-                        difference.empty() ? "not checked" : difference.c_str());
+            Print(stdout, "Instrument %s is calibrated. Colour difference on the tile: %s\n", serial.c_str(),
+                  difference.empty() ? "not checked" : difference.c_str());
         }
     });
 }

@@ -2,7 +2,9 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "tools/Interrupt.h"
 #include "tools/Json.h"
+#include "tools/Terminal.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
 
@@ -17,7 +19,11 @@ struct Arguments {
 
 void PrintValue(ToolContext& context, const std::string& key, const std::string& value)
 {
-    std::puts(context.json ? JsonText({{"key", key}, {"value", value}}).c_str() : value.c_str());
+    if (context.json) {
+        PrintJson({{"key", key}, {"value", value}});
+    } else {
+        Print(stdout, "%s\n", value.c_str());
+    }
 }
 
 }  // namespace
@@ -37,6 +43,7 @@ void AddOptionCommands(CLI::App& app, ToolContext& context)
                             "Check the key; docs/options.md lists those of the table.");
         }
         PrintValue(context, arguments->key, value);
+        Interrupt::Check();
     });
 
     CLI::App* set = app.add_subcommand("set",
@@ -49,6 +56,7 @@ void AddOptionCommands(CLI::App& app, ToolContext& context)
         Session& session = context.Open();
         session.SetOption(arguments->key, arguments->value);
         PrintValue(context, arguments->key, session.TryOption(arguments->key));
+        Interrupt::Check();
     });
 }
 

@@ -10,6 +10,7 @@
 #include "tools/Question.h"
 #include "tools/TableLineSeams.h"
 #include "tools/TableRescue.h"
+#include "tools/Terminal.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
 
@@ -95,15 +96,14 @@ void Run(ToolContext& context, const Arguments& arguments)
     const std::string& serial = serials[place];
     const auto say = [&context](const std::string& text) {
         if (!context.json) {
-            std::printf("%s\n", text.c_str());
+            Print(stdout, "%s\n", text.c_str());
         }
     };
     const auto end = [&](const std::string& fault, const std::string& file) {
         if (context.json) {
-            std::puts(JsonText({{"tableSerial", serial},
-                                {"fault", fault.empty() ? Json(nullptr) : Json(fault)},
-                                {"written", file.empty() ? Json(nullptr) : Json(file)}})
-                          .c_str());
+            PrintJson({{"tableSerial", serial},
+                       {"fault", fault.empty() ? Json(nullptr) : Json(fault)},
+                       {"written", file.empty() ? Json(nullptr) : Json(file)}});
         }
     };
     TableRescue rescue(place);
@@ -131,10 +131,10 @@ void Run(ToolContext& context, const Arguments& arguments)
     if (!arguments.yes && !AskYesNo("Write it to table " + serial + "?")) {
         throw ToolError(ExitCode::NotConfirmed, "nothing was written", "Answer the question with yes, or use --yes.");
     }
-    Interrupt::Check();
     rescue.Write(block);
     say("It was written and reads back the same. Home the arm and calibrate before the next measurement.");
     end(fault, file);
+    Interrupt::Check("ended; the configuration is written");
 }
 
 }  // namespace

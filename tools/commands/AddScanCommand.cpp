@@ -22,6 +22,7 @@
 #include "tools/RowReader.h"
 #include "tools/RowSpeed.h"
 #include "tools/ScanPlan.h"
+#include "tools/Terminal.h"
 #include "tools/ToolError.h"
 #include "tools/commands/ChartArguments.h"
 
@@ -146,22 +147,20 @@ private:
                                 {"speed", entry.speed > 0 ? Json(entry.speed) : Json(nullptr)},
                                 {"seconds", std::round(entry.seconds * 10.0) / 10.0}});
             } else {
-                std::printf("row %zu, %s: %s%s, %.1f s\n", row + 1, Plural(patches, "patch").c_str(), WayWords[way],
-                            entry.speed > 0 ? (" at " + std::to_string(entry.speed) + " mm/s").c_str() : "",
-                            entry.seconds);
+                Print(stdout, "row %zu, %s: %s%s, %.1f s\n", row + 1, Plural(patches, "patch").c_str(), WayWords[way],
+                      entry.speed > 0 ? (" at " + std::to_string(entry.speed) + " mm/s").c_str() : "", entry.seconds);
             }
         }
         if (context.json) {
-            std::puts(JsonText({{"rows", rows},
-                                {"patches", layout.Patches().size()},
-                                {"seconds", std::round(plan.Seconds() * 10.0) / 10.0}})
-                          .c_str());
+            PrintJson({{"rows", rows},
+                       {"patches", layout.Patches().size()},
+                       {"seconds", std::round(plan.Seconds() * 10.0) / 10.0}});
         } else {
-            std::printf(
-                "%s in %s, about %.0f s when every row is read at the first try, and some 20 s for the tile and "
-                "the chart's place\n",
-                Plural(layout.Patches().size(), "patch").c_str(), Plural(layout.Rows().size(), "row").c_str(),
-                plan.Seconds());
+            Print(stdout,
+                  "%s in %s, about %.0f s when every row is read at the first try, and some 20 s for the tile and "
+                  "the chart's place\n",
+                  Plural(layout.Patches().size(), "patch").c_str(), Plural(layout.Rows().size(), "row").c_str(),
+                  plan.Seconds());
         }
     }
 

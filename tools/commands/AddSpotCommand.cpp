@@ -4,6 +4,7 @@
 
 #include "chart/colour/Colorimetry.h"
 #include "tools/Json.h"
+#include "tools/Terminal.h"
 #include "tools/commands/ChartArguments.h"
 
 namespace J4Tool {
@@ -21,22 +22,21 @@ void Run(ToolContext& context, Point place)
     const Colorimetry::Triple xyz = Colorimetry::TristimulusValues(spectrum);
     const Colorimetry::Triple lab = Colorimetry::LabOfTristimulus(xyz);
     if (context.json) {
-        std::puts(JsonText({{"x", place.x},
-                            {"y", place.y},
-                            {"unit", context.GetUnits().Name()},
-                            {"xyz", xyz},
-                            {"lab", lab},
-                            {"spectrum", JsonNumbers(spectrum)}})
-                      .c_str());
+        PrintJson({{"x", place.x},
+                   {"y", place.y},
+                   {"unit", context.GetUnits().Name()},
+                   {"xyz", xyz},
+                   {"lab", lab},
+                   {"spectrum", JsonNumbers(spectrum)}});
         return;
     }
-    std::printf("Lab  %8.3f %8.3f %8.3f   (D50, 2 degrees)\nXYZ  %8.3f %8.3f %8.3f\n", lab[0], lab[1], lab[2], xyz[0],
-                xyz[1], xyz[2]);
+    Print(stdout, "Lab  %8.3f %8.3f %8.3f   (D50, 2 degrees)\nXYZ  %8.3f %8.3f %8.3f\n", lab[0], lab[1], lab[2], xyz[0],
+          xyz[1], xyz[2]);
     using J4Chart::FirstWavelength;
     using J4Chart::WavelengthStep;
     for (size_t band = 0; band < spectrum.size(); ++band) {
-        std::printf("%d nm  %.5f\n", FirstWavelength + WavelengthStep * static_cast<int>(band),
-                    static_cast<double>(spectrum[band]));
+        Print(stdout, "%d nm  %.5f\n", FirstWavelength + WavelengthStep * static_cast<int>(band),
+              static_cast<double>(spectrum[band]));
     }
 }
 

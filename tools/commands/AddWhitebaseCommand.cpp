@@ -9,6 +9,7 @@
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
 #include "tools/Question.h"
+#include "tools/Terminal.h"
 #include "tools/ToolError.h"
 #include "tools/WhiteBaseFile.h"
 #include "tools/commands/Commands.h"
@@ -28,18 +29,17 @@ struct Arguments {
 void Show(ToolContext& context, const Session::Spectrum& whiteBase, const std::string& date, const std::string& backup)
 {
     if (context.json) {
-        std::puts(JsonText({{"whiteBaseDate", date},
-                            {"whiteBase", JsonNumbers(whiteBase)},
-                            {"backup", backup.empty() ? Json(nullptr) : Json(backup)}})
-                      .c_str());
+        PrintJson({{"whiteBaseDate", date},
+                   {"whiteBase", JsonNumbers(whiteBase)},
+                   {"backup", backup.empty() ? Json(nullptr) : Json(backup)}});
         return;
     }
-    std::printf("White base written %s\n", date.c_str());
+    Print(stdout, "White base written %s\n", date.c_str());
     using J4Chart::FirstWavelength;
     using J4Chart::WavelengthStep;
     for (size_t band = 0; band < whiteBase.size(); ++band) {
-        std::printf("%d nm  %.5f\n", FirstWavelength + WavelengthStep * static_cast<int>(band),
-                    static_cast<double>(whiteBase[band]));
+        Print(stdout, "%d nm  %.5f\n", FirstWavelength + WavelengthStep * static_cast<int>(band),
+              static_cast<double>(whiteBase[band]));
     }
 }
 
@@ -68,7 +68,7 @@ void Run(ToolContext& context, const Arguments& arguments)
     SaveWhiteBase(backup, present, date, serial);
     const auto say = [&context](const std::string& text) {
         if (!context.json) {
-            std::fprintf(stderr, "%s\n", text.c_str());
+            Print(stderr, "%s\n", text.c_str());
         }
     };
     say("The present white base is saved in " + backup);
@@ -79,10 +79,7 @@ void Run(ToolContext& context, const Arguments& arguments)
     session.WriteWhiteBase(next);
     Show(context, session.WhiteBase(), DateText(session.GetOption("J4TLastWhiteBaseTransferTime")), backup);
     say("Home the arm and calibrate before the next measurement.");
-    if (Interrupt::Requested()) {
-        throw ToolError(ExitCode::Interrupted, "the program was to end; the new white base is written",
-                        "The table was let go.");
-    }
+    Interrupt::Check("ended; the new white base is written");
 }
 
 }  // namespace

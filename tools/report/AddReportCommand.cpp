@@ -8,6 +8,7 @@
 #include "chart/cgats/CgatsFile.h"
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
+#include "tools/Terminal.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
 #include "tools/report/ReportPage.h"
@@ -49,18 +50,18 @@ void PrintSummary(const ReportData& data, const Arguments& arguments, bool json)
                                   {"percentile95", formula.summary.Percentile95()},
                                   {"maximum", formula.summary.Maximum()}};
         }
-        std::puts(JsonText(line).c_str());
+        PrintJson(line);
         return;
     }
     for (const ReportData::Formula& formula : data.Formulas()) {
-        std::printf("%s: mean %.2f, 95th percentile %.2f, maximum %.2f over %zu patches\n", formula.name.c_str(),
-                    formula.summary.Mean(), formula.summary.Percentile95(), formula.summary.Maximum(),
-                    formula.summary.Count());
+        Print(stdout, "%s: mean %.2f, 95th percentile %.2f, maximum %.2f over %zu patches\n", formula.name.c_str(),
+              formula.summary.Mean(), formula.summary.Percentile95(), formula.summary.Maximum(),
+              formula.summary.Count());
     }
     for (const std::string& notice : data.Notices()) {
-        std::printf("%s\n", notice.c_str());
+        Print(stdout, "%s\n", notice.c_str());
     }
-    std::printf("The report is in %s\n", arguments.output.c_str());
+    Print(stdout, "The report is in %s\n", arguments.output.c_str());
 }
 
 void Run(const Arguments& arguments, bool json)
