@@ -1,6 +1,5 @@
 // The seams of the library, with the bench behind them, and the memory of the process: each operation may fail.
 #include <cstdlib>
-#include <map>
 #include <new>
 #include <string>
 #include <type_traits>
@@ -31,15 +30,24 @@ void operator delete(void* block) noexcept
 void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
 
 // The bench's face, under the names that it is compiled with here.
-#define J4T_FOR_ALL_FUNCTIONS(DO)                                                                                    \
-    DO(J4_IsConnected)                                                                                               \
-    DO(J4_KeyPressed)                                                                                                \
-    DO(J4_GetNumberOfAvailableSamples)                                                                               \
-    DO(J4_Calibrate)                                                                                                 \
-    DO(J4_TriggerMeasurement) DO(J4_TriggerCountedScan) DO(J4_GetSpectrum) DO(J4_GetTriStimulus) DO(J4_GetDensities) \
-        DO(J4_GetDensity) DO(J4_SetSubstrate) DO(J4_SetOption) DO(J4_GetOption) DO(J4_RegisterErrorHandler)          \
-            DO(J4_RegisterDeviceMessageHandler) DO(J4_Private)
-#define J4T_DECLARE(name) extern "C" decltype(name) Bench##name;
+#define J4T_FOR_ALL_FUNCTIONS(DO)        \
+    DO(J4_IsConnected);                  \
+    DO(J4_KeyPressed);                   \
+    DO(J4_GetNumberOfAvailableSamples);  \
+    DO(J4_Calibrate);                    \
+    DO(J4_TriggerMeasurement);           \
+    DO(J4_TriggerCountedScan);           \
+    DO(J4_GetSpectrum);                  \
+    DO(J4_GetTriStimulus);               \
+    DO(J4_GetDensities);                 \
+    DO(J4_GetDensity);                   \
+    DO(J4_SetSubstrate);                 \
+    DO(J4_SetOption);                    \
+    DO(J4_GetOption);                    \
+    DO(J4_RegisterErrorHandler);         \
+    DO(J4_RegisterDeviceMessageHandler); \
+    DO(J4_Private);
+#define J4T_DECLARE(name) extern "C" decltype(name) Bench##name
 J4T_FOR_ALL_FUNCTIONS(J4T_DECLARE)
 
 namespace J4Test {
@@ -115,10 +123,11 @@ std::string LibraryLoaderImpl::GetLibraryPath() { return std::string(); }
 
 void* LibraryLoaderImpl::doResolve(std::string symbol)
 {
-    const J4Test::Within bench(false);
-#define J4T_RESOLVE(name) {#name, reinterpret_cast<void*>(J4Test::Swept<&Bench##name>::Call)},
-    static const std::map<std::string, void*> functions = {J4T_FOR_ALL_FUNCTIONS(J4T_RESOLVE)};
-    return functions.at(symbol);
+#define J4T_RESOLVE(name) \
+    if (symbol == #name)  \
+    return reinterpret_cast<void*>(J4Test::Swept<&Bench##name>::Call)
+    J4T_FOR_ALL_FUNCTIONS(J4T_RESOLVE)
+    return nullptr;
 }
 
 void LibraryLoaderImpl::UnloadLibrary() {}
