@@ -21,6 +21,14 @@ static void Expect(int good)
     }
 }
 
+/* The slot for data of each thread that the process would get next. */
+static DWORD NextSlot(void)
+{
+    const DWORD slot = TlsAlloc();
+    TlsFree(slot);
+    return slot;
+}
+
 int main(int argc, char** argv)
 {
     const HMODULE library = LoadLibraryA("j4tavla64.dll");
@@ -46,11 +54,18 @@ int main(int argc, char** argv)
         Expect(FreeLibrary(library) && GetModuleHandleA("j4tavla64.dll") == NULL);
         Expect(GetModuleHandleA("sorvane64.dll") == NULL);
         /* Who has the instrument's library open keeps it. */
-        const HMODULE again = LoadLibraryA("j4tavla64.dll");
         const HMODULE own = LoadLibraryA("sorvane64.dll");
-        isTableConnected = (void*)GetProcAddress(again, "J4_IsTableConnected");
-        Expect(own != NULL && isTableConnected() == 100);
-        Expect(FreeLibrary(again) && GetModuleHandleA("sorvane64.dll") == own);
+        Expect(own != NULL);
+        /* Exceptions are thrown in each round, and their slot is free again after it. */
+        DWORD slot = 0;
+        for (int round = 0; round < 5; ++round) {
+            const HMODULE again = LoadLibraryA("j4tavla64.dll");
+            isTableConnected = (void*)GetProcAddress(again, "J4_IsTableConnected");
+            Expect(isTableConnected() == 100);
+            Expect(FreeLibrary(again) && GetModuleHandleA("sorvane64.dll") == own);
+            Expect(round == 0 || NextSlot() == slot);
+            slot = NextSlot();
+        }
         Expect(FreeLibrary(own) && GetModuleHandleA("sorvane64.dll") == NULL);
     }
     return 0;
