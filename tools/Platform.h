@@ -16,7 +16,8 @@ std::filesystem::path ProgramFolder();
 /// File name of a shared library, for instance "libj4tavla64.so" for "j4tavla64".
 std::string LibraryFileName(const std::string& name);
 
-/// Lets the system look into a folder for what a library there needs.
+/// Lets the system look into a folder for libraries, and for what they need; never into the current one, where anybody's
+/// files may lie. Each call's folder takes the place of the one before.
 void AddLibraryFolder(const std::filesystem::path& folder);
 
 /// Where programs keep what they know from one run to the next, for this user; empty where nobody knows.

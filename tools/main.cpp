@@ -122,6 +122,7 @@ int EndParsing(const CLI::ParseError& error, const CLI::App& app, const std::vec
 
 int main(int argc, char** argv)
 {
+    Platform::AddLibraryFolder(Platform::ProgramFolder());
     Platform::PrepareConsole();
     ToolContext context;
     CLI::App app("Measures printed charts with the J4 Tavla scanning table.", "j4tavla");

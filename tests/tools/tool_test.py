@@ -456,7 +456,9 @@ class ToolTest(unittest.TestCase):
                     self.assertEqual(ended.returncode, DONE, ended.stderr)
                     self.assertIn(virtual, json.loads(ended.stdout)["libraryPath"].replace("\\", "/"))
         place("alone", os.path.basename(PROGRAM))
-        for search, complaint in (("real", "status 104"), ("bin", "only the virtual variant of the library was found")):
+        place(".", table, bench, instrument)  # in the current folder, where nobody looks
+        for search, complaint in (("real", "status 104"), ("bin", "only the virtual variant of the library was found"),
+                                  ("missing", f"Can't load library '{table}': 126")):
             ended = run("alone", "info", os.path.join(BUILD, search))
             self.assertEqual(ended.returncode, LIBRARY, ended.stderr)
             self.assertIn(complaint, ended.stderr)

@@ -34,7 +34,7 @@ std::string LibraryFileName(const std::string& name) { return "lib" + name + ".s
 
 void AddLibraryFolder(const std::filesystem::path&)
 {
-    // The libraries find one another by the search path that they carry themselves.
+    // The libraries find one another by the search path that they carry themselves; the current folder is in none.
 }
 
 void PrepareConsole()
