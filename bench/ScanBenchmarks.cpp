@@ -112,7 +112,7 @@ Figures Read(const ChartForm& form)
     const std::string name = std::filesystem::temp_directory_path() / "j4tavla_scan_benchmark.cgats";
     const J4Chart::CgatsFile file = ChartOf(form);
     std::ofstream stream(name);
-    file.Write(stream);
+    stream << file.Text();
     stream.close();
 
     J4Tool::Session session(library.Functions());

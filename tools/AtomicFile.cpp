@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <system_error>
 
 #include "Utilities/Tools/FilePath.h"
@@ -56,6 +58,18 @@ public:
         }
     }
 
+    /// What a full or failing disk kept may be less than what it took.
+    void RequireHolds(const std::string& content)
+    {
+        if (!Close()) {
+            Fail(target, LastError());
+        }
+        std::ifstream written(PathOf(name), std::ios::binary);
+        if (std::string(std::istreambuf_iterator<char>(written), {}) != content) {
+            Fail(target, std::make_error_code(std::errc::io_error));
+        }
+    }
+
     void TakePlace()
     {
         if (!Close()) {
@@ -86,6 +100,7 @@ void WriteAtomically(const std::string& fileName, const std::string& content)
 {
     TemporaryFile file(fileName);
     file.Write(content);
+    file.RequireHolds(content);
     file.TakePlace();
 }
 

@@ -5,7 +5,6 @@
 #include <map>
 #include <numbers>
 #include <numeric>
-#include <sstream>
 #include <utility>
 
 #include "chart/ChartReader.h"
@@ -97,9 +96,12 @@ std::string ChartLayout::FileText() const
     }
     J4Chart::CgatsFile file;
     file.Add(std::move(table));
-    std::ostringstream text;
-    file.Write(text);
-    return text.str();
+    try {
+        return file.Text();
+    } catch (const J4Chart::CgatsError& error) {
+        throw ToolError(ExitCode::File, std::string("the layout can't be written: ") + error.what(),
+                        "Correct the layout.");
+    }
 }
 
 std::array<size_t, 3> ChartLayout::CornerPatches() const
@@ -137,11 +139,6 @@ void ChartLayout::RequireMeasurable() const
     std::map<std::string, size_t> names;
     for (size_t i = 0; i < chart.patches.size(); ++i) {
         const std::string& name = chart.patches[i].name;
-        const auto isControl = [](unsigned char character) { return character < 0x20 || character == 0x7f; };
-        const bool bothQuotes = name.find('"') != std::string::npos && name.find('\'') != std::string::npos;
-        if (std::any_of(name.begin(), name.end(), isControl) || bothQuotes || name == "END_DATA") {
-            refuse(i, "has a name that no file can hold");
-        }
         if (const auto [other, isNew] = names.emplace(name, i); !isNew) {
             refuse(i, "has the name of the patch of line " + std::to_string(chart.patches[other->second].line));
         }

@@ -39,6 +39,9 @@ public:
     const std::vector<Row>& Rows() const { return rows; }
     const std::vector<std::string>& DeviceFields() const { return chart.deviceFields; }
 
+    /// Where the names of the fields stand in its file.
+    int FieldsLine() const { return source.fieldsLine; }
+
     /// Side of the smallest patch that can be measured: the spot that the instrument sees, and what it may lie off, mm.
     static constexpr double SmallestPatch = 5.0;
 

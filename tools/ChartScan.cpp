@@ -2,6 +2,7 @@
 
 #include "tools/ColourCheck.h"
 #include "tools/Plural.h"
+#include "tools/Question.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -112,7 +113,10 @@ void ChartScan::CheckColours()
 void ChartScan::WriteWhole()
 {
     try {
-        files.whole.Write(MeasurementFile::Text(layout, measurements, conditions, files.form));
+        const std::string text = MeasurementFile::Text(layout, measurements, conditions, files.form);
+        for (bool isWritten = false; !isWritten;) {
+            isWritten = WriteOrAsk(text);
+        }
     } catch (ToolError& error) {
         EndWithPartial("failed");
         error.advice += " All patches are measured: with --resume only the file is written.";
@@ -122,6 +126,30 @@ void ChartScan::WriteWhole()
         throw;
     }
     partial.Remove();
+}
+
+/// @return false when the person named another place, which may be a better one
+bool ChartScan::WriteOrAsk(const std::string& text)
+{
+    try {
+        files.whole.Write(text);
+        return true;
+    } catch (const ToolError& error) {
+        std::string reason = error.what();
+        for (;;) {
+            const std::string name =
+                AskText(reason + "\nName another file for the measurement, or nothing to give up:");
+            if (name.empty()) {
+                throw;
+            }
+            try {
+                files.whole = OutputFile(name, false, {});
+                return false;
+            } catch (const ToolError& refusal) {
+                reason = refusal.what();
+            }
+        }
+    }
 }
 
 void ChartScan::EndWithPartial(const char* result)

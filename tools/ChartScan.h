@@ -42,6 +42,7 @@ private:
     std::vector<size_t> ScanRows();
     void CheckColours();
     void WriteWhole();
+    bool WriteOrAsk(const std::string& text);
     void EndWithPartial(const char* result);
 
     /// What to do after a scan that was not finished.

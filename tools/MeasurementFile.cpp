@@ -109,6 +109,7 @@ CgatsTable SpectraSheet(const ChartLayout& layout, const Measurements& measureme
     for (size_t i = 0; i < measurements.size(); ++i) {
         if (measurements[i]) {
             CgatsTable::Row& row = table.rows.emplace_back();
+            row.line = layout.Patches()[i].line;
             row.values = {layout.Patches()[i].name};
             for (const float value : measurements[i]->spectrum) {
                 row.values.push_back(J4Chart::NumberText(value));
@@ -130,6 +131,7 @@ CgatsTable FullHead(const ChartLayout& layout, const MeasurementFile::Conditions
         table.SetKeyword("LAYOUT_ROTATION", Fixed(turn * 180.0 / std::numbers::pi, 4));
     }
     AddFields(table, layout);
+    table.fieldsLine = layout.FieldsLine();
     return table;
 }
 
@@ -140,7 +142,7 @@ CgatsTable FullTable(const ChartLayout& layout, const Measurements& measurements
     const std::vector<RowPlace> places = PlacesInRows(layout);
     for (size_t i = 0; i < measurements.size(); ++i) {
         if (measurements[i]) {
-            table.rows.push_back({Values(layout, i, places[i], *measurements[i]), 0});
+            table.rows.push_back({Values(layout, i, places[i], *measurements[i]), layout.Patches()[i].line});
         }
     }
     return table;
@@ -182,6 +184,18 @@ PatchReading ReadingOf(const J4Chart::Patch& patch)
     return reading;
 }
 
+/// What a layout brings along, no file may be able to hold.
+template <class Write>
+auto WriteOf(Write write)
+{
+    try {
+        return write();
+    } catch (const J4Chart::CgatsError& error) {
+        throw ToolError(ExitCode::File, std::string("the layout can't be measured into a file: ") + error.what(),
+                        "Correct the layout.");
+    }
+}
+
 [[noreturn]] void Refuse(const std::string& fileName, const std::string& reason)
 {
     throw ToolError(
@@ -196,14 +210,17 @@ std::string MeasurementFile::Text(const ChartLayout& layout, const Measurements&
 {
     J4Chart::CgatsFile file;
     file.Add(form == Form::Spectra ? SpectraSheet(layout, measurements) : FullTable(layout, measurements, conditions));
-    std::ostringstream text;
-    file.Write(text);
-    return text.str();
+    return WriteOf([&] { return file.Text(); });
+}
+
+void MeasurementFile::RequireHolds(const ChartLayout& layout)
+{
+    Text(layout, Measurements(layout.Patches().size(), PatchReading()), {}, Form::Cgats);
 }
 
 std::string MeasurementFile::HeadText(const ChartLayout& layout, const Conditions& conditions)
 {
-    return J4Chart::CgatsFile::HeadText(FullHead(layout, conditions));
+    return WriteOf([&] { return J4Chart::CgatsFile::HeadText(FullHead(layout, conditions)); });
 }
 
 std::string MeasurementFile::RowsText(const ChartLayout& layout, const std::vector<size_t>& patches,
@@ -213,7 +230,9 @@ std::string MeasurementFile::RowsText(const ChartLayout& layout, const std::vect
     std::string text;
     for (const size_t patch : patches) {
         if (measurements[patch]) {
-            text += J4Chart::CgatsFile::RowText({Values(layout, patch, places[patch], *measurements[patch]), 0});
+            const CgatsTable::Row row = {Values(layout, patch, places[patch], *measurements[patch]),
+                                         layout.Patches()[patch].line};
+            text += WriteOf([&] { return J4Chart::CgatsFile::RowText(row); });
         }
     }
     return text;

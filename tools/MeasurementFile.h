@@ -17,9 +17,13 @@ public:
 
     using Conditions = J4Chart::Chart::Conditions;
 
-    /// The whole text of the file, with the patches that are measured.
+    /// The whole text of the file, with the patches that are measured. It has been read back.
+    /// @throws ToolError for names and values of the layout that no file can hold
     static std::string Text(const ChartLayout& layout, const Measurements& measurements, const Conditions& conditions,
                             Form form);
+
+    /// @throws ToolError where Text() would, before anything is measured
+    static void RequireHolds(const ChartLayout& layout);
 
     /// The beginning of a partial file that grows with the scan, and what is added to it for patches that were measured.
     static std::string HeadText(const ChartLayout& layout, const Conditions& conditions);

@@ -54,11 +54,12 @@ OutputFile::OutputFile(const std::string& name, bool replace, const std::vector<
                             "Name another file to write.");
         }
     }
+    RequireWritable(name);
+    lock = std::make_shared<FileLock>(name);
     std::error_code error;
     if (!replace && std::filesystem::exists(PathOf(name), error)) {
         throw ToolError(ExitCode::File, "'" + name + "' exists", "Name another file, or replace it with --force.");
     }
-    RequireWritable(name);
 }
 
 void OutputFile::Write(const std::string& content) const

@@ -1,9 +1,12 @@
 // A file that a command is going to write, checked before any work is done for it: nothing is overwritten that was not
-// meant. "-" is standard output.
+// meant, and nobody else writes it meanwhile. "-" is standard output.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "tools/FileLock.h"
 
 namespace J4Tool {
 
@@ -12,7 +15,7 @@ public:
     /// @param replace  whether a file that exists may be replaced
     /// @param inputs   files that the command reads; none of them is ever written
     /// @throws ToolError when it can't or must not be written: an empty name, a folder, a link, a device, a file that
-    ///         is read or exists, no room or no right to write there
+    ///         is read or exists, one that another program writes, no room or no right to write there
     OutputFile(const std::string& name, bool replace, const std::vector<std::string>& inputs);
 
     bool IsStandardOutput() const { return name == "-"; }
@@ -29,6 +32,7 @@ public:
 
 private:
     std::string name;
+    std::shared_ptr<FileLock> lock;
 };
 
 /// @throws ToolError when something that was written to standard output did not arrive

@@ -35,4 +35,10 @@ bool AskYesNo(const std::string& question)
     return ReadLine(question + " [yes/no] ", line) && (line == "y" || line == "yes");
 }
 
+std::string AskText(const std::string& question)
+{
+    std::string line;
+    return ReadLine(question + " ", line) ? line : std::string();
+}
+
 }  // namespace J4Tool

@@ -9,4 +9,7 @@ namespace J4Tool {
 /// @throws ToolError when the program is to end meanwhile
 bool AskYesNo(const std::string& question);
 
+/// A line as an answer; empty where nobody can answer.
+std::string AskText(const std::string& question);
+
 }  // namespace J4Tool

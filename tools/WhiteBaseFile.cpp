@@ -1,6 +1,5 @@
 #include "tools/WhiteBaseFile.h"
 
-#include <sstream>
 #include <vector>
 
 #include "chart/ChartReader.h"
@@ -40,9 +39,7 @@ void SaveWhiteBase(const std::string& fileName, const Spectrum& whiteBase, const
     }
     J4Chart::CgatsFile file;
     file.Add(std::move(table));
-    std::ostringstream text;
-    file.Write(text);
-    WriteAtomically(fileName, text.str());
+    WriteAtomically(fileName, file.Text());
 }
 
 Spectrum LoadWhiteBase(const std::string& fileName)

@@ -6,7 +6,6 @@
 #include <fstream>
 #include <optional>
 #include <sstream>
-#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -51,12 +50,26 @@ bool IsStandard(const std::string& keyword)
     return std::find(StandardKeywords.begin(), StandardKeywords.end(), keyword) != StandardKeywords.end();
 }
 
+/// Words of the format itself; what is called like one stands in quotes.
+constexpr std::array<std::string_view, 8> FormatWords = {"BEGIN_DATA_FORMAT", "END_DATA_FORMAT",        "BEGIN_DATA",
+                                                         "END_DATA",          "DATA_FORMAT_IDENTIFIER", "KEYWORD",
+                                                         "NUMBER_OF_FIELDS",  "NUMBER_OF_SETS"};
+
+bool IsOfFormat(const std::string& word)
+{
+    return std::find(FormatWords.begin(), FormatWords.end(), word) != FormatWords.end();
+}
+
 bool IsCount(const std::string& keyword) { return keyword == "NUMBER_OF_FIELDS" || keyword == "NUMBER_OF_SETS"; }
 
-/// Splits a line into words. False when a quoted text has no end.
-bool SplitLine(const std::string& line, std::vector<std::string>& words)
+/// Splits a line into words.
+/// @param bare  how many stand there before the first one in quotes
+/// @return false when a quoted text has no end
+bool SplitLine(const std::string& line, std::vector<std::string>& words, size_t& bare)
 {
     words.clear();
+    bare = 0;
+    bool quoted = false;
     size_t at = 0;
     while (at < line.size()) {
         const char character = line[at];
@@ -72,10 +85,12 @@ bool SplitLine(const std::string& line, std::vector<std::string>& words)
             }
             words.push_back(line.substr(at + 1, end - at - 1));
             at = end + 1;
+            quoted = true;
         } else {
             const size_t end = std::min(line.find_first_of(" \t\r\"#", at), line.size());
             words.push_back(line.substr(at, end - at));
             at = end;
+            bare += quoted ? 0 : 1;
         }
     }
     return true;
@@ -105,7 +120,7 @@ public:
             if (number == 1 && line.starts_with(byteOrderMark)) {
                 line.erase(0, byteOrderMark.size());
             }
-            if (!SplitLine(line, words)) {
+            if (!SplitLine(line, words, bare)) {
                 throw CgatsError(number, "a quoted text has no end");
             }
             if (!words.empty()) {
@@ -147,17 +162,19 @@ private:
     void TakeHead()
     {
         const std::string& first = words.front();
-        if (first == "BEGIN_DATA_FORMAT") {
+        const auto isMark = [&](const char* mark) { return bare > 0 && first == mark; };
+        if (isMark("BEGIN_DATA_FORMAT")) {
             if (section != Section::Head) {
                 throw CgatsError(number, "a second BEGIN_DATA_FORMAT");
             }
             section = Section::Format;
-        } else if (first == "BEGIN_DATA") {
+            table.fieldsLine = number + 1;
+        } else if (isMark("BEGIN_DATA")) {
             if (section == Section::Head) {
                 throw CgatsError(number, "BEGIN_DATA before the data format");
             }
             section = Section::Data;
-        } else if (first == "KEYWORD") {
+        } else if (isMark("KEYWORD")) {
             // Announces a keyword of the file's own; all keywords are taken, announced or not.
         } else if (!begun && words.size() == 1) {
             table.kind = first;
@@ -181,7 +198,7 @@ private:
 
     void TakeData()
     {
-        if (words.front() == "END_DATA") {
+        if (bare > 0 && words.front() == "END_DATA") {
             CheckPromise("NUMBER_OF_SETS", table.rows.size());
             std::erase_if(table.keywords, [](const CgatsTable::Keyword& keyword) { return IsCount(keyword.name); });
             tables.push_back(std::exchange(table, {}));
@@ -219,20 +236,33 @@ private:
     bool begun = false;  ///< something of the present table has been read
     int number = 0;
     std::vector<std::string> words;
+    size_t bare = 0;
 };
 
-std::string Quoted(const std::string& text)
+/// A text for people to read, with a character that can't be shown as "?".
+std::string Shown(std::string text)
+{
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char character) { return std::iscntrl(character) != 0; }, '?');
+    return text;
+}
+
+/// @param line  where it came from
+std::string Quoted(const std::string& text, int line)
 {
     const bool hasDouble = text.find('"') != std::string::npos;
-    if (text.find_first_of("\r\n") != std::string::npos || (hasDouble && text.find('\'') != std::string::npos)) {
-        throw std::invalid_argument("the text '" + text + "' can't be written into a CGATS file");
+    if (text.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos) {
+        throw CgatsError(line, "no file can hold the text '" + Shown(text) + "': it has more than one line");
+    }
+    if (hasDouble && text.find('\'') != std::string::npos) {
+        throw CgatsError(line, "no file can hold the text '" + Shown(text) + "': it has quotes of both kinds");
     }
     const char quote = hasDouble ? '\'' : '"';
     return quote + text + quote;
 }
 
 /// A value as it stands in a row: numbers and plain names bare, everything else in quotes.
-std::string ValueText(const std::string& text)
+std::string ValueText(const std::string& text, int line)
 {
     double number = 0.0;
     const auto plain = [](unsigned char character) {
@@ -240,31 +270,64 @@ std::string ValueText(const std::string& text)
     };
     const bool isName = !text.empty() && std::all_of(text.begin(), text.end(), plain) &&
                         std::isdigit(static_cast<unsigned char>(text.front())) == 0;
-    return isName || ParseNumber(text, number) ? text : Quoted(text);
+    return (isName && !IsOfFormat(text)) || ParseNumber(text, number) ? text : Quoted(text, line);
+}
+
+/// The name of a field or a keyword, which stands without quotes.
+std::string NameText(const std::string& name, const char* what, int line)
+{
+    constexpr size_t longest = 127;  // Little CMS takes no more
+    const auto fits = [](unsigned char character) {
+        return character > 0x20 && character < 0x7f &&
+               std::string_view("\"'#").find(static_cast<char>(character)) == std::string_view::npos;
+    };
+    if (name.empty() || name.size() > longest || IsOfFormat(name) || !std::all_of(name.begin(), name.end(), fits)) {
+        throw CgatsError(line, std::string("no ") + what + " can be called '" + Shown(name) + "'");
+    }
+    return name;
 }
 
 /// @param sets  how many rows will follow; nothing where that is not known yet
 void WriteHead(const CgatsTable& table, std::optional<size_t> sets, std::ostream& output)
 {
-    output << (table.kind.empty() ? "CGATS.17" : table.kind) << "\n";
+    output << (table.kind.empty() ? "CGATS.17" : NameText(table.kind, "kind of table", 0)) << "\n";
     for (const CgatsTable::Keyword& keyword : table.keywords) {
         if (IsCount(keyword.name)) {
             continue;
         }
-        if (!IsStandard(keyword.name)) {
-            output << "KEYWORD \"" << keyword.name << "\"\n";
+        const std::string name = NameText(keyword.name, "keyword", keyword.line);
+        if (!IsStandard(name)) {
+            output << "KEYWORD \"" << name << "\"\n";
         }
-        output << keyword.name << " " << Quoted(keyword.value) << "\n";
+        output << name << " " << Quoted(keyword.value, keyword.line) << "\n";
     }
     output << "NUMBER_OF_FIELDS " << table.fields.size() << "\nBEGIN_DATA_FORMAT\n";
     for (size_t i = 0; i < table.fields.size(); ++i) {
-        output << (i > 0 ? "\t" : "") << table.fields[i];
+        output << (i > 0 ? "\t" : "") << NameText(table.fields[i], "field", table.fieldsLine);
     }
     output << "\nEND_DATA_FORMAT\n";
     if (sets) {
         output << "NUMBER_OF_SETS " << *sets << "\n";
     }
     output << "BEGIN_DATA\n";
+}
+
+/// @param back  what was read of what had been written
+void RequireSame(const CgatsTable& table, const CgatsTable& back)
+{
+    if (back.fields != table.fields || back.rows.size() != table.rows.size()) {
+        throw CgatsError(table.fieldsLine, "the table reads back as another one");
+    }
+    for (size_t i = 0; i < table.rows.size(); ++i) {
+        if (back.rows[i].values != table.rows[i].values) {
+            throw CgatsError(table.rows[i].line, "the data set reads back as another one");
+        }
+    }
+    for (const CgatsTable::Keyword& keyword : table.keywords) {
+        if (!IsCount(keyword.name) && back.ValueOf(keyword.name) != table.ValueOf(keyword.name)) {
+            throw CgatsError(keyword.line, "the keyword " + keyword.name + " reads back as another one");
+        }
+    }
 }
 
 }  // namespace
@@ -296,13 +359,14 @@ std::string CgatsFile::RowText(const CgatsTable::Row& row)
 {
     std::string text;
     for (const std::string& value : row.values) {
-        text += (text.empty() ? "" : "\t") + ValueText(value);
+        text += (text.empty() ? "" : "\t") + ValueText(value, row.line);
     }
     return text + "\n";
 }
 
-void CgatsFile::Write(std::ostream& output) const
+std::string CgatsFile::Text() const
 {
+    std::ostringstream output;
     for (size_t i = 0; i < tables.size(); ++i) {
         output << (i > 0 ? "\n" : "");
         WriteHead(tables[i], tables[i].rows.size(), output);
@@ -311,6 +375,12 @@ void CgatsFile::Write(std::ostream& output) const
         }
         output << "END_DATA\n";
     }
+    std::istringstream written(output.str());
+    const CgatsFile back = Read(written);
+    for (size_t i = 0; i < tables.size(); ++i) {
+        RequireSame(tables[i], back.tables.at(i));
+    }
+    return output.str();
 }
 
 }  // namespace J4Chart

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <istream>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -21,17 +20,17 @@ public:
     static CgatsFile Read(std::istream& input);
     static CgatsFile Read(const std::string& fileName);
 
-    /// Writes all tables in the form that the common readers take: counts first, keywords that are not of the
-    /// standard announced by KEYWORD, values in quotes, tabs between the values of a row.
-    /// @throws std::invalid_argument for a text that no quotes can hold
-    void Write(std::ostream& output) const;
+    /// All tables in the form that the common readers take: counts first, keywords that are not of the standard
+    /// announced by KEYWORD, values in quotes, tabs between the values of a row. It has been read back, and is the same.
+    /// @throws CgatsError for a text that no file can hold, with the line it came from
+    std::string Text() const;
 
     /// A table up to BEGIN_DATA, without the number of sets, for a file that grows row by row.
-    /// @throws std::invalid_argument as Write()
+    /// @throws CgatsError as Text()
     static std::string HeadText(const CgatsTable& table);
 
     /// One row as it stands in a file, with the end of its line.
-    /// @throws std::invalid_argument as Write()
+    /// @throws CgatsError as Text()
     static std::string RowText(const CgatsTable::Row& row);
 
     const std::vector<CgatsTable>& Tables() const { return tables; }

@@ -22,6 +22,7 @@ struct CgatsTable {
     std::string kind;  ///< first line of the table, for instance "CGATS.17"; empty where the file has none
     std::vector<Keyword> keywords;
     std::vector<std::string> fields;
+    int fieldsLine = 0;  ///< where the fields begin in the file they were read from
     std::vector<Row> rows;
 
     /// A keyword of the head, the last one where it stands there several times; nullptr where there is none.

@@ -1,9 +1,11 @@
 #include "chart/cgats/CgatsFile.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <stdexcept>
+#include <tuple>
+#include <vector>
 
 #include "chart/cgats/CgatsFields.h"
 #include "tests/support/ChartText.h"
@@ -23,9 +25,7 @@ std::string Written(const CgatsTable& table)
 {
     CgatsFile file;
     file.Add(table);
-    std::ostringstream text;
-    file.Write(text);
-    return text.str();
+    return file.Text();
 }
 
 const std::string plain =
@@ -65,9 +65,7 @@ TEST(CgatsFile, TablesFollowOneAnother)
     EXPECT_EQ(file.Tables()[1].ValueOf("MY_OWN"), "");
     EXPECT_EQ(file.Tables()[1].rows.size(), 2u);
     EXPECT_EQ(file.Tables()[2].kind, "");
-    std::ostringstream text;
-    file.Write(text);
-    EXPECT_EQ(Parsed(text.str()).Tables().size(), 3u);
+    EXPECT_EQ(Parsed(file.Text()).Tables().size(), 3u);
 }
 
 TEST(CgatsFile, BrokenFilesNameLineAndReason)
@@ -99,9 +97,21 @@ TEST(CgatsFile, BrokenFilesNameLineAndReason)
 TEST(CgatsFile, WrittenTextsReadBack)
 {
     const std::pair<const char*, const char*> cases[] = {
-        {"A1", "A1"},         {"1A", "\"1A\""},   {"0.5", "0.5"},     {"-3", "-3"},
-        {"", "\"\""},         {"a b", "\"a b\""}, {"a#b", "\"a#b\""}, {"12\"", "'12\"'"},
-        {"it's", "\"it's\""}, {"-x", "\"-x\""},   {"nan", "nan"},     {"Grün", "\"Grün\""},
+        {"A1", "A1"},
+        {"1A", "\"1A\""},
+        {"0.5", "0.5"},
+        {"-3", "-3"},
+        {"", "\"\""},
+        {"a b", "\"a b\""},
+        {"a#b", "\"a#b\""},
+        {"12\"", "'12\"'"},
+        {"it's", "\"it's\""},
+        {"-x", "\"-x\""},
+        {"nan", "nan"},
+        {"Grün", "\"Grün\""},
+        {"a\tb", "\"a\tb\""},
+        {"END_DATA", "\"END_DATA\""},
+        {"KEYWORD", "\"KEYWORD\""},
     };
     CgatsTable table;
     table.fields = {"NAME"};
@@ -111,9 +121,23 @@ TEST(CgatsFile, WrittenTextsReadBack)
         EXPECT_NE(file.find("BEGIN_DATA\n" + std::string(written) + "\nEND_DATA"), std::string::npos) << file;
         EXPECT_EQ(Parsed(file).Tables().front().rows.front().values.front(), text);
     }
-    for (const char* impossible : {"both \" and '", "two\nlines"}) {
-        table.SetKeyword("DESCRIPTOR", impossible);
-        EXPECT_THROW(Written(table), std::invalid_argument);
+    using Row = CgatsTable::Row;
+    using Keyword = CgatsTable::Keyword;
+    for (const auto& [keyword, field, row, reason] : std::vector<std::tuple<Keyword, const char*, Row, const char*>>{
+             {{"OK", "both \" and '", 3},
+              "F",
+              {},
+              "line 3: no file can hold the text 'both \" and '': it has quotes of"},
+             {{"OK", "a"}, "F", {{"two\nlines"}, 9}, "line 9: no file can hold the text 'two?lines': it has more than"},
+             {{"OK", "a"}, "F", {{std::string("\0", 1)}, 9}, "line 9: no file can hold the text '?'"},
+             {{"A B", "a", 4}, "F", {}, "line 4: no keyword can be called 'A B'"},
+             {{"OK", "a"}, "CMYK_\x1b[1m", {}, "line 7: no field can be called 'CMYK_?[1m'"},
+             {{"OK", "a"}, "END_DATA_FORMAT", {}, "line 7: no field can be called"}}) {
+        table.keywords = {keyword};
+        table.fields = {field};
+        table.fieldsLine = 7;
+        table.rows = {row};
+        EXPECT_THAT([&] { Written(table); }, testing::ThrowsMessage<CgatsError>(testing::StartsWith(reason)));
     }
 }
 

@@ -48,13 +48,17 @@ ChartLayout TrickyLayout()
 {
     return LayoutOf(CgatsText("SAMPLE_ID SAMPLE_NAME X Y WIDTH HEIGHT CMYK_C CMYK_M CMYK_Y CMYK_K",
                               "1 \"deep red # 1\" 200 200 10 8 0 100 100 12.5\n2 1A 212 200 10 8 1 2 3 4\n"
-                              "3 '6\"' 224 200 10 8 0 0 0 0\n4 -x 236 200 10 8 0 0 0 100\n"));
+                              "3 '6\"' 224 200 10 8 0 0 0 0\n4 -x 236 200 10 8 0 0 0 100\n"
+                              "5 \"a\tb\" 248 200 10 8 0 0 0 0\n6 'END_DATA' 260 200 10 8 0 0 0 0\n"
+                              "7 'it is' 272 200 10 8 0 0 0 \"END_DATA\"\n8 Grün 284 200 10 8 0 0 0 0\n"));
 }
 
-Measurements FourSpectra()
+const char* const Names[] = {"deep red # 1", "1A", "6\"", "-x", "a\tb", "END_DATA", "it is", "Grün"};
+
+Measurements SomeSpectra()
 {
-    Measurements measurements(4, PatchReading());
-    for (size_t i = 0; i < 4; ++i) {
+    Measurements measurements(std::size(Names), PatchReading());
+    for (size_t i = 0; i < measurements.size(); ++i) {
         for (size_t band = 0; band < J4Chart::SpectrumLength; ++band) {
             measurements[i]->spectrum[band] = 1.0f / static_cast<float>(2 + i + band);
         }
@@ -64,22 +68,21 @@ Measurements FourSpectra()
 
 std::string Written(MeasurementFile::Form form)
 {
-    return MeasurementFile::Text(TrickyLayout(), FourSpectra(), Conditions, form);
+    return MeasurementFile::Text(TrickyLayout(), SomeSpectra(), Conditions, form);
 }
 
 TEST(Interchange, LittleCmsReadsWhatTheToolWrites)
 {
-    const Measurements measurements = FourSpectra();
+    const Measurements measurements = SomeSpectra();
     const It8 it8 = LoadIt8(Written(MeasurementFile::Form::Cgats));
     ASSERT_TRUE(it8);
     EXPECT_STREQ(cmsIT8GetSheetType(it8.get()), "CGATS.17");
     EXPECT_STREQ(cmsIT8GetProperty(it8.get(), "INSTRUMENT_SERIAL"), "240118");
     EXPECT_STREQ(cmsIT8GetProperty(it8.get(), "DESCRIPTOR"), "A \"quoted\" chart");
-    EXPECT_EQ(cmsIT8GetPropertyDbl(it8.get(), "NUMBER_OF_SETS"), 4.0);
-    const char* names[] = {"deep red # 1", "1A", "6\"", "-x"};
-    for (size_t i = 0; i < 4; ++i) {
+    EXPECT_EQ(cmsIT8GetPropertyDbl(it8.get(), "NUMBER_OF_SETS"), 8.0);
+    for (size_t i = 0; i < std::size(Names); ++i) {
         const std::string id = std::to_string(i + 1);
-        EXPECT_STREQ(cmsIT8GetData(it8.get(), id.c_str(), "SAMPLE_NAME"), names[i]);
+        EXPECT_STREQ(cmsIT8GetData(it8.get(), id.c_str(), "SAMPLE_NAME"), Names[i]);
         const Colorimetry::Triple lab = Colorimetry::Lab(measurements[i]->spectrum);
         EXPECT_NEAR(cmsIT8GetDataDbl(it8.get(), id.c_str(), "LAB_A"), lab[1], 0.00006);
         for (size_t band = 0; band < measurements[i]->spectrum.size(); ++band) {
@@ -94,9 +97,10 @@ TEST(Interchange, TheToolReadsWhatLittleCmsWrites)
 {
     const It8 it8 = LoadIt8(Written(MeasurementFile::Form::Cgats));
     ASSERT_TRUE(it8);
-    // It writes a double quote in a text so that nobody can read it, itself neither.
+    // It writes a double quote or a tab in a text so that nobody can read it, itself neither.
     cmsIT8SetPropertyStr(it8.get(), "DESCRIPTOR", "A plain chart");
     cmsIT8SetData(it8.get(), "3", "SAMPLE_NAME", "6'");
+    cmsIT8SetData(it8.get(), "5", "SAMPLE_NAME", "a b");
     ASSERT_EQ(cmsIT8SetTable(it8.get(), 1), 1);  // a second table behind it
     cmsIT8SetSheetType(it8.get(), "CTI3");
     cmsIT8SetPropertyDbl(it8.get(), "NUMBER_OF_FIELDS", 2);
@@ -109,10 +113,11 @@ TEST(Interchange, TheToolReadsWhatLittleCmsWrites)
     const J4Chart::CgatsFile file = FileOf(SaveIt8(it8));
     ASSERT_EQ(file.Tables().size(), 2u);
     const ChartLayout read = ChartLayout::Read(file, {}, false);
-    ASSERT_EQ(read.Patches().size(), 4u);
+    ASSERT_EQ(read.Patches().size(), std::size(Names));
     EXPECT_EQ(read.Patches()[0].name, "deep red # 1");
     EXPECT_EQ(read.Patches()[2].name, "6'");
-    EXPECT_NEAR((*read.Patches()[3].Colour())[0], Colorimetry::Lab(FourSpectra()[3]->spectrum)[0], 0.001);
+    EXPECT_EQ(read.Patches()[5].name, "END_DATA");
+    EXPECT_NEAR((*read.Patches()[3].Colour())[0], Colorimetry::Lab(SomeSpectra()[3]->spectrum)[0], 0.001);
     EXPECT_EQ(file.Tables()[1].kind, "CTI3");
     EXPECT_EQ(file.Tables()[1].rows.front().values.back(), "95.5");
 }
@@ -120,14 +125,14 @@ TEST(Interchange, TheToolReadsWhatLittleCmsWrites)
 TEST(Interchange, ColordReadsTheSheetOfSpectra)
 {
     const ChartLayout layout = TrickyLayout();
-    const Measurements measurements = FourSpectra();
+    const Measurements measurements = SomeSpectra();
     const std::string text = Written(MeasurementFile::Form::Spectra);
     const ColordFile it8(cd_it8_new());
     GError* failure = nullptr;
     ASSERT_TRUE(cd_it8_load_from_data(it8.get(), text.data(), text.size(), &failure)) << failure->message;
     EXPECT_EQ(cd_it8_get_kind(it8.get()), CD_IT8_KIND_SPECT);
     GPtrArray* const spectra = cd_it8_get_spectrum_array(it8.get());
-    ASSERT_EQ(spectra->len, 4u);
+    ASSERT_EQ(spectra->len, std::size(Names));
     for (guint i = 0; i < spectra->len; ++i) {
         auto* const spectrum = static_cast<CdSpectrum*>(g_ptr_array_index(spectra, i));
         EXPECT_EQ(cd_spectrum_get_id(spectrum), layout.Patches()[i].name);

@@ -2,7 +2,7 @@
 """The tool on the virtual table, from its arguments to files and exit codes, and in the hands of a person: Ctrl-C,
 questions and the progress bar at a terminal.
 
-usage: tool_test.py PROGRAM FOLDER [--sanitized] [TEST...]
+usage: tool_test.py PROGRAM FOLDER [--sanitized] [[--without] TEST...]
 """
 import cmath
 import json
@@ -107,7 +107,8 @@ def at_terminal(arguments, answers=()):
             break
         shown += part
         if answers and shown.rstrip().endswith(answers[0][0].encode()):
-            os.write(terminal, answers.pop(0)[1].encode())
+            answer = answers.pop(0)[1]
+            os.write(terminal, (answer() if callable(answer) else answer).encode())
     os.close(terminal)
     return os.waitstatus_to_exitcode(os.waitpid(process, 0)[1]), shown.decode()
 
@@ -169,6 +170,8 @@ class ToolTest(unittest.TestCase):
                                     ("over", "8 8\nPATCH_GAP -2 0", "a b c d e"), ("far", "200 8", "a b c d e")):
             write(f"{name}.cgats", "CGATS.17\n" + place + size + "\nBEGIN_DATA_FORMAT\nSAMPLE_ID\nEND_DATA_FORMAT\n"
                   "BEGIN_DATA\n" + patches.replace(" ", "\n") + "\nEND_DATA\n")
+        write("field.cgats", content_of("far.cgats").replace("SAMPLE_ID", 'SAMPLE_ID "CMYK_C x"').replace("200 8", "8 8")
+              .replace("\na\nb\nc\nd\ne\n", "\na 1\nb 1\nc 1\nd 1\ne 1\n"))
         os.mkdir("folder")
         before = sorted(os.listdir())
         scan = "--virtual scan chart.cgats -o m.cgats "
@@ -200,6 +203,7 @@ class ToolTest(unittest.TestCase):
                 (layout + "small.cgats", FILE, "patch a is 4 mm long or wide"),
                 (layout + "twice.cgats", FILE, "line 13: patch a has the name of the patch of line 9"),
                 (layout + "over.cgats", FILE, "line 11: patch b overlaps patch a"),
+                (layout + "field.cgats", FILE, "line 6: no field can be called 'CMYK_C x'"),
                 (scan + "--patch inf,5", USAGE, "'inf' is no number"),
                 ("--virtual move nan 0", USAGE, "'nan' is no number"),
                 ("--virtual scan chart.cgats -o old.cgats", FILE, "--force"),
@@ -527,6 +531,34 @@ class TerminalTest(unittest.TestCase):
             self.assertEqual(subprocess.run([PROGRAM, "--virtual", "info"], stdout=full, stderr=subprocess.DEVNULL,
                                             check=False).returncode, FILE)
 
+    def test_a_measurement_goes_to_another_place_when_the_first_is_gone(self):
+        os.mkdir("gone")
+        write("there.cgats", "old")
+
+        def remove():
+            shutil.rmtree("gone")
+            return ""
+
+        ask = "Name another file for the measurement, or nothing to give up:"
+        code, shown = at_terminal(
+            "scan --virtual chart.cgats -o gone/m.cgats --option Simulator.TimeScale=0.1",
+            [("looking where the chart lies", remove), (ask, "there.cgats\n"), (ask, "elsewhere.cgats\n")])
+        self.assertEqual(code, DONE, shown)
+        self.assertIn("'there.cgats' exists", shown)
+        self.assert_measured("elsewhere.cgats", "chart.cgats")
+
+    def test_one_program_at_a_time_writes_a_file(self):
+        import fcntl
+        write("m.cgats.lock", "")  # of one that was killed
+        for output, lock in (("m.cgats", "m.cgats.lock"), ("-", "chart.cgats.partial.lock")):
+            with open(lock, "w", encoding="utf-8") as other:
+                fcntl.flock(other, fcntl.LOCK_EX)
+                run = tool("--virtual scan chart.cgats --restart -o " + output)
+                self.assertEqual(run.returncode, FILE, run.stderr)
+                self.assertIn("' is being written by another program", run.stderr)
+            self.assertEqual(tool("--virtual scan chart.cgats -o " + output).returncode, DONE)
+        self.assertEqual(sorted(os.listdir()), ["chart.cgats", "m.cgats"])
+
     def test_progress_at_a_terminal(self):
         code, shown = at_terminal("scan --virtual chart.cgats -o m.cgats")
         self.assertEqual(code, DONE, shown)
@@ -605,4 +637,10 @@ class TerminalTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1] + [argument for argument in sys.argv[3:] if argument != "--sanitized"])
+    wanted = [argument for argument in sys.argv[3:] if not argument.startswith("--")]
+    if "--without" in sys.argv:
+        for name in wanted:
+            case, test = name.split(".")
+            delattr(globals()[case], test)
+        wanted = []
+    unittest.main(argv=sys.argv[:1] + wanted)

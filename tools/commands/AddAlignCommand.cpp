@@ -84,6 +84,9 @@ void Run(ToolContext& context, Arguments arguments)
         throw ToolError(ExitCode::Usage, "the layout does not tell how large its patches are",
                         "Give --patch, and --gap where there is paper between them.");
     }
+    if (output) {
+        layout.FileText();  // what can't be written is told before the arm moves
+    }
     const auto say = [&context](const std::string& what) {
         if (!context.json) {
             Print(stderr, "%s\n", what.c_str());

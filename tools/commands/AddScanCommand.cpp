@@ -66,7 +66,9 @@ public:
           partialName(PartialName(arguments)),
           layout(arguments.chart.Load(units)),
           progress(arguments.output == "-" ? stderr : stdout, ProgressForm())
-    {}
+    {
+        MeasurementFile::RequireHolds(layout);
+    }
 
     void Run()
     {
@@ -74,10 +76,14 @@ public:
             ShowPlan();
             return;
         }
-        CheckPartialFile();
         const ChartScan::Files files{
             OutputFile(arguments.output, arguments.force, {arguments.chart.layout, context.chartFile}), arguments.form,
             partialName};
+        std::optional<FileLock> lock;
+        if (files.whole.IsStandardOutput()) {
+            lock.emplace(partialName);
+        }
+        CheckPartialFile();
         RequireWritable(partialName);
         progress.Step("connecting");
         session = &context.Open();
@@ -213,21 +219,20 @@ private:
     }
 
     /// Without what can't stand in a keyword's value.
-    std::string LayoutName() const
+    static std::string ValueText(std::string text)
     {
-        std::string name = NameOf(PathOf(arguments.chart.layout).filename());
         std::replace_if(
-            name.begin(), name.end(),
+            text.begin(), text.end(),
             [](char character) { return character == '"' || static_cast<unsigned char>(character) < 0x20; }, '_');
-        return name;
+        return text;
     }
 
     MeasurementFile::Conditions Conditions()
     {
-        const auto option = [this](const char* key) { return session->GetOption(key); };
+        const auto option = [this](const char* key) { return ValueText(session->GetOption(key)); };
         return {
             {"ORIGINATOR", "j4tavla, " + option("J4TVersion")},
-            {"DESCRIPTOR", "Measured chart " + LayoutName()},
+            {"DESCRIPTOR", "Measured chart " + ValueText(NameOf(PathOf(arguments.chart.layout).filename()))},
             {"CREATED", DateText(std::time(nullptr))},
             {"INSTRUMENTATION", "J4 Tavla scanning table with its spectrophotometer"},
             {"WEIGHTING_FUNCTION", "ILLUMINANT,D50;OBSERVER,2 degree"},
