@@ -4,7 +4,6 @@ set(j4_core_sources
     Generic/Configuration/Properties.cpp
     Generic/Configuration/Property.cpp
     Generic/Utilities/EndianConversion.cpp
-    c_sdk/src/CallGuard.cpp
     c_sdk/src/ContextJ4T.cpp
     c_sdk/src/Sandbox.cpp
     c_sdk/src/Validator.cpp
@@ -28,6 +27,9 @@ set(j4_core_sources
     src/j4TableProperties.cpp
     src/j4TableSDK.cpp
     src/j4TableScanHandle.cpp)
+if(J4T_CHECK_THREADS)
+    list(APPEND j4_core_sources c_sdk/src/CallGuard.cpp)
+endif()
 # Which places the arm reaches; the tool asks that too, before it moves anything.
 add_library(j4_arm_geometry STATIC src/Communication/j4TableArmGeometry.cpp)
 target_link_libraries(j4_arm_geometry PUBLIC j4_foundation)

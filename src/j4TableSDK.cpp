@@ -154,27 +154,21 @@ void j4TableSDK::MessageFromDevice(int32_t message, const char* text)
     }
 }
 
-void j4TableSDK::ReportError(const char* name, const SDKError& error)
-{
-    try {
-        lastError = error;
-    } catch (const std::bad_alloc&) {
-        ReportOutOfMemory(name);
-        return;
-    }
-    CallErrorHandler(name, error.code, error.what());
-}
-
-void j4TableSDK::ReportOutOfMemory(const char* name)
-{
-    lastError.SetOutOfMemory();
-    CallErrorHandler(name, SDKError::OutOfMemoryCode, SDKError::outOfMemoryText);
-}
-
-void j4TableSDK::CallErrorHandler(const char* name, int32_t status, const char* message)
+void j4TableSDK::ReportError(const char* name, const SDKError* error)
 try {
+    if (error != nullptr) {
+        try {
+            lastError = *error;
+        } catch (const std::bad_alloc&) {
+            error = nullptr;
+        }
+    }
+    if (error == nullptr) {
+        lastError.SetOutOfMemory();
+    }
     if (errorHandler != nullptr) {
-        errorHandler(name, status, message);
+        errorHandler(name, error != nullptr ? error->code : SDKError::OutOfMemoryCode,
+                     error != nullptr ? error->what() : SDKError::outOfMemoryText);
     }
 } catch (const J4SDK::Exception&) {
     // The application's own error with a status: its business, unchanged.

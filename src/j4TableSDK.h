@@ -33,9 +33,8 @@ public:
 
     /// Stores the outcome of an exported call and tells the application's handler of it. Nothing is thrown but what
     /// the handler throws.
-    void ReportError(const char* name, const SDKError& error);
-    /// The same where memory is missing to make the error; needs none.
-    void ReportOutOfMemory(const char* name);
+    /// @param error  null where memory is missing to make it: that is then what is reported, without any
+    void ReportError(const char* name, const SDKError* error);
 
     /// Throws an SDKError with the status and the texts of the instrument's library, unless it is 0.
     void ThrowOnStatus(int32_t status);
@@ -79,8 +78,6 @@ private:
     Position ConvertToTablePositionUnit(const Position& position);
     Position ConvertToUserPositionUnit(const Position& position);
     int32_t UserUnit();
-
-    void CallErrorHandler(const char* name, int32_t status, const char* message);
 
     friend void ProcessDeviceMessage(int32_t message, const char* text);
     void MessageFromDevice(int32_t message, const char* text);

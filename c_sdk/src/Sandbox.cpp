@@ -35,11 +35,7 @@ bool Report(const char* name, Build build)
     } catch (const std::bad_alloc&) {
         return false;
     }
-    if (error) {
-        sdk->ReportError(name, *error);
-    } else {
-        sdk->ReportOutOfMemory(name);
-    }
+    sdk->ReportError(name, error ? &*error : nullptr);
     return true;
 }
 
