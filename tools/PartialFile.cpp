@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <numeric>
 #include <system_error>
 #include <utility>
 
@@ -28,11 +29,14 @@ void PartialFile::Close()
     }
 }
 
-/// Puts the head and the rows that wait into a new file, which takes the place of an older one whole.
-std::string PartialFile::Begin()
+/// Puts the head and all rows so far into a new file, which takes the place of an older one whole.
+std::string PartialFile::Begin(const Measurements& measurements)
 {
+    std::vector<size_t> all(measurements.size());
+    std::iota(all.begin(), all.end(), size_t{0});
     try {
-        const std::string text = MeasurementFile::HeadText(layout, conditions) + unwritten;
+        const std::string text =
+            MeasurementFile::HeadText(layout, conditions) + MeasurementFile::RowsText(layout, all, measurements);
         WriteAtomically(name, text);
         size = static_cast<long long>(text.size());
     } catch (const ToolError& error) {
@@ -52,7 +56,7 @@ std::string PartialFile::Add(const std::vector<size_t>& patches, const Measureme
 {
     unwritten += MeasurementFile::RowsText(layout, patches, measurements);
     if (file == nullptr) {
-        return Begin();
+        return Begin(measurements);
     }
     errno = 0;
     if (std::fwrite(unwritten.data(), 1, unwritten.size(), file) == unwritten.size() && Platform::WriteThrough(file)) {

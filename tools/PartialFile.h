@@ -31,7 +31,7 @@ public:
     const std::string& Name() const { return name; }
 
 private:
-    std::string Begin();
+    std::string Begin(const Measurements& measurements);
     void Close();
 
     std::string name;

@@ -473,11 +473,11 @@ class TerminalTest(unittest.TestCase):
     setUp = ToolTest.setUp
     assert_measured = ToolTest.assert_measured
 
-    def scan_until_row(self, end, row):
+    def scan_until_row(self, end, row, *more):
         """A scan slow enough to be ended behind a row; "pipe" ends it by nobody listening any longer.
         @return exit code and the rest of the output"""
         with subprocess.Popen([PROGRAM] + ("scan --virtual chart.cgats -o m.cgats --json --trust-place --option "
-                                           "Simulator.TimeScale=0.1").split(),
+                                           "Simulator.TimeScale=0.1").split() + list(more),
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True) as scan:
             for line in scan.stdout:
                 if f'"event":"row","rowsDone":{row}' in line:
@@ -499,6 +499,9 @@ class TerminalTest(unittest.TestCase):
                 if end == signal.SIGKILL:
                     self.assertEqual(code, -signal.SIGKILL)
                     # The machine may go down within a write, too.
+                    write("m.cgats.partial", content_of("m.cgats.partial") + "41\tR5")
+                    row += 1
+                    self.scan_until_row(end, row, "--resume")
                     write("m.cgats.partial", content_of("m.cgats.partial") + "41\tR5")
                 else:
                     self.assertEqual(code, INTERRUPTED)
