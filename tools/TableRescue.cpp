@@ -20,22 +20,30 @@ constexpr uint16_t MostTables = 127;
 
 /// Runs steps of the line protocol; their failures become the tool's.
 template <class Steps>
-auto OnLine(const char* what, const Steps& steps)
+auto OnLine(const std::string& what, const Steps& steps)
 {
-    const auto fail = [what](ExitCode code, const std::exception& error, const char* advice) {
-        throw ToolError(code, std::string(what) + " failed: " + error.what(), advice);
-    };
     try {
         return steps();
     } catch (const ToolError&) {
         throw;
     } catch (const CommunicationException& error) {
-        fail(ExitCode::NotConnected, error,
-             "Check the table's power and USB cable, and that no other program uses it; then rescue it again.");
+        throw ToolError(
+            ExitCode::NotConnected, what + " failed: " + error.what(),
+            "Check the table's power and USB cable, and that no other program uses it; then rescue it again.");
     } catch (const std::exception& error) {
-        fail(ExitCode::Device, error, "Switch the table off and on, and rescue it again.");
+        throw ToolError(ExitCode::Device, what + " failed: " + error.what(),
+                        "Switch the table off and on, and rescue it again.");
     }
-    throw ToolError(ExitCode::Unexpected, what);  // never reached
+}
+
+/// Empty for a table that does not tell it.
+std::string SerialOf(SerialUSB& line)
+{
+    try {
+        return line.SerialNumber();
+    } catch (const CommunicationException&) {
+        return {};
+    }
 }
 
 }  // namespace
@@ -54,7 +62,7 @@ std::vector<std::string> TableRescue::Tables()
                 }
                 break;
             }
-            serials.push_back(line.SerialNumber());
+            serials.push_back(SerialOf(line));
         }
         return serials;
     });

@@ -13,7 +13,7 @@ namespace J4Tool {
 
 class TableRescue {
 public:
-    /// Serial numbers of all tables that are plugged in, in the order of their places.
+    /// Serial numbers of all tables that are plugged in, in the order of their places; empty where one does not tell it.
     /// @throws ToolError when there is none
     static std::vector<std::string> Tables();
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 #include "simulator/table/ConfigurationBlock.h"
@@ -140,9 +141,17 @@ bool TableFlash::Save() const
     if (keptIn.empty()) {
         return true;
     }
-    std::ofstream stream(keptIn, std::ios::binary);
+    // Whole or not at all, whenever the program ends.
+    std::filesystem::path next = keptIn;
+    next += ".new";
+    std::ofstream stream(next, std::ios::binary);
     stream.write(reinterpret_cast<const char*>(memory.data()), static_cast<std::streamsize>(memory.size()));
-    return static_cast<bool>(stream.flush());
+    stream.close();
+    std::error_code error;
+    if (stream) {
+        std::filesystem::rename(next, keptIn, error);
+    }
+    return stream && !error;
 }
 
 TableFlash::Status TableFlash::WriteRam(uint32_t ramAddress, std::span<const uint8_t> data)

@@ -114,6 +114,10 @@ void Run(ToolContext& context, const Arguments& arguments)
         return;
     }
     say("Table " + serial + " has no valid configuration: " + fault);
+    if (serial.empty() && arguments.file.empty()) {
+        throw ToolError(ExitCode::Usage, "the table does not tell its serial number, by which its copy is kept",
+                        "Name the file: j4tavla rescue FILE.");
+    }
     const std::string file = arguments.file.empty() ? SavedBlocks(context.isVirtual).FileOf(serial) : arguments.file;
     Block block;
     try {
