@@ -127,6 +127,7 @@ bool TableFlash::KeepIn(const std::filesystem::path& file)
             return false;
         }
         memory = std::move(kept);
+        stream.close();  // it is about to be replaced
     }
     const std::filesystem::path before = std::exchange(keptIn, file);
     if (!Save()) {
