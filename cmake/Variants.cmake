@@ -19,7 +19,6 @@ if(WIN32)
     set_target_properties(j4tavla64_real PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real
         ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real)
-    target_link_options(j4tavla64_real PRIVATE -Wl,--dynamicbase,--high-entropy-va,--nxcompat)
     add_custom_command(TARGET j4tavla64_real POST_BUILD
         COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:j4tavla64_real> $<TARGET_FILE:j4tavla64_real>.debug
         COMMAND ${CMAKE_OBJCOPY} --strip-all --add-gnu-debuglink=$<TARGET_FILE:j4tavla64_real>.debug
