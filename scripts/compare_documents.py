@@ -19,7 +19,7 @@ SOURCE_FOLDERS = ["src", "c_sdk/src", "usbio", "Utilities", "Generic/Configurati
 
 # Literals that no user ever sees: names for the linker, date formats, parts of the compiler's own texts.
 NOT_SHOWN = re.compile(r"J4_\w+|SetupDi\w+|setupapi\.dll|operator|\[abi:| \[with |j4TavlaCorrection|%[-%:/HMSYmd]+"
-                       r"|\\\\\.\\USBIO_Device%d|0123456789(abcdef)?|\\src\\")
+                       r"|\\\\\.\\USBIO_Device%d|0123456789(abcdef)?|\\src\\|TlsAlloc|kernel32\.dll")
 
 # What docs/options.md says of a direction in which a key is not this library's.
 INSTRUMENT = "goes to the instrument's library"
