@@ -1,16 +1,18 @@
 #!/bin/sh
-# Installs what is missing of the Debian packages that building for this machine (build), or building for all and testing
-# (check), needs.
-# usage: install.sh build|check
+# Installs what is missing of the Debian packages that building for this machine (build), building for all and testing (check),
+# or looking for faults with arbitrary input (fuzz), needs.
+# usage: install.sh build|check|fuzz
 set -eu
 
 build="g++ cmake ninja-build colord-data pkg-config libusb-1.0-0-dev help2man libcli11-dev nlohmann-json3-dev libeigen3-dev"
+fuzz="$build googletest clang libclang-rt-14-dev"
 check="$build g++-mingw-w64-x86-64-posix llvm-14 clang-format file dpkg-dev googletest liblcms2-dev libcolord-dev libbenchmark-dev wine wine64 umockdev libumockdev-dev doxygen python3 mono-mcs chromium"
 
 case "${1-}" in
 build) wanted=$build ;;
 check) wanted=$check ;;
-*) echo "usage: $0 build|check" >&2; exit 2 ;;
+fuzz) wanted=$fuzz ;;
+*) echo "usage: $0 build|check|fuzz" >&2; exit 2 ;;
 esac
 
 missing=

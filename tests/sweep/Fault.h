@@ -16,6 +16,8 @@ struct Way {
     std::function<void()> action = {};  ///< of USB and library: before the operation; may throw
     int32_t status = 0;                 ///< of a function of the instrument's library
     const char* text = "";              ///< of its J4_GetOption
+    std::function<bool()> chance = {};  ///< decides at each operation instead, whether it fails
+    std::function<void(unsigned char*, unsigned long&)> received = {};  ///< may change what USB received
 };
 
 struct Fault {
@@ -41,7 +43,7 @@ struct Fault {
             return false;
         }
         ++count;
-        const bool strikes = count == at || (way->lasting && count > at);
+        const bool strikes = way->chance ? way->chance() : count == at || (way->lasting && count > at);
         hasStruck = hasStruck || strikes;
         return strikes;
     }

@@ -95,6 +95,9 @@ public:
     void Read(short pipe, void* buffer, unsigned long* length) override
     {
         UsbOperation(), VirtualUsb::Read(pipe, buffer, length);
+        if (Fault::way != nullptr && Fault::way->received) {
+            Fault::way->received(static_cast<unsigned char*>(buffer), *length);
+        }
     }
     void Write(short pipe, const void* data, unsigned long length) override
     {

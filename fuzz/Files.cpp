@@ -1,0 +1,105 @@
+// Files: what is accepted has values within their ranges, can be shown, and reads back the same.
+#include <algorithm>
+#include <cmath>
+#include <sstream>
+
+#include "Utilities/Exceptions/Exceptions.h"
+#include "chart/ChartReader.h"
+#include "fuzz/Targets.h"
+#include "src/Flash/j4TableFlashData.h"
+#include "tools/ChartLayout.h"
+#include "tools/MeasurementFile.h"
+#include "tools/ToolError.h"
+#include "tools/report/ReportPage.h"
+
+namespace J4Fuzz {
+
+using J4Chart::CgatsError;
+using J4Chart::CgatsFile;
+
+namespace {
+
+CgatsFile FileOf(const uint8_t* data, size_t size)
+{
+    std::istringstream input(std::string(reinterpret_cast<const char*>(data), size));
+    return CgatsFile::Read(input);
+}
+
+void RequireTame(const J4Chart::Chart& chart)
+{
+    for (const J4Chart::Patch& patch : chart.patches) {
+        if (const auto colour = patch.Colour()) {
+            Require(std::all_of(colour->begin(), colour->end(), [](double value) { return std::abs(value) < 1e5; }),
+                    "colours are those of colours");
+        }
+    }
+    for (const J4Chart::Place& place : chart.places) {
+        Require(std::isfinite(place.centre.x + place.centre.y + place.Width() + place.Height()), "places are finite");
+    }
+}
+
+}  // namespace
+
+void ChartFile(const uint8_t* data, size_t size)
+try {
+    const CgatsFile file = FileOf(data, size);
+    try {
+        file.Text();
+    } catch (const CgatsError& error) {
+        Require(std::string(error.what()).find("reads back") == std::string::npos, error.what());
+    }
+    J4Chart::ChartReader::Wanted bed;
+    bed.names = false;
+    bed.colours = true;
+    try {
+        RequireTame(J4Chart::ChartReader::Read(file, bed));
+    } catch (const CgatsError&) {
+        // It may be a layout all the same.
+    }
+    const J4Tool::ChartLayout layout = J4Tool::ChartLayout::Read(file, {}, false);
+    J4Tool::MeasurementFile::RequireHolds(layout);
+    layout.RequireMeasurable();
+    J4Tool::Measurements measured(layout.Patches().size(), J4Tool::PatchReading());
+    std::istringstream text(J4Tool::MeasurementFile::Text(layout, measured, {}, J4Tool::MeasurementFile::Form::Cgats));
+    const J4Tool::ChartLayout back = J4Tool::ChartLayout::Read(CgatsFile::Read(text), {}, false);
+    Require(back.Patches().size() == layout.Patches().size(), "a measured file is its own layout");
+    for (size_t i = 0; i < back.Patches().size(); ++i) {
+        Require(back.Patches()[i].name == layout.Patches()[i].name, "names read back the same");
+        Require(back.Patches()[i].device == layout.Patches()[i].device, "device values read back the same");
+    }
+} catch (const CgatsError&) {
+} catch (const J4Tool::ToolError&) {}
+
+void Report(const uint8_t* data, size_t size)
+try {
+    const auto source = J4Tool::ReportData::Source::Read("fuzz.cgats", FileOf(data, size));
+    RequireTame(source.chart);
+    const J4Tool::ReportData report(source, &source);
+    for (const auto& formula : report.Formulas()) {
+        Require(formula.summary.Count() == 0 || formula.summary.Maximum() < 1e-6,
+                "a chart does not differ from itself");
+    }
+    Require(J4Tool::MakeReportPage(report).size() < 20'000'000 + 100'000 * size, "a page is no larger than its data");
+} catch (const CgatsError&) {
+} catch (const J4Tool::ToolError&) {}
+
+void Block(const uint8_t* data, size_t size)
+try {
+    using Kestrelon::DeviceDriver::J4T::j4TableFlashData;
+    constexpr int values = j4TableFlashData::FormatValuesOnly;
+    j4TableFlashData block(std::vector<uint8_t>(data, data + size));
+    block.UpdateChecksum();
+    std::vector<uint8_t> image = block.Dump(values);
+    Require(image.size() <= 8192 + sizeof(uint32_t), "a block has its largest size");
+    // With the size that it has now it is one as the table keeps it.
+    for (size_t i = 0; i < sizeof(uint32_t); ++i) {
+        image[i] = static_cast<uint8_t>(image.size() >> (8 * i));
+    }
+    j4TableFlashData whole(image);
+    whole.UpdateChecksum();
+    const j4TableFlashData back(whole.Dump(values));
+    back.CheckChecksum();
+    Require(back.Dump(values) == whole.Dump(values), "a block reads back the same");
+} catch (const Kestrelon::Utilities::Exceptions::TraceableException&) {}
+
+}  // namespace J4Fuzz
