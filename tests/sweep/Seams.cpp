@@ -1,6 +1,4 @@
-// The seams of the library, with the bench behind them, and the memory of the process: each operation may fail.
-#include <cstdlib>
-#include <new>
+// The seams of the library, with the bench behind them: each operation may fail.
 #include <string>
 #include <type_traits>
 
@@ -9,25 +7,6 @@
 #include "simulator/faces/VirtualUsb.h"
 #include "src/SerialUSB/UsbFactory.h"
 #include "tests/sweep/Fault.h"
-
-void* operator new(std::size_t size)
-{
-    void* block =
-        J4Test::Fault::inLibrary && J4Test::Fault::Strikes(J4Test::Seam::Memory) ? nullptr : std::malloc(size + 1);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    ++J4Test::Fault::blocks;
-    return block;
-}
-
-void operator delete(void* block) noexcept
-{
-    J4Test::Fault::blocks -= block != nullptr ? 1 : 0;
-    std::free(block);
-}
-
-void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
 
 // The bench's face, under the names that it is compiled with here.
 #define J4T_FOR_ALL_FUNCTIONS(DO)        \
