@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 
 #include "Utilities/Tools/FilePath.h"
@@ -64,8 +63,7 @@ public:
         if (!Close()) {
             Fail(target, LastError());
         }
-        std::ifstream written(PathOf(name), std::ios::binary);
-        if (std::string(std::istreambuf_iterator<char>(written), {}) != content) {
+        if (ContentOf(name) != content) {
             Fail(target, std::make_error_code(std::errc::io_error));
         }
     }
@@ -102,6 +100,20 @@ void WriteAtomically(const std::string& fileName, const std::string& content)
     file.Write(content);
     file.RequireHolds(content);
     file.TakePlace();
+}
+
+std::optional<std::string> ContentOf(const std::string& fileName)
+{
+    std::ifstream input(PathOf(fileName), std::ios::binary);
+    if (!input) {
+        return std::nullopt;
+    }
+    std::string content;
+    char part[65536];
+    while (input.read(part, sizeof part), input.gcount() > 0) {
+        content.append(part, static_cast<size_t>(input.gcount()));
+    }
+    return input.bad() ? std::nullopt : std::optional(content);
 }
 
 void RequireWritable(const std::string& fileName) { const TemporaryFile file(fileName); }

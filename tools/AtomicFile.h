@@ -2,12 +2,16 @@
 // then renamed.
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace J4Tool {
 
 /// @throws ToolError; the file is as it was then
 void WriteAtomically(const std::string& fileName, const std::string& content);
+
+/// The whole content of a file; nothing where it can't be opened or read to its end.
+std::optional<std::string> ContentOf(const std::string& fileName);
 
 /// Tries whether the file could be written, before a long work is done for it.
 /// @throws ToolError

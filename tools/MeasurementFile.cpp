@@ -2,16 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <numbers>
 #include <sstream>
 
-#include "Utilities/Tools/FilePath.h"
 #include "chart/ChartReader.h"
 #include "chart/cgats/CgatsFields.h"
 #include "chart/cgats/CgatsFile.h"
 #include "chart/colour/Colorimetry.h"
+#include "tools/AtomicFile.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -151,11 +149,11 @@ CgatsTable FullTable(const ChartLayout& layout, const Measurements& measurements
 /// The text of a partial file. Where the scan had no time to end it, the last line may be cut, and the end is missing.
 std::string WholeText(const std::string& fileName)
 {
-    std::ifstream input(Kestrelon::Utilities::Tools::PathOf(fileName), std::ios::binary);
-    if (!input) {
-        throw J4Chart::CgatsError(0, "the file can't be opened");
+    const std::optional<std::string> content = ContentOf(fileName);
+    if (!content) {
+        throw J4Chart::CgatsError(0, "the file can't be read");
     }
-    std::string text{std::istreambuf_iterator<char>(input), {}};
+    std::string text = *content;
     constexpr std::string_view begin = "\nBEGIN_DATA\n";
     constexpr std::string_view end = "END_DATA\n";
     const size_t data = text.find(begin);

@@ -36,9 +36,11 @@ std::string FileText(const std::string& serial)
 
 bool Read(const std::string& fileName, Block& block)
 {
-    std::ifstream file(PathOf(fileName), std::ios::binary);
-    block.assign(std::istreambuf_iterator<char>(file), {});
-    return file && !file.bad();
+    const std::optional<std::string> content = ContentOf(fileName);
+    if (content) {
+        block.assign(content->begin(), content->end());
+    }
+    return content.has_value();
 }
 
 }  // namespace
