@@ -2,8 +2,7 @@
 
 #include <cctype>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <optional>
 #include <system_error>
 
 #include "Utilities/Tools/FilePath.h"
