@@ -14,7 +14,9 @@
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "c_sdk/include/j4tavla.h"
 #include "simulator/world/Bench.h"
+#include "src/Flash/j4TableFlashDataHandle.h"
 #include "tests/sweep/Fault.h"
+#include "tools/TableRescue.h"
 
 namespace J4Test {
 namespace {
@@ -178,8 +180,19 @@ void StartOver()
     std::fill(std::begin(values), std::end(values), 0.875f);
 }
 
-/// A table whose configuration block was lost while it was written; no reset brings that back.
+/// A table whose configuration block was lost while it was written; no reset brings that back, but a rescue.
 bool IsBlockLost() { return told.text.find("onfig") != std::string::npos || told.text == "Checksum error in flash."; }
+
+J4Tool::Block wholeBlock;
+
+/// The configuration block as the table has it, read on its line.
+J4Tool::Block ReadBlock()
+{
+    using namespace Kestrelon::DeviceDriver::J4T;
+    const Kestrelon::Utilities::Tools::SmartPointer<Communication::j4TableComManager> manager(
+        new Communication::j4TableComManager(0));
+    return j4TableFlashDataHandle(manager).GetCachedFlashData().Dump(j4TableFlashData::FormatValuesOnly);
+}
 
 class Sweep {
 public:
@@ -195,8 +208,8 @@ public:
         if (Fault::blocks - blocksBefore > 100) {
             Find(std::to_string(Fault::blocks - blocksBefore) + " blocks of memory are left", "end");
         }
-        std::printf("%-21s %6ld sessions, %ld findings, %ld lost the configuration block; statuses:", way.name,
-                    sessions, findings, blocksLost);
+        std::printf("%-21s %6ld sessions, %ld findings, %ld configuration blocks lost and brought back; statuses:",
+                    way.name, sessions, findings, blocksLost);
         for (const auto& [status, count] : statuses) {
             std::printf(" %d: %ld", status, count);
         }
@@ -265,11 +278,28 @@ private:
         BenchFaults() = J4Bench::Faults();
         // An arm that was left moving would report its end into whatever is asked next.
         Bench().Clock().Advance(20'000'000);
+        std::string failing = FirstToFail();
+        if (!failing.empty() && IsBlockLost()) {
+            ++blocksLost;
+            Run(reset);  // the tool has the line alone
+            try {
+                J4Tool::TableRescue(0).Write(wholeBlock);
+                failing = FirstToFail();
+            } catch (const std::exception& error) {
+                Find(error.what(), "the rescue");
+            }
+        }
+        if (!failing.empty()) {
+            Find("the next session fails", failing);
+        }
+    }
+
+    /// Step of the next session; empty when it works.
+    static std::string FirstToFail()
+    {
         const auto failing =
             std::find_if(nextSession.begin(), nextSession.end(), [](const Step& step) { return Run(step) != 0; });
-        if (failing != nextSession.end()) {
-            IsBlockLost() ? void(++blocksLost) : Find("the next session fails", failing->name);
-        }
+        return failing == nextSession.end() ? std::string() : failing->name;
     }
 
     const Way& way;
@@ -285,6 +315,9 @@ private:
 long LearnAnswers()
 {
     long findings = 0;
+    StartOver();
+    Run(reset);
+    wholeBlock = ReadBlock();
     StartOver();
     for (Step& step : steps) {
         if (const J4_Result result = Run(step); result != step.good) {
