@@ -1,7 +1,10 @@
-// The tool's own way to the tables' lines, below the library: to those of the system, or to those of a bench.
+// The tool's own way to the tables' lines, below the library: to those of the system, or to those of a bench, which
+// defines it.
 #pragma once
 
-#include "simulator/ground/UsbLines.h"
+namespace J4Bench {
+class UsbLines;
+}
 
 namespace J4Tool::TableLineSeams {
 

@@ -38,8 +38,7 @@ void UseBench(ToolContext& context)
         }
     }
     context.Open();
-    const auto lines =
-        reinterpret_cast<decltype(&J4Bench::J4Bench_Lines)>(context.GetLibrary().BenchFunction("J4Bench_Lines"));
+    const auto lines = reinterpret_cast<J4Bench::UsbLines* (*)()>(context.GetLibrary().BenchFunction("J4Bench_Lines"));
     if (lines == nullptr) {
         throw ToolError(ExitCode::Library, "the virtual table is of another version than the tool",
                         "Install tool and library of the same version.");

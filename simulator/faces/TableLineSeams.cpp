@@ -5,6 +5,7 @@
 
 #include "Utilities/Tools/Clock.h"
 #include "simulator/faces/VirtualUsb.h"
+#include "simulator/ground/UsbLines.h"
 #include "src/SerialUSB/SystemUsb.h"
 #include "src/SerialUSB/UsbFactory.h"
 
