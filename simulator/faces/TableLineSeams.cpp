@@ -1,4 +1,4 @@
-#include "tools/TableLineSeams.h"
+#include "src/SerialUSB/TableLineSeams.h"
 
 #include <chrono>
 #include <thread>
@@ -15,9 +15,9 @@ J4Bench::UsbLines* bench = nullptr;
 
 }  // namespace
 
-void J4Tool::TableLineSeams::UseBench(J4Bench::UsbLines& lines) { bench = &lines; }
-
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
+
+void UseBench(J4Bench::UsbLines& lines) { bench = &lines; }
 
 Utilities::Tools::SmartPointer<Usb> CreateUsb(uint32_t vendorId, uint32_t productId)
 {

@@ -4,11 +4,11 @@
 #include <nlohmann/json.hpp>
 
 #include "src/Flash/j4TableFlashData.h"
+#include "src/SerialUSB/TableLineSeams.h"
 #include "tools/DateText.h"
 #include "tools/Interrupt.h"
 #include "tools/Json.h"
 #include "tools/Question.h"
-#include "tools/TableLineSeams.h"
 #include "tools/TableRescue.h"
 #include "tools/Terminal.h"
 #include "tools/ToolError.h"
@@ -43,7 +43,7 @@ void UseBench(ToolContext& context)
         throw ToolError(ExitCode::Library, "the virtual table is of another version than the tool",
                         "Install tool and library of the same version.");
     }
-    TableLineSeams::UseBench(*lines());
+    Kestrelon::DeviceDriver::J4T::LowLevel::UseBench(*lines());
 }
 
 size_t PlaceOf(const std::string& wanted, const std::vector<std::string>& serials)

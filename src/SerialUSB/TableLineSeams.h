@@ -1,0 +1,15 @@
+// Seams for a program that chooses at run time between the system's USB devices and those of a bench, which it finds
+// then. They take the place of those that are chosen when a variant of the library is linked.
+#pragma once
+
+namespace J4Bench {
+class UsbLines;
+}
+
+namespace Kestrelon::DeviceDriver::J4T::LowLevel {
+
+/// From here on the tables are those of a bench, and time is the bench's.
+/// @param lines  must last
+void UseBench(J4Bench::UsbLines& lines);
+
+}  // namespace Kestrelon::DeviceDriver::J4T::LowLevel
