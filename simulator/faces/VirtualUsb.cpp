@@ -52,6 +52,9 @@ J4T_TRACE_FRAME
 
 void VirtualUsb::Open(unsigned short index)
 try {
+    if (const std::string refusal = lines.Refusal(); !refusal.empty()) {
+        throw CommunicationException(refusal);
+    }
     std::string serial;
     const std::shared_ptr<UsbLine> found = lines.LineAt(index, serial);
     if (isOpen || found == nullptr || found->Probe() != UsbLine::Status::Done) {

@@ -40,6 +40,9 @@ class UsbLines {
 public:
     virtual ~UsbLines() = default;
 
+    /// Why the bench is not to be worked with, empty when it is.
+    virtual std::string Refusal() = 0;
+
     /// How many tables are plugged in.
     virtual size_t LineCount() = 0;
 

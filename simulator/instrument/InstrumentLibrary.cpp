@@ -47,6 +47,7 @@ InstrumentLibrary::InstrumentLibrary(const Surroundings& surroundings)
       optics(surroundings.optics),
       rack(surroundings.rack),
       benchOptions(surroundings.benchOptions),
+      refusal(surroundings.refusal),
       settings(rack, options)
 {
     AddOptions();
@@ -73,7 +74,7 @@ void InstrumentLibrary::AddOptions()
 int32_t InstrumentLibrary::IsConnected()
 {
     DeliverDeviceMessage();
-    return Finish("J4_IsConnected", rack.Ready());
+    return Finish("J4_IsConnected", Ready());
 }
 
 int32_t InstrumentLibrary::KeyPressed()
@@ -95,7 +96,7 @@ int32_t InstrumentLibrary::GetNumberOfAvailableSamples()
 int32_t InstrumentLibrary::Calibrate()
 {
     DeliverDeviceMessage();
-    Outcome outcome = rack.Ready();
+    Outcome outcome = Ready();
     if (!outcome.Failed()) {
         outcome = rack.Selected()->Calibrate(optics, clock);
     }
@@ -105,7 +106,7 @@ int32_t InstrumentLibrary::Calibrate()
 int32_t InstrumentLibrary::TriggerMeasurement()
 {
     DeliverDeviceMessage();
-    Outcome outcome = rack.Ready();
+    Outcome outcome = Ready();
     if (!outcome.Failed()) {
         samples.Clear();
         Spectrum result{};
@@ -121,7 +122,7 @@ int32_t InstrumentLibrary::TriggerCountedScan(uint32_t count)
 {
     DeliverDeviceMessage();
     constexpr uint32_t most = SampleStore::MaximumSamples;
-    Outcome outcome = rack.Ready();
+    Outcome outcome = Ready();
     if (!outcome.Failed() && (count == 0 || count > most)) {
         outcome = Refuse(std::to_string(count), "a number of samples from 1 to " + std::to_string(most));
     }
@@ -185,7 +186,7 @@ const char* InstrumentLibrary::GetOption(const char* key)
     if (key == nullptr) {
         return answer.c_str();
     }
-    const Option* const option = Find(key);
+    const Option* const option = TableOf(key).Find(key);
     if (option != nullptr && option->get) {
         answer = option->get();
     }
@@ -243,34 +244,24 @@ void InstrumentLibrary::DeliverDeviceMessage()
     }
 }
 
-const Option* InstrumentLibrary::Find(const std::string& key) const
+const OptionTable& InstrumentLibrary::TableOf(const std::string& key) const
 {
-    return (IsBenchKey(key) ? benchOptions : options).Find(key);
+    return IsBenchKey(key) ? benchOptions : options;
 }
+
+Outcome InstrumentLibrary::Ready() { return refusal.Failed() ? refusal : rack.Ready(); }
 
 Outcome InstrumentLibrary::Write(const char* key, const char* value)
 {
     if (key == nullptr || value == nullptr) {
         return {Status::InvalidValue, "An option needs a key and a value."};
     }
-    const std::string name = key;
-    const Option* const option = Find(name);
-    if (option == nullptr) {
-        return {Status::UnknownOption, "There is no option '" + name + "'."};
-    }
-    if (!option->set) {
-        return {Status::UnknownOption, "The option '" + name + "' can only be read."};
-    }
-    Outcome outcome = option->set(value);
-    if (outcome.Failed()) {
-        outcome.text = name + ": " + outcome.text;
-    }
-    return outcome;
+    return refusal.Failed() ? refusal : TableOf(key).Set(key, value);
 }
 
 Outcome InstrumentLibrary::Correct(int active, const char* name, const float* vector)
 {
-    if (Outcome outcome = rack.Ready(); outcome.Failed()) {
+    if (Outcome outcome = Ready(); outcome.Failed()) {
         return outcome;
     }
     std::optional<Spectrum> correction;

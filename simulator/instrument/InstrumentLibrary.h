@@ -31,6 +31,7 @@ public:
         Optics& optics;
         InstrumentRack& rack;
         const OptionTable& benchOptions;  ///< those whose keys begin with BenchPrefix
+        const Outcome& refusal;           ///< failed: no instrument works, and no option can be set, because of this
     };
 
     static constexpr const char* BenchPrefix = "Simulator.";
@@ -78,7 +79,9 @@ private:
     void AddOptions();
     /// Tells the device message handler of an instrument that has gone.
     void DeliverDeviceMessage();
-    const Option* Find(const std::string& key) const;
+    const OptionTable& TableOf(const std::string& key) const;
+    /// Whether the selected instrument can work.
+    Outcome Ready();
     Outcome Write(const char* key, const char* value);
     Outcome Correct(int active, const char* name, const float* vector);
     std::string ExtendedError() const;
@@ -100,6 +103,7 @@ private:
     Optics& optics;
     InstrumentRack& rack;
     const OptionTable& benchOptions;
+    const Outcome& refusal;
     OptionTable options;
     InstrumentOptions settings;
     SampleStore samples;

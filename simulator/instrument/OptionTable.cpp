@@ -40,6 +40,22 @@ const Option* OptionTable::Find(const std::string& key) const
     return nullptr;
 }
 
+Outcome OptionTable::Set(const std::string& key, const std::string& value) const
+{
+    const Option* const option = Find(key);
+    if (option == nullptr) {
+        return {Status::UnknownOption, "There is no option '" + key + "'."};
+    }
+    if (!option->set) {
+        return {Status::UnknownOption, "The option '" + key + "' can only be read."};
+    }
+    Outcome outcome = option->set(value);
+    if (outcome.Failed()) {
+        outcome.text = key + ": " + outcome.text;
+    }
+    return outcome;
+}
+
 std::string OptionTable::Help() const
 {
     std::string text;

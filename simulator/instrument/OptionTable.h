@@ -29,6 +29,9 @@ public:
     /// The option of this key, nullptr when there is none. Keys are case sensitive.
     const Option* Find(const std::string& key) const;
 
+    /// Sets the option of this key. The text of a failure names it.
+    Outcome Set(const std::string& key, const std::string& value) const;
+
     /// One line "key: meaning" for each option.
     std::string Help() const;
 

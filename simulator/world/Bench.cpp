@@ -1,5 +1,9 @@
 #include "simulator/world/Bench.h"
 
+#include <utility>
+
+#include "Utilities/Tools/Environment.h"
+
 namespace J4Bench {
 
 namespace {
@@ -11,7 +15,11 @@ constexpr size_t DefaultInstruments = 2;
 
 Bench& Bench::Instance()
 {
-    static Bench* const bench = new Bench;
+    static Bench* const bench = [] {
+        auto made = std::make_unique<Bench>();
+        made->Configure(OptionsVariable, Kestrelon::Utilities::Tools::EnvironmentText(OptionsVariable));
+        return made.release();
+    }();
     return *bench;
 }
 
@@ -21,7 +29,7 @@ Bench::Bench()
     : instruments(DefaultInstruments),
       optics(*this, faults, chart, noise),
       options(*this),
-      library({clock, journal, faults, optics, instruments, options.Table()})
+      library({clock, journal, faults, optics, instruments, options.Table(), refusal})
 {
     SetUpTables();
 }
@@ -48,6 +56,14 @@ std::shared_ptr<UsbLine> Bench::LineAt(size_t index, std::string& serialNumber)
     }
     serialNumber = table->UsbSerial();
     return {table, &table->GetBridge()};
+}
+
+void Bench::Configure(const std::string& source, const std::string& settings)
+{
+    Outcome outcome = options.SetAll(settings);
+    if (outcome.Failed()) {
+        refusal = {outcome.status, source + ": " + outcome.text};
+    }
 }
 
 bool Bench::SetTableCount(size_t count)

@@ -28,8 +28,11 @@ class J4BENCH_API Bench final : private Seats, public UsbLines {
 public:
     static constexpr size_t MaximumTables = 127;
 
-    /// The bench of the process. It is made at the first call and never destroyed: libraries above still
-    /// talk to it while the process ends.
+    /// The environment variable with the options that the bench of the process begins with.
+    static constexpr const char* OptionsVariable = "J4TAVLA_OPTIONS";
+
+    /// The bench of the process. It is made at the first call, with the options of the environment, and never
+    /// destroyed: libraries above still talk to it while the process ends.
     static Bench& Instance();
 
     /// A world at power-on: one table, and two instruments, of which the second sits in the table, so that a
@@ -58,6 +61,13 @@ public:
     /// Connects further instruments or takes the last ones away, also out of a table.
     void SetInstrumentCount(size_t count);
 
+    /// Sets options out of a text "KEY=VALUE;KEY=VALUE...", in which ";;" stands for one ";" of a value. With the first
+    /// that is refused nothing works any more, so that nobody takes what follows for the wanted: table and instruments
+    /// fail with its text, also after Reset.
+    /// @param source  where the options come from; the text of a failure begins with it
+    void Configure(const std::string& source, const std::string& settings);
+
+    std::string Refusal() override { return refusal.text; }
     size_t LineCount() override { return faults.tableUnplugged ? 0 : tables.size(); }
     std::shared_ptr<UsbLine> LineAt(size_t index, std::string& serialNumber) override;
     uint32_t Milliseconds() override { return static_cast<uint32_t>(clock.Now() / 1000); }
@@ -90,6 +100,7 @@ private:
     std::vector<std::shared_ptr<TableUnit>> tables;
     InstrumentRack instruments;
     Optics optics;
+    Outcome refusal;  ///< of the options that the bench was configured with
     SimulatorOptions options;
     InstrumentLibrary library;
 };

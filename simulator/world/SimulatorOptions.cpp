@@ -25,6 +25,29 @@ constexpr double LargestShift = 1000.0;  // mm
 constexpr double LargestTurn = 360.0;    // degrees
 constexpr double TenthsPerMillimetre = 10.0;
 
+/// The pieces between single separators; a double one is one character of a piece. Empty pieces are left out.
+std::vector<std::string> Pieces(const std::string& text, char separator)
+{
+    std::vector<std::string> pieces;
+    std::string piece;
+    const auto end = [&] {
+        if (!piece.empty()) {
+            pieces.push_back(std::exchange(piece, {}));
+        }
+    };
+    for (size_t i = 0; i < text.size(); ++i) {
+        const bool isDouble = text[i] == separator && i + 1 < text.size() && text[i + 1] == separator;
+        if (text[i] == separator && !isDouble) {
+            end();
+        } else {
+            piece += text[i];
+            i += isDouble ? 1 : 0;
+        }
+    }
+    end();
+    return pieces;
+}
+
 }  // namespace
 
 SimulatorOptions::SimulatorOptions(Bench& bench) : bench(bench)
@@ -139,6 +162,20 @@ void SimulatorOptions::AddFaults()
                [this] { return bench.Instruments().UnpluggedSerials(); }});
     table.AddSwitch("Simulator.ErrorHandlerCalls", "the library also calls the registered error handler",
                     faults.errorHandlerCalls);
+}
+
+Outcome SimulatorOptions::SetAll(const std::string& settings)
+{
+    for (const std::string& setting : Pieces(settings, ';')) {
+        const size_t equals = setting.find('=');
+        if (equals == std::string::npos) {
+            return Refuse(setting, "of the form KEY=VALUE");
+        }
+        if (Outcome outcome = table.Set(setting.substr(0, equals), setting.substr(equals + 1)); outcome.Failed()) {
+            return outcome;
+        }
+    }
+    return {};
 }
 
 Outcome SimulatorOptions::LoadChart(const std::string& fileName)

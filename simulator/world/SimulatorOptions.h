@@ -19,6 +19,10 @@ public:
 
     const OptionTable& Table() const { return table; }
 
+    /// Sets options out of a text "KEY=VALUE;KEY=VALUE...", in their order; ";;" stands for one ";" of a value.
+    /// @return how the first that is refused failed; those behind it are not set
+    Outcome SetAll(const std::string& settings);
+
     /// The bench is new: there is no chart on it, and its table has a flash of its own.
     void Forget()
     {

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <string>
 
+#include "simulator/instrument/Status.h"
 #include "simulator/table/TableUnit.h"
 
 namespace J4Bench {
@@ -31,6 +33,44 @@ TEST(Bench, ResetMakesAFreshWorldInWhichTimeGoesOn)
     EXPECT_EQ(bench.GetChart().Offset().degrees, 0.0);
     EXPECT_EQ(bench.Clock().Now(), 5000);
     EXPECT_NE(bench.CarriageOf(bench.SeatedInstrument(0)), nullptr) << "an instrument sits in the table";
+}
+
+TEST(Bench, OptionsOfTheEnvironmentAreAllSetOrNothingWorks)
+{
+    const std::string unseated = "Simulator.Tables=2;Simulator.SeatedInstrument=none;;240118";
+    for (const char* settings : {"", ";", "Simulator.Noise=0.25", ";Simulator.Noise=0.5;;", "Simulator.Noise=0.5;"}) {
+        Bench bench;
+        bench.Configure("HERE", settings);
+        EXPECT_EQ(bench.Refusal().empty(), std::string(settings) != ";Simulator.Noise=0.5;;") << bench.Refusal();
+    }
+    Bench bench;
+    bench.Configure("HERE", unseated + ";Simulator.Noise=0.25;Simulator.Drift=0.5");
+    EXPECT_EQ(bench.SeatedInstrument(1), "240118") << bench.Refusal();
+    EXPECT_EQ(bench.GetNoise().Deviation(), 0.25);
+    EXPECT_EQ(bench.Library().IsConnected(), Status::Ok);
+
+    const struct {
+        const char* settings;
+        const char* text;
+    } wrong[] = {
+        {"Simulator.Noise=0.1;Simulator.Noice=0.1", "HERE: There is no option 'Simulator.Noice'."},
+        {"Recognition=yes", "HERE: There is no option 'Recognition'."},
+        {"Simulator.Clock=5", "HERE: The option 'Simulator.Clock' can only be read."},
+        {"Simulator.Noise", "HERE: 'Simulator.Noise' is not of the form KEY=VALUE."},
+        {"Simulator.Noise= 0.1", "HERE: Simulator.Noise: ' 0.1' is not a number from 0 to 1."},
+        {"Simulator.ChartFile=a;;b=c", "HERE: Simulator.ChartFile: Chart file 'a;b=c': the file can't be opened."},
+    };
+    for (const auto& [settings, text] : wrong) {
+        Bench refused;
+        refused.Configure("HERE", settings);
+        for (int resets = 0; resets < 2; ++resets) {
+            EXPECT_EQ(refused.Refusal(), text);
+            EXPECT_NE(refused.Library().IsConnected(), Status::Ok);
+            EXPECT_NE(refused.Library().SetOption("Simulator.Noise", "0"), Status::Ok) << "before anything is measured";
+            EXPECT_STREQ(refused.Library().GetOption("LastError"), text);
+            refused.Reset();
+        }
+    }
 }
 
 TEST(Bench, TimeScaleIsARealPace)

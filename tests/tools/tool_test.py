@@ -159,6 +159,21 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(run.returncode, DONE, run.stderr)
                 self.assertIn(said, run.stdout)
 
+    def test_an_unchanged_program_gets_its_options_from_the_environment(self):
+        os.rename("chart.cgats", "ch\u00e4rt;1 a.cgats")
+        spot = "--virtual spot 180 160 --json"
+        for options, arguments, code, said in (
+                ("Simulator.ChartFile=ch\u00e4rt;;1 a.cgats;Simulator.Noise=0", spot, DONE, '"lab":[67.614'),
+                ("Simulator.Noise=0;Simulator.Noice=1", spot, NOT_CONNECTED,
+                 "J4TAVLA_OPTIONS: There is no option 'Simulator.Noice'."),
+                ("Simulator.ChartFile=none.cgats", "--virtual rescue", NOT_CONNECTED,
+                 "J4TAVLA_OPTIONS: Simulator.ChartFile: Chart file 'none.cgats': the file can't be opened."),
+                ("Simulator.Noise=2", "--virtual set Recognition yes", REFUSED, "'2' is not a number from 0 to 1.")):
+            with self.subTest(options):
+                run = tool(arguments, env={**os.environ, "J4TAVLA_OPTIONS": options})
+                self.assertEqual(run.returncode, code, run.stderr)
+                self.assertIn(said, run.stdout + run.stderr)
+
     def test_ends_with_a_code_for_each_kind_of_failure(self):
         head = b"CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID X\nEND_DATA_FORMAT\nBEGIN_DATA\n"
         write("broken.cgats", head + b"a 1 2\nEND_DATA\n")

@@ -7,10 +7,15 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 
+#include "Utilities/Tools/Environment.h"
+#include "Utilities/Tools/FilePath.h"
+
 namespace J4Tool::Platform {
+
+using Kestrelon::Utilities::Tools::EnvironmentText;
+using Kestrelon::Utilities::Tools::PathOf;
 
 std::filesystem::path ProgramFolder()
 {
@@ -21,8 +26,7 @@ std::filesystem::path ProgramFolder()
 std::filesystem::path StateFolder()
 {
     const auto folder = [](const char* name) {
-        const char* const value = std::getenv(name);
-        const std::filesystem::path path = value == nullptr ? "" : value;
+        const std::filesystem::path path = PathOf(EnvironmentText(name));
         return path.is_absolute() ? path : std::filesystem::path();
     };
     const std::filesystem::path state = folder("XDG_STATE_HOME");

@@ -9,6 +9,9 @@
 #include <cstring>
 #include <string>
 
+#include "Utilities/Tools/Environment.h"
+#include "Utilities/Tools/FilePath.h"
+
 namespace J4Tool::Platform {
 
 std::filesystem::path ProgramFolder()
@@ -20,8 +23,7 @@ std::filesystem::path ProgramFolder()
 
 std::filesystem::path StateFolder()
 {
-    const wchar_t* const folder = _wgetenv(L"LOCALAPPDATA");
-    return folder == nullptr ? std::filesystem::path() : std::filesystem::path(folder);
+    return Kestrelon::Utilities::Tools::PathOf(Kestrelon::Utilities::Tools::EnvironmentText("LOCALAPPDATA"));
 }
 
 std::string LibraryFileName(const std::string& name) { return name + ".dll"; }
