@@ -62,8 +62,7 @@ ChartFinder::ChartFinder(Session& session, const ChartLayout& layout, const Work
         least = {std::min(least.x, patch.centre.x), std::min(least.y, patch.centre.y)};
         most = {std::max(most.x, patch.centre.x), std::max(most.y, patch.centre.y)};
     }
-    nominal.middle = Times(Plus(least, most), 0.5);
-    finding.placement = nominal;
+    finding.placement.middle = Times(Plus(least, most), 0.5);
 }
 
 ChartFinder::Line ChartFinder::Column(double share) const
@@ -235,6 +234,7 @@ void ChartFinder::Solve()
 ChartFinder::Finding ChartFinder::Look()
 {
     say("looking where the chart lies");
+    const Placement expected = finding.placement;
     measured.clear();
     edges = 0;
     squares = 0.0;
@@ -257,7 +257,7 @@ ChartFinder::Finding ChartFinder::Look()
     finding.residual = edges > 0 ? std::sqrt(squares / static_cast<double>(edges)) : 0.0;
     finding.edges = edges;
     // Each line alone, and all of them where only the rims tell, may fit a patch off.
-    if (const std::optional<PlacementSearch::Result> best = search.Best(nominal);
+    if (const std::optional<PlacementSearch::Result> best = search.Best(expected);
         best && search.Apart(best->placement, finding.placement) > 0.5) {
         finding.placement = best->placement;
     }
@@ -273,21 +273,29 @@ ChartFinder::Finding ChartFinder::Find()
         Take(line);
         Take({line.end, line.start});
     };
-    andBack(Row(Inside));
-    andBack(Column(Inside));
-    there(Row(0.5));
-    there(Row(1.0 - Inside));
-    there(Column(0.5));
-    there(Column(1.0 - Inside));
-    const std::optional<PlacementSearch::Result> best = search.Best(nominal);
-    if (!best) {
-        return finding;
+    std::optional<PlacementSearch::Result> best;
+    // A chart found farther off than the search is good for may lie farther still: it is looked for again around there.
+    constexpr int mostRounds = 4;
+    for (int round = 0; !best || best->isFar; ++round) {
+        if (round == mostRounds) {
+            ThrowAmbiguous();
+        }
+        andBack(Row(Inside));
+        andBack(Column(Inside));
+        there(Row(0.5));
+        there(Row(1.0 - Inside));
+        there(Column(0.5));
+        there(Column(1.0 - Inside));
+        best = search.Best(finding.placement);
+        if (!best) {
+            return finding;
+        }
+        if (best->isAmbiguous) {
+            ThrowAmbiguous();
+        }
+        finding.placement = best->placement;
+        finding.latency = best->latency;
     }
-    if (best->isAmbiguous) {
-        ThrowAmbiguous();
-    }
-    finding.placement = best->placement;
-    finding.latency = best->latency;
     expectation = {best->placement.shift, best->placement.rotation, best->latency, 0.5, 0.002, 0.001};
     reach = 0.3;
     Look();

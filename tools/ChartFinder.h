@@ -103,7 +103,6 @@ private:
     std::function<void(const std::string&)> say;
     LineScan scan;
     PlacementSearch search;
-    Placement nominal;
     Finding finding;
     Expectation expectation;
     std::vector<Measured> measured;

@@ -32,9 +32,15 @@ ChartScan::ChartScan(Session& session, const ChartLayout& layout, const Scanner:
       partial(files.partial, layout, conditions)
 {}
 
-void ChartScan::TakeUp()
+void ChartScan::TakeUp(RowReader& reader)
 {
     measurements = MeasurementFile::Load(files.partial, layout, conditions);
+    const std::string fault = OpenRows(layout, measurements).empty() ? "" : reader.Recheck(measurements);
+    if (!fault.empty()) {
+        throw ToolError(ExitCode::Check, "the rows of '" + files.partial + "' are not of what lies there now: " + fault,
+                        "Lay the chart as it lay, with the layout and the corners as they were; or begin anew with "
+                        "--restart.");
+    }
     // What an interruption may have cut is put right before more is added.
     if (const std::string fault = partial.End(measurements); !fault.empty()) {
         progress.Notice(fault);
@@ -98,6 +104,7 @@ void ChartScan::CheckColours()
 {
     const ColourCheck check(layout, measurements);
     if (!check.HasColours()) {
+        progress.Notice("the layout tells no colours: whether the chart lies the right way round can't be seen");
         return;
     }
     if (const std::string fault = check.Fault(); !fault.empty()) {

@@ -32,8 +32,9 @@ public:
     void UseReader(RowReader& reader, const ScanPlan& plan) { scanner.UseReader(reader, plan); }
 
     /// Takes up the rows of the partial file.
+    /// @param reader  measures a few of their patches again
     /// @throws ToolError when it was measured of another chart, or otherwise
-    void TakeUp();
+    void TakeUp(RowReader& reader);
 
     /// @throws ToolError unless the whole chart is measured and written
     void Run();

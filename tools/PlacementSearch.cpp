@@ -529,7 +529,7 @@ std::optional<PlacementSearch::Result> PlacementSearch::Best(const Placement& ex
               all.end());
     std::stable_partition(all.begin(), all.end(), isNear);
     return Result{all.front().placement, all.front().latency,
-                  all.size() > 1 && (isNear(all[1]) || !isNear(all.front()))};
+                  all.size() > 1 && (isNear(all[1]) || !isNear(all.front())), !isNear(all.front())};
 }
 
 }  // namespace J4Tool

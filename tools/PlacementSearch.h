@@ -20,6 +20,7 @@ public:
         Placement placement;
         double latency = 0.0;      ///< s, by which the samples lag behind the motion
         bool isAmbiguous = false;  ///< another placement, with the patches elsewhere, explains the samples as well
+        bool isFar = false;        ///< farther from where it was searched for than the search is good for
     };
 
     explicit PlacementSearch(const ChartLayout& layout);

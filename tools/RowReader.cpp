@@ -41,6 +41,11 @@ constexpr double LeastSpan = 3.9;
 constexpr double LargestSpotNoise = 0.0005;
 constexpr double LargestMeanNoise = 0.005;
 
+/// Of what is measured again: how many patches, and how much of a difference (CIE 1976) a print that dries and an
+/// instrument that was calibrated anew may make.
+constexpr size_t Rechecked = 4;
+constexpr double LargestRecheck = 5.0;
+
 double Length(Point vector) { return std::hypot(vector.x, vector.y); }
 
 std::string Text(const char* format, double value)
@@ -231,6 +236,38 @@ bool RowReader::IsConfirmed(size_t patch, const PatchReading& reading)
     const double noise = std::sqrt(2.0) * std::min(LargestMeanNoise, Agreement::Noise(seen, reading.spectrum));
     return Colorimetry::Distance(Colorimetry::Lab(seen), Colorimetry::Lab(reading.spectrum)) <=
            Agreement::LimitOf(reading.spectrum, noise);
+}
+
+std::string RowReader::Recheck(const Measurements& earlier)
+{
+    struct Known {
+        size_t patch;
+        Colorimetry::Triple colour;
+        double apart;  ///< from the nearest one chosen
+    };
+    std::vector<Known> known;
+    for (size_t patch = 0; patch < earlier.size(); ++patch) {
+        if (earlier[patch]) {
+            // The first choice is the patch that differs most from the perfect diffuser.
+            const Colorimetry::Triple colour = Colorimetry::Lab(earlier[patch]->spectrum);
+            known.push_back({patch, colour, Colorimetry::Distance(colour, {100.0, 0.0, 0.0})});
+        }
+    }
+    for (size_t i = 0; i < std::min(Rechecked, known.size()); ++i) {
+        const Known chosen = *std::max_element(known.begin(), known.end(),
+                                               [](const Known& a, const Known& b) { return a.apart < b.apart; });
+        session.Move(expected.placement.Of(layout.Places()[chosen.patch].centre));
+        const double off = Colorimetry::Distance(Colorimetry::Lab(session.Measure()), chosen.colour);
+        if (off > LargestRecheck) {
+            return "patch " + layout.Patches()[chosen.patch].name + " now differs by " + Text("%.1f", off) +
+                   " from what was measured of it before: another chart, or it lies otherwise";
+        }
+        for (Known& other : known) {
+            const double distance = Colorimetry::Distance(other.colour, chosen.colour);
+            other.apart = i == 0 ? distance : std::min(other.apart, distance);
+        }
+    }
+    return {};
 }
 
 std::array<Point, RowReader::SpotsOfPatch> RowReader::Spots(const J4Chart::Place& place)

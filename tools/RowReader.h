@@ -11,6 +11,7 @@
 #include "tools/ChartFinder.h"
 #include "tools/ChartLayout.h"
 #include "tools/LineScan.h"
+#include "tools/Measurements.h"
 #include "tools/PatchReading.h"
 #include "tools/RowCheck.h"
 #include "tools/RowPlan.h"
@@ -58,6 +59,11 @@ public:
     /// @param readings  those that it contradicts are taken out
     /// @return what is wrong; empty when nothing is
     std::string Confirm(const RowPlan::Pass& pass, Readings& readings);
+
+    /// Measures again, once each, a few of the patches that an earlier scan has measured, as different from one another
+    /// as there are: they tell whether the same chart still lies where it lay, and the layout is the one it was.
+    /// @return what is wrong; empty when nothing is
+    std::string Recheck(const Measurements& earlier);
 
 private:
     std::optional<PatchReading> MeasureOne(size_t patch);

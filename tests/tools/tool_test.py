@@ -278,6 +278,10 @@ class ToolTest(unittest.TestCase):
 
         run = tool(scan + "chart.cgats")
         self.assertEqual(run.returncode, FILE, "an earlier scan must not be lost without a word")
+        write("other.cgats", chart(4, 10, [1, 3, 0, 2]))
+        run = tool(scan + "other.cgats --resume")
+        self.assertEqual(run.returncode, CHECK, "rows of another chart are not mixed in")
+        self.assertIn("are not of what lies there now", run.stderr)
         run = tool(scan + "layout.cgats --resume --json")
         self.assertEqual(run.returncode, DONE, run.stderr)
         self.assertIn('"event":"start","rowsDone":2,"rows":4,"patchesDone":20', run.stdout)
@@ -309,7 +313,8 @@ class ToolTest(unittest.TestCase):
                 ("a patch off along", 10, 0, colour, (10, 0), False, CHECK, "mm in x"),
                 ("another chart", 10, 2, lambda r, c, t: colour(c, r, t), (-7, 6), False, CHECK, ""),
                 ("found --align", 10, 0, colour, (4, -4), False, DONE, {"FITTED"}),
-                ("found --align", 7, 1, colour, (-3, 3), False, DONE, {"FITTED"})):
+                ("found --align", 7, 1, colour, (-3, 3), False, DONE, {"FITTED"}),
+                ("two patches off --align", 10, 2, colour, (24, 12), False, DONE, {"FITTED"})):
             with self.subTest(name):
                 rows = [(f"R{row}C{column}", 200 + (size + gap) * column, 200 + (size + gap) * row,
                          [colour_of for third in range(3) for colour_of in [patches(row, column, third)] * 12])

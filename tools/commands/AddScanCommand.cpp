@@ -102,12 +102,12 @@ public:
         const ScanPlan plan = Plan(area, speed.IntegrationTime());
         ChartScan scan(*session, layout, Settings(), Conditions(), files, progress);
         scan.interrupted = Interrupt::Requested;
-        if (arguments.resume) {
-            scan.TakeUp();
-        }
         RowReader reader(*session, layout);
         if (found) {
             reader.Expect(*found);
+        }
+        if (arguments.resume) {
+            scan.TakeUp(reader);
         }
         scan.UseReader(reader, plan);
         Interrupt::SetNotice(context.json ? nullptr : "\nthe row is being ended; then the table is let go\n");
