@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "chart/colour/Average.h"
 #include "chart/colour/Colorimetry.h"
 
 namespace J4Tool {
@@ -13,17 +14,13 @@ namespace Colorimetry = J4Chart::Colorimetry;
 
 namespace {
 
-J4Chart::Spectrum MeanOf(const std::vector<J4Chart::Spectrum>& readings, const std::vector<size_t>& members)
+J4Chart::Spectrum MeanOfMembers(const std::vector<J4Chart::Spectrum>& readings, const std::vector<size_t>& members)
 {
-    J4Chart::Spectrum mean{};
-    for (size_t band = 0; band < mean.size(); ++band) {
-        double sum = 0.0;
-        for (const size_t member : members) {
-            sum += static_cast<double>(readings[member][band]);
-        }
-        mean[band] = static_cast<float>(sum / static_cast<double>(members.size()));
+    std::vector<J4Chart::Spectrum> spectra;
+    for (const size_t member : members) {
+        spectra.push_back(readings[member]);
     }
-    return mean;
+    return J4Chart::MeanOf(spectra);
 }
 
 /// How far noise puts a reading from its colour, CIE 1976, root mean square.
@@ -93,11 +90,11 @@ Agreement::Group Agreement::Largest(const std::vector<Spectrum>& readings, doubl
         }
     }
     // A mean of several is a better middle than the one that they were found by.
-    group.mean = MeanOf(readings, group.members);
+    group.mean = MeanOfMembers(readings, group.members);
     const std::vector<size_t> members = within(Colorimetry::Lab(group.mean), limitAt(group.mean, 1.0));
     if (!members.empty()) {
         group.members = members;
-        group.mean = MeanOf(readings, members);
+        group.mean = MeanOfMembers(readings, members);
     }
     const Colorimetry::Triple middle = Colorimetry::Lab(group.mean);
     double squares = 0.0;

@@ -8,43 +8,26 @@
 #include "chart/ChartReader.h"
 #include "chart/cgats/CgatsFields.h"
 #include "chart/cgats/CgatsFile.h"
-#include "chart/colour/Colorimetry.h"
 #include "tools/AtomicFile.h"
+#include "tools/MeasuredColumns.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
 
-namespace Colorimetry = J4Chart::Colorimetry;
 using J4Chart::CgatsTable;
-using J4Chart::Spectrum;
 
 namespace {
-
-std::string Fixed(double value, int digits)
-{
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    text.setf(std::ios::fixed);
-    text.precision(digits);
-    text << value;
-    const std::string zero = "-0." + std::string(static_cast<size_t>(digits), '0');
-    return text.str() == zero ? zero.substr(1) : text.str();
-}
-
-constexpr int ColourDigits = 4;
-constexpr int PlaceDigits = 3;  // mm
 
 void AddFields(CgatsTable& table, const ChartLayout& layout)
 {
     table.fields = {"SAMPLE_ID", "SAMPLE_NAME"};
     table.fields.insert(table.fields.end(), layout.DeviceFields().begin(), layout.DeviceFields().end());
-    for (const char* field : {"X", "Y", "WIDTH", "HEIGHT", "SCAN_ROW", "SCAN_COLUMN", "SCAN_WAY", "SCAN_SAMPLES",
-                              "SCAN_SPREAD", "SCAN_RESIDUAL", "XYZ_X", "XYZ_Y", "XYZ_Z", "LAB_L", "LAB_A", "LAB_B"}) {
+    MeasuredColumns::AddPlaceFields(table.fields);
+    MeasuredColumns::AddRowFields(table.fields);
+    for (const char* field : {"SCAN_WAY", "SCAN_SAMPLES", "SCAN_SPREAD", "SCAN_RESIDUAL"}) {
         table.fields.push_back(field);
     }
-    for (size_t band = 0; band < Spectrum().size(); ++band) {
-        table.fields.push_back(J4Chart::SpectralField(band));
-    }
+    MeasuredColumns::AddColourFields(table.fields);
 }
 
 using RowPlace = J4Chart::Chart::RowPlace;
@@ -63,27 +46,15 @@ std::vector<RowPlace> PlacesInRows(const ChartLayout& layout)
 std::vector<std::string> Values(const ChartLayout& layout, size_t index, RowPlace rowPlace, const PatchReading& reading)
 {
     const J4Chart::Patch& patch = layout.Patches()[index];
-    const J4Chart::Place& place = layout.Places()[index];
     std::vector<std::string> values = {std::to_string(index + 1), patch.name};
     values.insert(values.end(), patch.device.begin(), patch.device.end());
-    for (const double length : {place.centre.x, place.centre.y, place.Width(), place.Height()}) {
-        values.push_back(Fixed(length, PlaceDigits));
-    }
-    values.push_back(std::to_string(rowPlace.row));
-    values.push_back(std::to_string(rowPlace.column));
+    MeasuredColumns::AddPlace(values, layout.Places()[index]);
+    MeasuredColumns::AddRow(values, rowPlace);
     values.emplace_back(WayNames[static_cast<size_t>(reading.way)]);
     values.push_back(std::to_string(reading.samples));
-    values.push_back(Fixed(reading.spread, ColourDigits));
-    values.push_back(Fixed(reading.residual, PlaceDigits));
-    const Colorimetry::Triple xyz = Colorimetry::TristimulusValues(reading.spectrum);
-    for (const Colorimetry::Triple& triple : {xyz, Colorimetry::LabOfTristimulus(xyz)}) {
-        for (const double value : triple) {
-            values.push_back(Fixed(value, ColourDigits));
-        }
-    }
-    for (const float value : reading.spectrum) {
-        values.push_back(J4Chart::NumberText(value));
-    }
+    values.push_back(FixedText(reading.spread, MeasuredColumns::ColourDigits));
+    values.push_back(FixedText(reading.residual, MeasuredColumns::PlaceDigits));
+    MeasuredColumns::AddColour(values, reading.spectrum);
     return values;
 }
 
@@ -126,7 +97,7 @@ CgatsTable FullHead(const ChartLayout& layout, const MeasurementFile::Conditions
         table.SetKeyword(keyword, value);
     }
     if (const double turn = layout.Places().front().Rotation(); std::abs(turn) > 1e-9) {
-        table.SetKeyword("LAYOUT_ROTATION", Fixed(turn * 180.0 / std::numbers::pi, 4));
+        table.SetKeyword("LAYOUT_ROTATION", FixedText(turn * 180.0 / std::numbers::pi, 4));
     }
     AddFields(table, layout);
     table.fieldsLine = layout.FieldsLine();

@@ -142,6 +142,7 @@ int main(int argc, char** argv)
     AddWhitebaseCommand(app, context);
     AddRescueCommand(app, context);
     AddReportCommand(app, context);
+    AddSeriesCommands(app, context);
     const std::vector<std::string> words = Arguments(argc, argv, app);
     try {
         try {

@@ -75,6 +75,30 @@ def spectra(name):
             for row in lines[lines.index(["BEGIN_DATA"]) + 1:lines.index(["END_DATA"])]}
 
 
+def ciede2000(first, second):
+    """Of two CIELab colours, by the formulas of Sharma, Wu and Dalal (2005)."""
+    half = (math.hypot(*first[1:]) + math.hypot(*second[1:])) / 2
+    turn = lambda chroma: math.sqrt(chroma ** 7 / (chroma ** 7 + 25 ** 7))
+    (c1, h1), (c2, h2) = (cmath.polar(complex(a * (1.5 - turn(half) / 2), b)) for _, a, b in (first, second))
+    h1, h2 = (math.degrees(hue) % 360 for hue in (h1, h2))
+    between = 0 if c1 * c2 == 0 else (h2 - h1 + 180) % 360 - 180
+    chroma, hue = (c1 + c2) / 2, h1 + h2 if c1 * c2 == 0 else h1 + between / 2
+    cosine = lambda factor, shift: math.cos(math.radians(factor * hue + shift))
+    t = 1 - 0.17 * cosine(1, -30) + 0.24 * cosine(2, 0) + 0.32 * cosine(3, 6) - 0.2 * cosine(4, -63)
+    light = (first[0] + second[0]) / 2 - 50
+    l = (second[0] - first[0]) / (1 + 0.015 * light ** 2 / math.sqrt(20 + light ** 2))
+    c = (c2 - c1) / (1 + 0.045 * chroma)
+    h = 2 * math.sqrt(c1 * c2) * math.sin(math.radians(between / 2)) / (1 + 0.015 * chroma * t)
+    blue = math.radians(60 * math.exp(-((hue % 360 - 275) / 25) ** 2))
+    return math.sqrt(l * l + c * c + h * h - 2 * turn(chroma) * math.sin(blue) * c * h)
+
+
+def labs(rows, name="LAB_L LAB_A LAB_B", head=""):
+    """A file of patches with CIELab colours alone, or with the device values of further fields behind them."""
+    return "\n".join(["CGATS.17"] + head.splitlines() + ["BEGIN_DATA_FORMAT", "SAMPLE_NAME " + name, "END_DATA_FORMAT", "BEGIN_DATA"] +
+                     [" ".join(map(str, row)) for row in rows] + ["END_DATA", ""])
+
+
 WAYS = ("RECOGNISED", "FITTED", "SPOT")
 
 
@@ -382,6 +406,65 @@ class ToolTest(unittest.TestCase):
         shutil.rmtree("mit Räum €")
         self.assertEqual(content_of("m.cgats.tmp") + content_of("m.cgats.1.tmp"), "oldold")
         self.assertEqual(sorted(os.listdir()), before)
+
+    def test_measurements_of_one_chart_are_averaged_and_compared(self):
+        # What differs between the files is known: rows that are all lighter, or darker, by a part.
+        for name, factor, created in (("a", 1.0, "2026-03-02"), ("b", 1.02, "2026-03-03"), ("c", 0.95, "2026-03-01")):
+            lines = chart(2, 5).replace("CGATS.17", f'CGATS.17\nCREATED "{created}"\nINSTRUMENTATION "one"\nTABLE_SERIAL "{name}"').splitlines()
+            first = lines.index("BEGIN_DATA") + 1
+            rows = [line.split() for line in lines[first:-1]]
+            rows = [row[:5] + [f"{float(value) * factor:.6f}" for value in row[5:]] for row in rows]
+            lines[first:-1] = [" ".join(row) for row in (reversed(rows) if name == "b" else rows)]
+            write(name + ".cgats", "\n".join(lines + [""]))
+        run = tool("average a.cgats b.cgats c.cgats -o mean.cgats")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        mean, wanted = spectra("mean.cgats"), spectra("a.cgats")
+        self.assertEqual(list(mean), list(wanted), "the order of the first file")
+        for name, spectrum in wanted.items():
+            for value, should in zip(mean[name], spectrum):
+                self.assertAlmostEqual(value, should * 0.99, delta=2e-6, msg=name)
+        for part in ('CREATED "2026-03-03"', 'REPEATS "3"', 'INSTRUMENTATION "one"'):
+            self.assertIn(part, content_of("mean.cgats"))
+        self.assertNotIn("TABLE_SERIAL", content_of("mean.cgats"), "they don't agree in it")
+        self.assertEqual(tool("average mean.cgats a.cgats -o more.cgats").returncode, DONE)
+        self.assertIn('REPEATS "4"', content_of("more.cgats"))
+        self.assertEqual(tool("report mean.cgats --reference a.cgats -o r.html").returncode, DONE)
+
+        colours = {"A": [(52, 10, -30), (53, 12, -31), (51, 9.5, -28)], "B": [(90, 0, 0), (90.5, 0.2, -0.1), (89, -0.3, 0.4)],
+                   "C": [(30, 60, 40), (31, 59, 42), (30.5, 61, 41)]}
+        for k, name in enumerate("xyz"):
+            write(name + ".cgats", labs((patch, *values[k]) for patch, values in colours.items()))
+        run = tool("compare x.cgats y.cgats z.cgats --json")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        told = json.loads(run.stdout)
+        means = {patch: [sum(axis) / 3 for axis in zip(*values)] for patch, values in colours.items()}
+        for formula, difference in (("CIEDE2000", ciede2000), ("CIE 1976", math.dist)):
+            wanted = {patch: sum(difference(means[patch], value) for value in values) / 3 for patch, values in colours.items()}
+            for entry in told["patches"]:
+                self.assertAlmostEqual(entry[formula], wanted[entry["name"]], delta=1e-9)
+            self.assertAlmostEqual(told[formula]["mean"], sum(wanted.values()) / 3, delta=1e-9)
+            self.assertAlmostEqual(told[formula]["maximum"], max(wanted.values()), delta=1e-9)
+        for k, entry in enumerate(told["measurements"]):
+            self.assertAlmostEqual(entry["mean"], sum(ciede2000(means[p], values[k]) for p, values in colours.items()) / 3, delta=1e-9)
+        self.assertRegex(tool("compare x.cgats y.cgats z.cgats").stdout, r"Worst patches \(CIEDE2000\): A \d")
+
+        rows = [("A", 50, 0, 0, 10), ("B", 60, 0, 0, 20)]
+        fields = "LAB_L LAB_A LAB_B CMYK_C"
+        write("first.cgats", labs(rows, fields))
+        for content, reason in ((labs(rows[:1], fields), "the patch 'B' is missing, unlike in first.cgats"),
+                                (labs(rows + [("C", 1, 0, 0, 0)], fields), "line 8: the patch 'C' is one more"),
+                                (labs(rows + rows[:1], fields), "line 8: the patch 'A' stands there twice"),
+                                (labs([rows[1], ("A", 50, 0, 0, 30)], fields), "line 7: patch 'A' has CMYK_C 30 and not 10"),
+                                (labs([("A", "x", 0, 0, 10)], fields), "line 6: LAB_L 'x' is not a colour value")):
+            with self.subTest(reason=reason):
+                write("other.cgats", content)
+                run = tool("compare first.cgats other.cgats")
+                self.assertEqual(run.returncode, FILE, run.stdout)
+                self.assertIn("other.cgats: " + reason, run.stderr)
+        for words, code in (("compare first.cgats", USAGE), ("average first.cgats first.cgats -o n.cgats", FILE),
+                            ("average a.cgats b.cgats -o a.cgats --force", USAGE)):
+            self.assertEqual(tool(words).returncode, code, words)
+        self.assertFalse(os.path.exists("n.cgats"))
 
     def test_white_bases_are_saved_before_they_are_replaced(self):
         backups = lambda: len([name for name in os.listdir() if name.startswith("whitebase-640001-")])

@@ -19,5 +19,7 @@ void AddOptionCommands(CLI::App& app, ToolContext& context);
 void AddWhitebaseCommand(CLI::App& app, ToolContext& context);
 void AddRescueCommand(CLI::App& app, ToolContext& context);
 void AddReportCommand(CLI::App& app, ToolContext& context);
+/// average, compare.
+void AddSeriesCommands(CLI::App& app, ToolContext& context);
 
 }  // namespace J4Tool

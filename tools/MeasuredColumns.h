@@ -1,0 +1,33 @@
+// The columns that files of measured data have in common, as they are written: places, rows, colours and spectra.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "chart/Chart.h"
+
+namespace J4Tool {
+
+/// A number with so many decimals and no minus before a zero.
+std::string FixedText(double value, int digits);
+
+namespace MeasuredColumns {
+
+inline constexpr int ColourDigits = 4;
+inline constexpr int PlaceDigits = 3;  ///< of mm
+
+/// X, Y, WIDTH, HEIGHT.
+void AddPlaceFields(std::vector<std::string>& fields);
+void AddPlace(std::vector<std::string>& values, const J4Chart::Place& place);
+
+/// SCAN_ROW, SCAN_COLUMN.
+void AddRowFields(std::vector<std::string>& fields);
+void AddRow(std::vector<std::string>& values, const J4Chart::Chart::RowPlace& place);
+
+/// XYZ, Lab and the spectrum.
+void AddColourFields(std::vector<std::string>& fields);
+void AddColour(std::vector<std::string>& values, const J4Chart::Spectrum& spectrum);
+
+}  // namespace MeasuredColumns
+
+}  // namespace J4Tool

@@ -1,0 +1,92 @@
+#include "tools/series/AverageTable.h"
+
+#include <algorithm>
+
+#include "chart/cgats/CgatsFields.h"
+#include "chart/colour/Average.h"
+#include "tools/MeasuredColumns.h"
+
+namespace J4Tool {
+
+namespace {
+
+using J4Chart::CgatsTable;
+using J4Chart::Chart;
+using Measurement = MeasurementSeries::Measurement;
+
+/// Keywords that tell the form of a file, or are told anew.
+bool IsOfOneFile(const std::string& keyword)
+{
+    return keyword.starts_with("SPECTRAL_") || keyword == "LAYOUT_ORIGIN" || keyword == "REPEATS" ||
+           keyword == "DESCRIPTOR" || keyword == "CREATED";
+}
+
+/// How many single measurements a file is the average of.
+double Repeats(const Chart& chart)
+{
+    double repeats = 0.0;
+    return J4Chart::ParseNumber(chart.Condition("REPEATS"), repeats) && repeats >= 1.0 ? repeats : 1.0;
+}
+
+void AddConditions(CgatsTable& table, const MeasurementSeries& series)
+{
+    std::string created;
+    double repeats = 0.0;
+    for (const Measurement& measurement : series.Measurements()) {
+        created = std::max(created, measurement.chart.Condition("CREATED"));
+        repeats += Repeats(measurement.chart);
+    }
+    table.SetKeyword("DESCRIPTOR", "Average of " + std::to_string(series.Measurements().size()) + " measurements");
+    if (!created.empty()) {
+        table.SetKeyword("CREATED", created);
+    }
+    table.SetKeyword("REPEATS", J4Chart::NumberText(repeats));
+    for (const auto& [keyword, value] : series.Measurements().front().chart.conditions) {
+        const bool agreed = std::all_of(series.Measurements().begin(), series.Measurements().end(),
+                                        [&keyword = keyword, &value = value](const Measurement& measurement) {
+                                            return measurement.chart.Condition(keyword) == value;
+                                        });
+        if ((agreed || keyword == "LAYOUT_ROTATION") && !IsOfOneFile(keyword)) {
+            table.SetKeyword(keyword, value);
+        }
+    }
+}
+
+}  // namespace
+
+CgatsTable AverageTable(const MeasurementSeries& series)
+{
+    const Chart& first = series.Measurements().front().chart;
+    CgatsTable table;
+    table.kind = "CGATS.17";
+    AddConditions(table, series);
+    table.fields = {"SAMPLE_ID", "SAMPLE_NAME"};
+    table.fields.insert(table.fields.end(), first.deviceFields.begin(), first.deviceFields.end());
+    if (!first.places.empty()) {
+        MeasuredColumns::AddPlaceFields(table.fields);
+    }
+    if (!first.rowPlaces.empty()) {
+        MeasuredColumns::AddRowFields(table.fields);
+    }
+    table.fields.emplace_back("REPEAT_SPREAD");
+    MeasuredColumns::AddColourFields(table.fields);
+    for (size_t i = 0; i < first.patches.size(); ++i) {
+        const J4Chart::Patch& patch = first.patches[i];
+        CgatsTable::Row& row = table.rows.emplace_back();
+        row.line = patch.line;
+        row.values = {patch.id.empty() ? std::to_string(i + 1) : patch.id, patch.name};
+        row.values.insert(row.values.end(), patch.device.begin(), patch.device.end());
+        if (!first.places.empty()) {
+            MeasuredColumns::AddPlace(row.values, first.places[i]);
+        }
+        if (!first.rowPlaces.empty()) {
+            MeasuredColumns::AddRow(row.values, first.rowPlaces[i]);
+        }
+        row.values.push_back(
+            FixedText(J4Chart::MeanDifference(series.Colours(i)).ciede2000, MeasuredColumns::ColourDigits));
+        MeasuredColumns::AddColour(row.values, J4Chart::MeanOf(series.Spectra(i)));
+    }
+    return table;
+}
+
+}  // namespace J4Tool

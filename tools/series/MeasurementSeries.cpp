@@ -1,0 +1,158 @@
+#include "tools/series/MeasurementSeries.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <numeric>
+#include <optional>
+
+#include "chart/ChartReader.h"
+#include "chart/cgats/CgatsFields.h"
+#include "chart/cgats/CgatsFile.h"
+#include "tools/ToolError.h"
+
+namespace J4Tool {
+
+namespace {
+
+using J4Chart::CgatsError;
+using J4Chart::Chart;
+using J4Chart::Patch;
+
+using Index = std::map<std::string, size_t>;
+
+Chart Read(const std::string& file, bool spectra)
+{
+    J4Chart::ChartReader::Wanted wanted;
+    wanted.spectra = spectra;
+    wanted.colours = !spectra;
+    Chart chart = J4Chart::ChartReader::Read(J4Chart::CgatsFile::Read(file), wanted);
+    if (chart.patches.empty()) {
+        throw CgatsError(0, "there are no patches");
+    }
+    return chart;
+}
+
+Index IndexOf(const Chart& chart)
+{
+    Index index;
+    for (size_t i = 0; i < chart.patches.size(); ++i) {
+        if (!index.emplace(chart.patches[i].name, i).second) {
+            throw CgatsError(chart.patches[i].line, "the patch '" + chart.patches[i].name + "' stands there twice");
+        }
+    }
+    return index;
+}
+
+bool IsSameValue(const std::string& first, const std::string& second)
+{
+    constexpr double rounding = 0.01;  // of percentages that other programs write with two decimals
+    double one = 0.0;
+    double other = 0.0;
+    return first == second || (J4Chart::ParseNumber(first, one) && J4Chart::ParseNumber(second, other) &&
+                               std::abs(one - other) <= rounding);
+}
+
+/// The same patch has the same ink or screen values, where both files tell them.
+void RequireSameDevice(const Chart& first, const Patch& wanted, const Chart& other, const Patch& patch)
+{
+    for (size_t i = 0; i < first.deviceFields.size(); ++i) {
+        const auto field = std::find(other.deviceFields.begin(), other.deviceFields.end(), first.deviceFields[i]);
+        if (field == other.deviceFields.end()) {
+            continue;
+        }
+        const std::string& value = patch.device[static_cast<size_t>(field - other.deviceFields.begin())];
+        if (!IsSameValue(wanted.device[i], value)) {
+            throw CgatsError(patch.line,
+                             "patch '" + patch.name + "' has " + *field + " " + value + " and not " + wanted.device[i]);
+        }
+    }
+}
+
+template <class List>
+void Rearrange(List& list, const std::vector<size_t>& order)
+{
+    List arranged;
+    for (size_t i = 0; i < list.size(); ++i) {
+        arranged.push_back(std::move(list[order[i]]));
+    }
+    list = std::move(arranged);
+}
+
+/// Brings the patches into the order of the first measurement.
+void Match(const Chart& first, Chart& other)
+{
+    Index index = IndexOf(other);
+    std::vector<size_t> order;
+    for (const Patch& wanted : first.patches) {
+        const auto found = index.find(wanted.name);
+        if (found == index.end()) {
+            throw CgatsError(0, "the patch '" + wanted.name + "' is missing");
+        }
+        RequireSameDevice(first, wanted, other, other.patches[found->second]);
+        order.push_back(found->second);
+        index.erase(found);
+    }
+    if (!index.empty()) {
+        const Patch& patch = other.patches[index.begin()->second];
+        throw CgatsError(patch.line, "the patch '" + patch.name + "' is one more");
+    }
+    Rearrange(other.patches, order);
+    Rearrange(other.places, order);
+    Rearrange(other.rowPlaces, order);
+}
+
+}  // namespace
+
+MeasurementSeries::MeasurementSeries(const std::vector<std::string>& files, bool spectra)
+{
+    for (const std::string& file : files) {
+        std::optional<Measurement> measurement;
+        try {
+            measurement = Measurement{file, Read(file, spectra)};
+        } catch (const CgatsError& error) {
+            throw ToolError(ExitCode::File, file + ": " + error.what(),
+                            spectra
+                                ? "A measurement has SAMPLE_NAME or SAMPLE_ID and a spectrum for each patch."
+                                : "A measurement has SAMPLE_NAME or SAMPLE_ID and for each patch a spectrum, LAB or "
+                                  "XYZ values.");
+        }
+        try {
+            Add(std::move(*measurement));
+        } catch (const CgatsError& error) {
+            throw ToolError(ExitCode::File,
+                            file + ": " + error.what() + (measurements.empty() ? "" : ", unlike in " + files.front()),
+                            "Give measurements of the same chart.");
+        }
+    }
+}
+
+void MeasurementSeries::Add(Measurement measurement)
+{
+    if (measurements.empty()) {
+        IndexOf(measurement.chart);
+    } else {
+        Match(measurements.front().chart, measurement.chart);
+    }
+    measurements.push_back(std::move(measurement));
+}
+
+std::vector<J4Chart::Colorimetry::Triple> MeasurementSeries::Colours(size_t patch) const
+{
+    std::vector<J4Chart::Colorimetry::Triple> colours;
+    for (const Measurement& measurement : measurements) {
+        colours.push_back(*measurement.chart.patches[patch].Colour());
+    }
+    return colours;
+}
+
+std::vector<J4Chart::Spectrum> MeasurementSeries::Spectra(size_t patch) const
+{
+    std::vector<J4Chart::Spectrum> spectra;
+    for (const Measurement& measurement : measurements) {
+        spectra.push_back(*measurement.chart.patches[patch].spectrum);
+    }
+    return spectra;
+}
+
+}  // namespace J4Tool
