@@ -19,7 +19,7 @@ namespace J4Tool {
 
 namespace {
 
-struct Arguments {
+struct AlignArguments {
     ChartArguments chart;
     std::string output;
     bool force = false;
@@ -69,7 +69,7 @@ void Show(const ToolContext& context, const ChartFinder& finder, const ChartFind
     }
 }
 
-void Run(ToolContext& context, Arguments arguments)
+void Run(ToolContext& context, AlignArguments arguments)
 {
     RefuseOptionsOfScans(context, "align");
     arguments.chart.ShareWithBench(context);
@@ -121,7 +121,7 @@ void Run(ToolContext& context, Arguments arguments)
 
 void AddAlignCommand(CLI::App& app, ToolContext& context)
 {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<AlignArguments>();
     CLI::App* command = app.add_subcommand(
         "align", "let the instrument find a chart that lies up to half a patch and two degrees off, show its corners");
     arguments->chart.AddTo(*command);

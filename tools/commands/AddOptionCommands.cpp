@@ -12,7 +12,7 @@ namespace J4Tool {
 
 namespace {
 
-struct Arguments {
+struct OptionArguments {
     std::string key;
     std::string value;
 };
@@ -30,7 +30,7 @@ void PrintValue(ToolContext& context, const std::string& key, const std::string&
 
 void AddOptionCommands(CLI::App& app, ToolContext& context)
 {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<OptionArguments>();
 
     CLI::App* get = app.add_subcommand("get", "show the value of an option");
     get->add_option("KEY", arguments->key, "key of the option, for instance J4TScanSpeed")->required();

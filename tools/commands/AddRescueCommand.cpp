@@ -21,7 +21,7 @@ namespace {
 namespace FlashId = Kestrelon::DeviceDriver::J4T::FlashId;
 using Kestrelon::DeviceDriver::J4T::j4TableFlashData;
 
-struct Arguments {
+struct RescueArguments {
     std::string file;
     std::string table;
     bool yes = false;
@@ -81,7 +81,7 @@ std::string Words(const Block& block)
     return words;
 }
 
-void Run(ToolContext& context, const Arguments& arguments)
+void Run(ToolContext& context, const RescueArguments& arguments)
 {
     context.KeepRequests();
     if (context.isVirtual) {
@@ -144,7 +144,7 @@ void Run(ToolContext& context, const Arguments& arguments)
 
 void AddRescueCommand(CLI::App& app, ToolContext& context)
 {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<RescueArguments>();
     CLI::App* command = app.add_subcommand(
         "rescue",
         "give a table its configuration back after a write of it was cut short: from the copy that is saved "

@@ -33,7 +33,7 @@ using Kestrelon::Utilities::Tools::PathOf;
 
 namespace {
 
-struct Arguments {
+struct ScanArguments {
     ChartArguments chart;
     std::string output;
     std::optional<double> margin;
@@ -50,7 +50,7 @@ struct Arguments {
 };
 
 /// Where rows are kept until the scan is done.
-std::string PartialName(const Arguments& arguments)
+std::string PartialName(const ScanArguments& arguments)
 {
     return arguments.output == "-" ? NameOf(PathOf(arguments.chart.layout).filename()) + ".partial"
                                    : arguments.output + ".partial";
@@ -59,7 +59,7 @@ std::string PartialName(const Arguments& arguments)
 /// One scan command from its arguments to the scan.
 class ScanRun {
 public:
-    ScanRun(ToolContext& context, const Arguments& arguments)
+    ScanRun(ToolContext& context, const ScanArguments& arguments)
         : context(context),
           arguments(arguments),
           units(context.GetUnits()),
@@ -258,7 +258,7 @@ private:
     }
 
     ToolContext& context;
-    const Arguments& arguments;
+    const ScanArguments& arguments;
     Units units;
     std::string partialName;
     ChartLayout layout;
@@ -266,7 +266,7 @@ private:
     Session* session = nullptr;
 };
 
-void Run(ToolContext& context, Arguments arguments)
+void Run(ToolContext& context, ScanArguments arguments)
 {
     RefuseOptionsOfScans(context, "scan");
     const bool bareBed = arguments.dryRun && context.chartFile.empty();
@@ -284,7 +284,7 @@ void Run(ToolContext& context, Arguments arguments)
 
 void AddScanCommand(CLI::App& app, ToolContext& context)
 {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<ScanArguments>();
     CLI::App* command = app.add_subcommand("scan",
                                            "measure a chart: go home, calibrate, scan and check every row, "
                                            "write a CGATS.17 file with spectra, XYZ and Lab");

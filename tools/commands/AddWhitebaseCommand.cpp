@@ -18,7 +18,7 @@ namespace J4Tool {
 
 namespace {
 
-struct Arguments {
+struct WhitebaseArguments {
     std::string write;
     std::string save;
     bool yes = false;
@@ -43,7 +43,7 @@ void Show(ToolContext& context, const Session::Spectrum& whiteBase, const std::s
     }
 }
 
-void Run(ToolContext& context, const Arguments& arguments)
+void Run(ToolContext& context, const WhitebaseArguments& arguments)
 {
     // A broken file must be found before anything is touched.
     Session::Spectrum next{};
@@ -86,7 +86,7 @@ void Run(ToolContext& context, const Arguments& arguments)
 
 void AddWhitebaseCommand(CLI::App& app, ToolContext& context)
 {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<WhitebaseArguments>();
     CLI::App* command = app.add_subcommand("whitebase", "show the reflectance of the white tile that the table holds");
     command->add_option("--save", arguments->save, "save it to this file");
     command->add_flag("--force", arguments->force, "replace the file of --save if it exists");

@@ -21,7 +21,7 @@ using J4Chart::CgatsFile;
 using Kestrelon::Utilities::Tools::NameOf;
 using Kestrelon::Utilities::Tools::PathOf;
 
-struct Arguments {
+struct ReportArguments {
     std::string measured;
     std::string reference;
     std::string output;
@@ -40,7 +40,7 @@ ReportData::Source ReadSource(const std::string& fileName)
     }
 }
 
-void PrintSummary(const ReportData& data, const Arguments& arguments, bool json)
+void PrintSummary(const ReportData& data, const ReportArguments& arguments, bool json)
 {
     if (json) {
         Json line = {{"report", arguments.output}, {"patches", data.Patches().size()}};
@@ -64,7 +64,7 @@ void PrintSummary(const ReportData& data, const Arguments& arguments, bool json)
     Print(stdout, "The report is in %s\n", arguments.output.c_str());
 }
 
-void Run(const Arguments& arguments, bool json)
+void Run(const ReportArguments& arguments, bool json)
 {
     const OutputFile output(arguments.output, arguments.force, {arguments.measured, arguments.reference});
     const ReportData::Source measured = ReadSource(arguments.measured);
@@ -84,7 +84,7 @@ void Run(const Arguments& arguments, bool json)
 
 void AddReportCommand(CLI::App& app, ToolContext& context)
 {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<ReportArguments>();
     CLI::App* report = app.add_subcommand(
         "report", "make a page of measured colours: chart, differences to a reference, spectra, travel of the rows");
     report->add_option("MEASURED", arguments->measured, "measured file, CGATS.17")->required();
