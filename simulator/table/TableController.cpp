@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <stdexcept>
 #include <utility>
 
 #include "simulator/table/WireText.h"
@@ -136,7 +137,47 @@ const TableController::Command TableController::Commands[] = {
 };
 
 TableController::TableController(BenchClock& clock, Faults& faults) : clock(clock), faults(faults), motors(ParkPosition)
-{}
+{
+    flash.OnChange([this] { SaveState(); });
+}
+
+// ---- what outlives the program ----
+
+void TableController::KeepIn(const std::filesystem::path& file)
+{
+    const TableState before = State();
+    if (std::filesystem::exists(file)) {
+        if (motors.IsRunning()) {
+            throw std::runtime_error("the motors are at work.");
+        }
+        Restore(TableState::Load(file));
+    }
+    if (!file.empty() && !State().Save(file)) {
+        Restore(before);
+        throw std::runtime_error("it can't be written.");
+    }
+    keptIn = file;
+}
+
+TableState TableController::State() const
+{
+    const Point arm = motors.LastMotion().PositionAt(motors.LastMotion().End());
+    return {arm, motors.GetCounters(), resets, {flash.Memory().begin(), flash.Memory().end()}};
+}
+
+void TableController::Restore(const TableState& state)
+{
+    motors.Restore(state.arm, state.counters);
+    resets = state.resets;
+    flash.Replace(state.flash);
+}
+
+void TableController::SaveState() const
+{
+    if (!keptIn.empty()) {
+        State().Save(keptIn);
+    }
+}
 
 // ---- the serial line ----
 
@@ -373,6 +414,7 @@ TableController::Answer TableController::Reset(const Request& request)
     scanDelay = 0;
     deafUntil = request.moment + RebootTime;
     ++resets;
+    SaveState();
     return Answer{Data};
 }
 
@@ -394,6 +436,7 @@ void TableController::FinishOperation()
     workingUntil = std::max(workingUntil, motors.OperationEnd());
     lastError = static_cast<int>(motors.Finish());
     Send(workingUntil, acceptedHeader, Data, std::to_string(lastError));
+    SaveState();
 }
 
 TableController::Answer TableController::Initialize(const Request& request)

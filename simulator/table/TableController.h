@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,6 +15,7 @@
 #include "simulator/table/ConfigurationBlock.h"
 #include "simulator/table/TableFlash.h"
 #include "simulator/table/TableMotors.h"
+#include "simulator/table/TableState.h"
 
 namespace J4Bench {
 
@@ -27,6 +29,14 @@ public:
 
     /// The table has just been switched on.
     TableController(BenchClock& clock, Faults& faults);
+    TableController(const TableController&) = delete;
+    TableController& operator=(const TableController&) = delete;
+
+    /// Takes the state of the table from a file, if there is one, and keeps it there whenever flash, arm or counters have
+    /// changed; without a name it is kept no longer.
+    /// @throws std::runtime_error with the reason when the file is damaged or can't be written, or when the motors are at
+    ///         work; nothing is changed then
+    void KeepIn(const std::filesystem::path& file);
 
     /// One character that has come in completely at this moment.
     void Receive(char character, int64_t moment);
@@ -110,6 +120,11 @@ private:
 
     ConfigurationBlock Configuration() const;
 
+    /// The state as it will be when the motors stand.
+    TableState State() const;
+    void Restore(const TableState& state);
+    void SaveState() const;
+
     /// @param workTime  microseconds that the operation takes when it is done
     static Answer FlashAnswer(TableFlash::Status status, int64_t workTime = 0);
 
@@ -133,6 +148,7 @@ private:
     bool currentSeen = false;
     int lastError = 0;
     uint32_t resets = 0;
+    std::filesystem::path keptIn;
 };
 
 }  // namespace J4Bench

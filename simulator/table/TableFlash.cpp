@@ -1,9 +1,7 @@
 #include "simulator/table/TableFlash.h"
 
 #include <algorithm>
-#include <fstream>
 #include <iterator>
-#include <system_error>
 #include <utility>
 
 #include "simulator/table/ConfigurationBlock.h"
@@ -12,7 +10,6 @@ namespace J4Bench {
 
 namespace {
 
-constexpr uint8_t Erased = 0xff;
 constexpr std::string_view BootBanner = "J4 scanning table, boot loader 1.4";
 
 }  // namespace
@@ -88,7 +85,7 @@ TableFlash::Status TableFlash::Erase(uint32_t startSector, uint32_t endSector)
     if (status == Status::Done) {
         const uint32_t count = DoneOf((endSector - startSector + 1) * SectorSize);
         std::fill_n(memory.begin() + startSector * SectorSize, count, Erased);
-        Save();
+        onChange();
     }
     return status;
 }
@@ -111,49 +108,14 @@ TableFlash::Status TableFlash::Copy(uint32_t flashAddress, uint32_t ramAddress, 
         for (uint32_t i = 0; i < done; ++i) {
             memory[flashAddress + i] &= ram[ramAddress + i];
         }
-        Save();
+        onChange();
     }
     return status;
 }
 
 uint32_t TableFlash::DoneOf(uint32_t count) { return std::exchange(isTorn, false) ? count / 2 : count; }
 
-bool TableFlash::KeepIn(const std::filesystem::path& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    if (stream) {
-        std::vector<uint8_t> kept(std::istreambuf_iterator<char>(stream), {});
-        if (kept.size() != MemorySize) {
-            return false;
-        }
-        memory = std::move(kept);
-        stream.close();  // it is about to be replaced
-    }
-    const std::filesystem::path before = std::exchange(keptIn, file);
-    if (!Save()) {
-        keptIn = before;
-        return false;
-    }
-    return true;
-}
-
-bool TableFlash::Save() const
-{
-    if (keptIn.empty()) {
-        return true;
-    }
-    // Whole or not at all, whenever the program ends.
-    std::filesystem::path next = keptIn;
-    next += ".new";
-    std::ofstream stream(next, std::ios::binary);
-    stream.write(reinterpret_cast<const char*>(memory.data()), static_cast<std::streamsize>(memory.size()));
-    stream.close();
-    std::error_code error;
-    if (stream) {
-        std::filesystem::rename(next, keptIn, error);
-    }
-    return stream && !error;
-}
+void TableFlash::Replace(std::span<const uint8_t> content) { std::ranges::copy(content, memory.begin()); }
 
 TableFlash::Status TableFlash::WriteRam(uint32_t ramAddress, std::span<const uint8_t> data)
 {

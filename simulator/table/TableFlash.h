@@ -4,10 +4,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace J4Bench {
@@ -34,6 +35,7 @@ public:
     static constexpr uint32_t WriteAlignment = 512;
     static constexpr uint32_t LargestRead = 256;
     static constexpr uint32_t RamSize = 0x1100;
+    static constexpr uint8_t Erased = 0xff;
     static constexpr uint32_t ConfigurationAddress = 7 * SectorSize;
 
     /// A delivered table: a boot loader below the first sector, erased sectors, the factory's configuration.
@@ -61,11 +63,13 @@ public:
     /// The power fails within the next erase or copy: only its first half is done.
     void TearNext() { isTorn = true; }
 
-    /// Takes the memory from a file, if there is one, and keeps it there after each change.
-    /// @return false when the file can't be written, or is not as long as the memory; nothing is changed then
-    bool KeepIn(const std::filesystem::path& file);
-
     std::span<const uint8_t> Memory() const { return memory; }
+
+    /// Has other content from now on, MemorySize bytes.
+    void Replace(std::span<const uint8_t> content);
+
+    /// Calls this after each erase and copy.
+    void OnChange(std::function<void()> callback) { onChange = std::move(callback); }
 
 private:
     struct Sectors {
@@ -89,14 +93,13 @@ private:
 
     /// How much of an operation's bytes is done. Spends a tear.
     uint32_t DoneOf(uint32_t count);
-    bool Save() const;
 
     std::vector<uint8_t> memory;
     std::vector<uint8_t> ram;
     std::optional<Sectors> unlocked;
     std::optional<Sectors> prepared;
     bool isTorn = false;
-    std::filesystem::path keptIn;
+    std::function<void()> onChange = [] {};
 };
 
 }  // namespace J4Bench

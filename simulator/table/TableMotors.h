@@ -42,6 +42,13 @@ public:
     /// Motors that are off, with the arm standing somewhere.
     explicit TableMotors(Point place) : motion(place) {}
 
+    /// The arm stands there, and so much was done before. The motors are as ready as they were.
+    void Restore(Point place, const Counters& before)
+    {
+        motion = Motion(place);
+        counters = before;
+    }
+
     // Each of these three starts the one operation that may run. Also one that can't be done starts; it ends,
     // with its error and nothing moved, when it should have begun to move. So the host has a quiet line for
     // the questions that it puts between the acceptance of a scan and its motion.

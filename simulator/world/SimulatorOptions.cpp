@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 #include <sstream>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -90,8 +91,9 @@ void SimulatorOptions::AddWorld()
                    });
                },
                [this] { return std::to_string(bench.TableCount()); }});
-    table.Add({"Simulator.FlashFile", "file in which the first table keeps its flash from one program to the next",
-               [this](const std::string& text) { return KeepFlash(text); }, [this] { return flashFile; }});
+    table.Add({"Simulator.StateFile",
+               "file in which the first table keeps position, counters and flash for the next program",
+               [this](const std::string& text) { return KeepState(text); }, [this] { return stateFile; }});
     table.Add({"Simulator.Instruments", "number of instruments, 0 to 128",
                [this](const std::string& text) {
                    return OptionTable::ReadInteger(text, 0, InstrumentRack::MaximumInstruments, [this](int64_t count) {
@@ -191,17 +193,18 @@ Outcome SimulatorOptions::LoadChart(const std::string& fileName)
     return {};
 }
 
-Outcome SimulatorOptions::KeepFlash(const std::string& fileName)
+Outcome SimulatorOptions::KeepState(const std::string& fileName)
 {
     const std::shared_ptr<TableUnit> first = bench.TableAt(0);
     if (first == nullptr) {
         return {Status::InvalidValue, "There is no table."};
     }
-    if (!first->Controller().Flash().KeepIn(PathOf(fileName))) {
-        return {Status::InvalidValue,
-                "The flash can't be kept in '" + fileName + "': it can't be written, or is no file of a flash."};
+    try {
+        first->Controller().KeepIn(PathOf(fileName));
+    } catch (const std::exception& error) {
+        return {Status::InvalidValue, "The table's state can't be kept in '" + fileName + "': " + error.what()};
     }
-    flashFile = fileName;
+    stateFile = fileName;
     return {};
 }
 

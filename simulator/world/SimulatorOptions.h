@@ -23,18 +23,18 @@ public:
     /// @return how the first that is refused failed; those behind it are not set
     Outcome SetAll(const std::string& settings);
 
-    /// The bench is new: there is no chart on it, and its table has a flash of its own.
+    /// The bench is new: there is no chart on it, and its table keeps its state nowhere.
     void Forget()
     {
         chartFile.clear();
-        flashFile.clear();
+        stateFile.clear();
     }
 
 private:
     void AddWorld();
     void AddFaults();
     Outcome LoadChart(const std::string& fileName);
-    Outcome KeepFlash(const std::string& fileName);
+    Outcome KeepState(const std::string& fileName);
     Outcome MoveChart(const std::string& text);
     std::string ChartMoved() const;
     Outcome Seat(const std::string& list);
@@ -44,7 +44,7 @@ private:
     Bench& bench;
     OptionTable table;
     std::string chartFile;
-    std::string flashFile;
+    std::string stateFile;
 };
 
 }  // namespace J4Bench

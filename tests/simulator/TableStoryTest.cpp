@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <regex>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -291,6 +294,64 @@ TEST(TableMotion, RampDataTellWhereTheArmIs)
         const Point end = lone.table.ApertureAt(lone.clock.Now());
         EXPECT_EQ(end.x, x);
         EXPECT_EQ(end.y, y);
+    }
+}
+
+TEST(TableState, OutlivesItsTableAndIsTakenWholeOrNotAtAll)
+{
+    const std::string file = testing::TempDir() + "table.state";
+    std::filesystem::remove(file);
+    LoneTable first;
+    first.table.KeepIn(file);
+    first.line.Ask("i0", TableLine::Long);
+    first.line.Ask(TableLine::MoveTo("m0", 3001, 2503, 300), TableLine::Long);
+    first.line.Ask("uA264083");
+    first.line.Ask("u088");
+    first.line.Ask("u90000155" + std::string(254, 'a'));
+    EXPECT_EQ(first.line.Ask("u11000000003", TableLine::Long), "$u10");
+    const std::vector<std::string> asked = {"p0", "a2", "u8000100000010"};
+    std::map<std::string, std::string> answers;
+    for (const std::string& request : asked) {
+        answers[request] = first.line.Ask(request);
+    }
+
+    LoneTable second;
+    EXPECT_EQ(second.line.Ask("p0"), "$p0007d007d0") << "where it is delivered";
+    second.table.KeepIn(file);
+    for (const std::string& request : asked) {
+        EXPECT_EQ(second.line.Ask(request), answers[request]);
+    }
+    second.line.Ask("i0", TableLine::Long);
+    second.table.KeepIn({});
+    second.line.Ask("i1", TableLine::Long);
+    EXPECT_EQ(TableState::Load(file).arm.x, 3001.0) << "no longer kept";
+
+    const auto resealed = [](std::string text) {
+        uint32_t sum = 0x811c9dc5;
+        for (const char character : text) {
+            sum = (sum ^ static_cast<uint8_t>(character)) * 0x01000193;
+        }
+        return text + "checksum " + ToHex(sum, 8) + "\n";
+    };
+    const std::string head = "J4TAVLA-TABLE 1\n";
+    for (const auto& [text, reason] : std::map<std::string, std::string>{
+             {"CGATS.17\n", "line 1: this is no state of a table."},
+             {resealed(head).substr(0, 30), "line 1: the checksum is not that"},
+             {resealed(head) + "x", "line 2: the checksum is not that"},
+             {resealed(head + "arm 1 nan\n"), "line 2: 'nan' is no value of 'arm'."},
+             {resealed(head + "resets 1\narm 1\n"), "line 3: 'arm' is cut."},
+             {resealed(head + "movements -1\n"), "line 2: '-1' is no value of 'movements'."},
+             {resealed(head + "flash 1e000 " + std::string(64, '0') + "\n"), "line 2: '1e000' is no row of the flash."},
+             {resealed(head + "flash 00000 " + std::string(64, 'g') + "\n"), "line 2: 'gg"},
+             {resealed(head + "colour 1\n"), "line 2: 'colour' is unknown."}}) {
+        std::ofstream(file, std::ios::binary) << text;
+        try {
+            second.table.KeepIn(file);
+            ADD_FAILURE() << text;
+        } catch (const std::runtime_error& error) {
+            EXPECT_TRUE(std::string(error.what()).starts_with(reason)) << error.what();
+        }
+        EXPECT_EQ(second.line.Ask("p0"), "$p0003e80320") << "as it was";
     }
 }
 

@@ -60,12 +60,6 @@ def content_of(name):
         return file.read()
 
 
-def content_at(name, offset, count):
-    with open(name, "rb") as file:
-        file.seek(offset)
-        return file.read(count)
-
-
 def spectra(name):
     """The spectrum of each patch of a file."""
     lines = [line.split() for line in content_of(name).splitlines()]
@@ -197,6 +191,19 @@ class ToolTest(unittest.TestCase):
                 run = tool(arguments, env={**os.environ, "J4TAVLA_OPTIONS": options})
                 self.assertEqual(run.returncode, code, run.stderr)
                 self.assertIn(said, run.stdout + run.stderr)
+
+    def test_a_table_lives_longer_than_the_program(self):
+        table = "--virtual --option Simulator.StateFile=t\u00e4ble.state "
+        self.assertIn("x 333.0 mm, y 222.0 mm", tool(table + "move 333 222").stdout)
+        self.assertIn("x 333.0 mm, y 222.0 mm", tool(table + "position").stdout)
+        kept = content_of("t\u00e4ble.state")
+        for damaged, said in ((kept[:-40], ": the checksum is not that"), ("", "line 1: this is no state"),
+                              (kept.replace("arm 3330", "arm 3331"), ": the checksum is not that")):
+            write("t\u00e4ble.state", damaged)
+            run = tool(table + "position")
+            self.assertEqual(run.returncode, REFUSED, run.stderr)
+            self.assertIn(said, run.stderr)
+            self.assertEqual(content_of("t\u00e4ble.state"), damaged)
 
     def test_ends_with_a_code_for_each_kind_of_failure(self):
         head = b"CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID X\nEND_DATA_FORMAT\nBEGIN_DATA\n"
@@ -480,7 +487,7 @@ class ToolTest(unittest.TestCase):
 
     def test_a_table_whose_write_was_cut_at_any_step_is_rescued(self):
         """The steps are unlock, prepare, erase, load, load, prepare, program, lock; the power fails within one."""
-        table, cut = "--virtual --option Simulator.FlashFile=flash.bin ", "--option Simulator.PowerCutAfterFlashSteps={} "
+        table, cut = "--virtual --option Simulator.StateFile=table.state ", "--option Simulator.PowerCutAfterFlashSteps={} "
         rescue = table + "rescue --yes --json"
         tool(table + "whitebase --save old.cgats")
         write("next.cgats", content_of("old.cgats").replace("1\t0.86", "1\t0.90", 1))
@@ -488,7 +495,7 @@ class ToolTest(unittest.TestCase):
         for command, step in ([("whitebase --write next.cgats --yes", step) for step in range(8)] +
                               [("calibrate", 2), ("calibrate", 6)]):
             with self.subTest(command, step=step):
-                os.remove("flash.bin")
+                os.remove("table.state")
                 run = tool(table + cut.format(step) + command)
                 self.assertEqual(run.returncode, NOT_CONNECTED, run.stderr)
                 self.assertIn("run 'j4tavla rescue'", run.stderr)
@@ -496,13 +503,12 @@ class ToolTest(unittest.TestCase):
                 run = tool(table + "home")
                 self.assertEqual(run.returncode, DEVICE if lost else DONE, run.stderr)
                 self.assertEqual("bring it back with 'j4tavla rescue'" in run.stderr, lost)
-                with open("flash.bin", "rb") as file:
-                    torn = file.read()  # the last is half programmed
+                torn = content_of("table.state")  # the last is half programmed
                 run = tool(rescue)
                 self.assertEqual(run.returncode, DONE, run.stderr)
                 self.assertEqual(json.loads(run.stdout)["written"] is not None, lost)
                 self.assertIn("380 nm  0.90000" if step == 7 else "380 nm  0.86000", tool(table + "whitebase").stdout)
-        write("flash.bin", torn)
+        write("table.state", torn)
         for arguments, code, said in (("", NOT_CONFIRMED, "nothing was written"),
                                       ("broken.block --yes", FILE, "is no whole configuration"),
                                       ("missing.block --yes", FILE, "can't be read"),
@@ -512,7 +518,7 @@ class ToolTest(unittest.TestCase):
             self.assertIn(said, run.stderr)
         for step in range(8):
             with self.subTest("rescue", step=step):
-                write("flash.bin", torn)
+                write("table.state", torn)
                 run = tool(cut.format(step) + rescue)
                 self.assertEqual(run.returncode, NOT_CONNECTED, run.stderr)
                 run = tool(rescue)
@@ -687,12 +693,12 @@ class TerminalTest(unittest.TestCase):
         for command, wait, end in ([(command, 0.0, signal.SIGINT) for command in commands] +
                                    [("spot 300 300", 0.9, end) for end in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)]):
             with self.subTest(command, wait=wait, end=end):
-                if os.path.exists("flash.bin"):
-                    os.remove("flash.bin")
+                if os.path.exists("table.state"):
+                    os.remove("table.state")
                 with subprocess.Popen([PROGRAM] + ("--virtual --option Simulator.TimeScale=0.2 --option "
-                                                   "Simulator.FlashFile=flash.bin " + command).split(),
+                                                   "Simulator.StateFile=table.state " + command).split(),
                                       stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True) as working:
-                    while not os.path.exists("flash.bin"):  # signals are kept before it is there
+                    while not os.path.exists("table.state"):  # signals are kept before it is there
                         self.assertIsNone(working.poll())
                         time.sleep(0.002)
                     time.sleep(wait)  # into the calibration
@@ -706,24 +712,24 @@ class TerminalTest(unittest.TestCase):
         self.assertEqual(code, INTERRUPTED, shown)
 
     def test_no_signal_cuts_a_write(self):
-        tool("--virtual --option Simulator.FlashFile=flash.bin whitebase --save old.cgats")
+        tool("--virtual --option Simulator.StateFile=table.state whitebase --save old.cgats")
         write("next.cgats", content_of("old.cgats").replace("1\t0.86", "1\t0.90", 1))
         for end, code in ((signal.SIGINT, INTERRUPTED), (signal.SIGTERM, INTERRUPTED),
                           (signal.SIGUSR1, -signal.SIGUSR1), (signal.SIGKILL, -signal.SIGKILL)):
             with self.subTest(end=end):
-                os.remove("flash.bin")
-                with subprocess.Popen([PROGRAM] + ("--virtual --option Simulator.FlashFile=flash.bin --option "
+                os.remove("table.state")
+                with subprocess.Popen([PROGRAM] + ("--virtual --option Simulator.StateFile=table.state --option "
                                                    "Simulator.TimeScale=0.3 whitebase --yes --write next.cgats").split(),
                                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as writing:
                     # A sector that is erased and not yet programmed.
-                    while not os.path.exists("flash.bin") or content_at("flash.bin", 7 * 0x2000, 4) != b"\xff" * 4:
+                    while not os.path.exists("table.state") or "flash 0e000 " in content_of("table.state"):
                         self.assertIsNone(writing.poll())
                         time.sleep(0.002)
                     writing.send_signal(end)
                 self.assertEqual(writing.returncode, code)
-                run = tool("--virtual --option Simulator.FlashFile=flash.bin rescue --yes --json")
+                run = tool("--virtual --option Simulator.StateFile=table.state rescue --yes --json")
                 self.assertEqual(json.loads(run.stdout)["written"] is not None, end == signal.SIGKILL, run.stderr)
-                run = tool("--virtual --option Simulator.FlashFile=flash.bin whitebase")
+                run = tool("--virtual --option Simulator.StateFile=table.state whitebase")
                 self.assertIn("380 nm  0.86000" if end == signal.SIGKILL else "380 nm  0.90000", run.stdout)
 
     def test_corners_are_taken_with_the_arrow_keys(self):
