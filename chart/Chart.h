@@ -30,6 +30,7 @@ struct Patch {
     std::optional<Colorimetry::Triple> xyz;  ///< D50, white has Y = 100
     std::optional<Colorimetry::Triple> lab;  ///< D50
     std::optional<Reading> reading;
+    std::optional<double> repeatSpread;  ///< of several measurements from their mean, CIEDE2000
 
     /// CIELab: of the spectrum, or else the patch's own, or else of XYZ; nothing where there is none of them.
     std::optional<Colorimetry::Triple> Colour() const;

@@ -238,6 +238,7 @@ public:
           rowPlaces(FindGroup<2>(table, {"SCAN_ROW", "SCAN_COLUMN"})),
           way(table.FindField("SCAN_WAY")),
           reading(FindGroup<3>(table, {"SCAN_SAMPLES", "SCAN_SPREAD", "SCAN_RESIDUAL"})),
+          repeatSpread(FindGroup<1>(table, {"REPEAT_SPREAD"})),
           spectra(table),
           lab(FindGroup<3>(table, {"LAB_L", "LAB_A", "LAB_B"})),
           xyz(FindGroup<3>(table, {"XYZ_X", "XYZ_Y", "XYZ_Z"})),
@@ -372,6 +373,9 @@ private:
             const auto [samples, spread, residual] = reading.Read(table, row, measure);
             patch.reading = Reading{text(way), static_cast<size_t>(samples), spread, residual};
         }
+        if (repeatSpread) {
+            patch.repeatSpread = repeatSpread.Read(table, row, measure)[0];
+        }
         if (lab) {
             patch.lab = lab.Read(table, row, colour);
         }
@@ -398,6 +402,7 @@ private:
     FieldGroup<2> rowPlaces;
     int way;
     FieldGroup<3> reading;
+    FieldGroup<1> repeatSpread;
     SpectralFields spectra;
     FieldGroup<3> lab;
     FieldGroup<3> xyz;

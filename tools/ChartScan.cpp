@@ -58,6 +58,7 @@ void ChartScan::Run()
     const ScanState state = scanner.State(measurements);
     if (state.patchesDone == state.patches) {
         CheckColours();
+        TellRepeats();
         WriteWhole();
         progress.Ended(state, "done", files.whole.Name());
         return;
@@ -115,6 +116,18 @@ void ChartScan::CheckColours()
             "--align --restart; or scan by a layout without colours.");
     }
     progress.Differences(check.Summary(), check.Words());
+}
+
+void ChartScan::TellRepeats()
+{
+    const size_t repeats = scanner.State(measurements).repeats;
+    if (repeats > 1) {
+        std::vector<double> spreads;
+        for (const auto& reading : measurements) {
+            spreads.push_back(reading->repeatSpread);
+        }
+        progress.Repeats(repeats, J4Chart::DifferenceSummary(spreads));
+    }
 }
 
 void ChartScan::WriteWhole()

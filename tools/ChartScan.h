@@ -42,6 +42,7 @@ public:
 private:
     std::vector<size_t> ScanRows();
     void CheckColours();
+    void TellRepeats();
     void WriteWhole();
     bool WriteOrAsk(const std::string& text);
     void EndWithPartial(const char* result);

@@ -18,7 +18,14 @@ using J4Chart::CgatsTable;
 
 namespace {
 
-void AddFields(CgatsTable& table, const ChartLayout& layout)
+/// A column that a file has where this condition announces it.
+bool IsAnnounced(const MeasurementFile::Conditions& conditions, const char* keyword)
+{
+    return std::any_of(conditions.begin(), conditions.end(),
+                       [keyword](const auto& condition) { return condition.first == keyword; });
+}
+
+void AddFields(CgatsTable& table, const ChartLayout& layout, const MeasurementFile::Conditions& conditions)
 {
     table.fields = {"SAMPLE_ID", "SAMPLE_NAME"};
     table.fields.insert(table.fields.end(), layout.DeviceFields().begin(), layout.DeviceFields().end());
@@ -26,6 +33,9 @@ void AddFields(CgatsTable& table, const ChartLayout& layout)
     MeasuredColumns::AddRowFields(table.fields);
     for (const char* field : {"SCAN_WAY", "SCAN_SAMPLES", "SCAN_SPREAD", "SCAN_RESIDUAL"}) {
         table.fields.push_back(field);
+    }
+    if (IsAnnounced(conditions, "REPEATS")) {
+        table.fields.emplace_back("REPEAT_SPREAD");
     }
     MeasuredColumns::AddColourFields(table.fields);
 }
@@ -43,7 +53,8 @@ std::vector<RowPlace> PlacesInRows(const ChartLayout& layout)
     return places;
 }
 
-std::vector<std::string> Values(const ChartLayout& layout, size_t index, RowPlace rowPlace, const PatchReading& reading)
+std::vector<std::string> Values(const ChartLayout& layout, size_t index, RowPlace rowPlace, const PatchReading& reading,
+                                const MeasurementFile::Conditions& conditions)
 {
     const J4Chart::Patch& patch = layout.Patches()[index];
     std::vector<std::string> values = {std::to_string(index + 1), patch.name};
@@ -54,6 +65,9 @@ std::vector<std::string> Values(const ChartLayout& layout, size_t index, RowPlac
     values.push_back(std::to_string(reading.samples));
     values.push_back(FixedText(reading.spread, MeasuredColumns::ColourDigits));
     values.push_back(FixedText(reading.residual, MeasuredColumns::PlaceDigits));
+    if (IsAnnounced(conditions, "REPEATS")) {
+        values.push_back(FixedText(reading.repeatSpread, MeasuredColumns::ColourDigits));
+    }
     MeasuredColumns::AddColour(values, reading.spectrum);
     return values;
 }
@@ -99,7 +113,7 @@ CgatsTable FullHead(const ChartLayout& layout, const MeasurementFile::Conditions
     if (const double turn = layout.Places().front().Rotation(); std::abs(turn) > 1e-9) {
         table.SetKeyword("LAYOUT_ROTATION", FixedText(turn * 180.0 / std::numbers::pi, 4));
     }
-    AddFields(table, layout);
+    AddFields(table, layout, conditions);
     table.fieldsLine = layout.FieldsLine();
     return table;
 }
@@ -111,7 +125,8 @@ CgatsTable FullTable(const ChartLayout& layout, const Measurements& measurements
     const std::vector<RowPlace> places = PlacesInRows(layout);
     for (size_t i = 0; i < measurements.size(); ++i) {
         if (measurements[i]) {
-            table.rows.push_back({Values(layout, i, places[i], *measurements[i]), layout.Patches()[i].line});
+            table.rows.push_back(
+                {Values(layout, i, places[i], *measurements[i], conditions), layout.Patches()[i].line});
         }
     }
     return table;
@@ -150,6 +165,7 @@ PatchReading ReadingOf(const J4Chart::Patch& patch)
         reading.spread = patch.reading->spread;
         reading.residual = patch.reading->residual;
     }
+    reading.repeatSpread = patch.repeatSpread.value_or(0.0);
     return reading;
 }
 
@@ -169,7 +185,7 @@ auto WriteOf(Write write)
 {
     throw ToolError(
         ExitCode::File, "partial file '" + fileName + "': " + reason,
-        "Resume with the layout, table and instrument that it was begun with, or begin anew with --restart.");
+        "Resume with the layout, options, table and instrument that it was begun with, or begin anew with --restart.");
 }
 
 }  // namespace
@@ -193,13 +209,13 @@ std::string MeasurementFile::HeadText(const ChartLayout& layout, const Condition
 }
 
 std::string MeasurementFile::RowsText(const ChartLayout& layout, const std::vector<size_t>& patches,
-                                      const Measurements& measurements)
+                                      const Measurements& measurements, const Conditions& conditions)
 {
     const std::vector<RowPlace> places = PlacesInRows(layout);
     std::string text;
     for (const size_t patch : patches) {
         if (measurements[patch]) {
-            const CgatsTable::Row row = {Values(layout, patch, places[patch], *measurements[patch]),
+            const CgatsTable::Row row = {Values(layout, patch, places[patch], *measurements[patch], conditions),
                                          layout.Patches()[patch].line};
             text += WriteOf([&] { return J4Chart::CgatsFile::RowText(row); });
         }
@@ -221,6 +237,15 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
     for (const auto& [keyword, value] : conditions) {
         if (keyword.ends_with("_SERIAL") && partial.Condition(keyword) != value) {
             Refuse(fileName, keyword + " is '" + partial.Condition(keyword) + "' and not '" + value + "'");
+        }
+    }
+    // Rows that were scanned otherwise do not go into one file with those of this scan.
+    J4Chart::Chart wanted;
+    wanted.conditions = conditions;
+    for (const char* keyword : {"REPEATS"}) {
+        if (partial.Condition(keyword) != wanted.Condition(keyword)) {
+            Refuse(fileName, std::string(keyword) + " is '" + partial.Condition(keyword) + "' and not '" +
+                                 wanted.Condition(keyword) + "'");
         }
     }
     Measurements measurements(layout.Patches().size());

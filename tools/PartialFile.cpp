@@ -35,8 +35,8 @@ std::string PartialFile::Begin(const Measurements& measurements)
     std::vector<size_t> all(measurements.size());
     std::iota(all.begin(), all.end(), size_t{0});
     try {
-        const std::string text =
-            MeasurementFile::HeadText(layout, conditions) + MeasurementFile::RowsText(layout, all, measurements);
+        const std::string text = MeasurementFile::HeadText(layout, conditions) +
+                                 MeasurementFile::RowsText(layout, all, measurements, conditions);
         WriteAtomically(name, text);
         size = static_cast<long long>(text.size());
     } catch (const ToolError& error) {
@@ -54,7 +54,7 @@ std::string PartialFile::Begin(const Measurements& measurements)
 
 std::string PartialFile::Add(const std::vector<size_t>& patches, const Measurements& measurements)
 {
-    unwritten += MeasurementFile::RowsText(layout, patches, measurements);
+    unwritten += MeasurementFile::RowsText(layout, patches, measurements, conditions);
     if (file == nullptr) {
         return Begin(measurements);
     }

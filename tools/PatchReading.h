@@ -25,9 +25,10 @@ inline constexpr std::array<const char*, 3> WayWords = {"by recognition", "by a 
 struct PatchReading {
     J4Chart::Spectrum spectrum{};
     ReadingWay way = ReadingWay::Recognised;
-    size_t samples = 0;     ///< that were averaged; 0 where the instrument does not tell
-    double spread = 0.0;    ///< of these samples, CIE 1976, root mean square
-    double residual = 0.0;  ///< of the row's edges, mm; 0 unless the row was fitted
+    size_t samples = 0;         ///< that were averaged; 0 where the instrument does not tell
+    double spread = 0.0;        ///< of these samples, CIE 1976, root mean square
+    double residual = 0.0;      ///< of the row's edges, mm; 0 unless the row was fitted
+    double repeatSpread = 0.0;  ///< of the scans that were averaged from their mean, CIEDE2000; 0 for a single one
 
     bool operator==(const PatchReading&) const = default;
 };

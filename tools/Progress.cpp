@@ -89,12 +89,18 @@ void Progress::Started(const ScanState& state)
 void Progress::RowBegins(const ScanState& state, size_t row, ReadingWay way)
 {
     if (form == Form::Json) {
-        PrintJson(StateLine("rowBegins", state, {{"row", row + 1}, {"way", WayNames[static_cast<size_t>(way)]}}),
-                  output);
+        Json more = {{"row", row + 1}, {"way", WayNames[static_cast<size_t>(way)]}};
+        if (state.repeats > 1) {
+            more["repeat"] = state.repeat;
+        }
+        PrintJson(StateLine("rowBegins", state, more), output);
         return;
     }
     now = "row " + std::to_string(row + 1) + " of " + std::to_string(state.rows) + " " +
           WayWords[static_cast<size_t>(way)];
+    if (state.repeats > 1) {
+        now += ", scan " + std::to_string(state.repeat) + " of " + std::to_string(state.repeats);
+    }
     if (form == Form::Bar) {
         Draw(state);
     } else {
@@ -141,6 +147,26 @@ void Progress::Differences(const J4Chart::DifferenceSummary& summary, const std:
     } else {
         Line(words);
     }
+}
+
+void Progress::Repeats(size_t repeats, const J4Chart::DifferenceSummary& spreads)
+{
+    if (form == Form::Json) {
+        PrintJson({{"event", "repeats"},
+                   {"formula", "CIEDE2000"},
+                   {"repeats", repeats},
+                   {"mean", spreads.Mean()},
+                   {"percentile95", spreads.Percentile95()},
+                   {"maximum", spreads.Maximum()}},
+                  output);
+        return;
+    }
+    char text[160];
+    std::snprintf(text, sizeof text,
+                  "Each row was scanned %zu times; the scans of a patch differ from their mean by %.3f in the mean, at "
+                  "most by %.3f (CIEDE2000)",
+                  repeats, spreads.Mean(), spreads.Maximum());
+    Line(text);
 }
 
 void Progress::Ended(const ScanState& state, const std::string& result, const std::string& fileName)

@@ -30,6 +30,9 @@ public:
     /// @param words  the same for people
     void Differences(const J4Chart::DifferenceSummary& summary, const std::string& words);
 
+    /// How far the scans of the patches lie from their means.
+    void Repeats(size_t repeats, const J4Chart::DifferenceSummary& spreads);
+
     /// For instance "[####....] 3/6 rows, 75/150 patches, 1:20 left", as long as a line of the terminal may be.
     static std::string Bar(const ScanState& state, double secondsLeft, int width);
 

@@ -135,7 +135,7 @@ std::string RowReader::Fit(const RowPlan::Pass& pass, int carried, Readings& rea
             const auto index = static_cast<size_t>(place - row.begin());
             spectra[index] = reading.mean;
             readings[index] =
-                PatchReading{reading.mean, ReadingWay::Fitted, reading.samples, reading.spread, fit.Residual()};
+                PatchReading{reading.mean, ReadingWay::Fitted, reading.samples, reading.spread, fit.Residual(), 0.0};
             --missing;
         }
     }
@@ -312,7 +312,7 @@ std::optional<PatchReading> RowReader::MeasureOne(size_t patch)
         (group.members.size() < LeastSpots || span < LeastSpan || !group.isAtTheEnd)) {
         return std::nullopt;
     }
-    return PatchReading{group.mean, ReadingWay::Spot, group.members.size(), group.spread, 0.0};
+    return PatchReading{group.mean, ReadingWay::Spot, group.members.size(), group.spread, 0.0, 0.0};
 }
 
 }  // namespace J4Tool

@@ -14,6 +14,8 @@ struct ScanState {
     size_t rows = 0;
     size_t patchesDone = 0;
     size_t patches = 0;
+    size_t repeat = 1;   ///< of the row in hand, counted from 1
+    size_t repeats = 1;  ///< how often each row is scanned
 };
 
 class ScanListener {

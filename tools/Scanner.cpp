@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tools/RepeatedReading.h"
 #include "tools/StatusTable.h"
 #include "tools/ToolError.h"
 
@@ -17,7 +18,12 @@ double Distance(Point from, Point to) { return std::hypot(to.x - from.x, to.y - 
 ScanState Scanner::State(const Measurements& measurements) const
 {
     const size_t rows = layout.Rows().size();
-    return {rows - OpenRows(layout, measurements).size(), rows, CountMeasured(measurements), layout.Patches().size()};
+    return {rows - OpenRows(layout, measurements).size(),
+            rows,
+            CountMeasured(measurements),
+            layout.Patches().size(),
+            1,
+            settings.repeats};
 }
 
 std::vector<size_t> Scanner::Run(Measurements& measurements)
@@ -25,13 +31,9 @@ std::vector<size_t> Scanner::Run(Measurements& measurements)
     listener.Started(State(measurements));
     const RowPlan order(layout, settings.margin, session.Position(), settings.bothWays, OpenRows(layout, measurements));
     std::vector<size_t> failed;
-    for (RowPlan::Pass pass : order.Passes()) {
+    for (const RowPlan::Pass& pass : order.Passes()) {
         if (stop()) {
             break;
-        }
-        // A row that was tried in several ways may have left the arm at its other end.
-        if (settings.bothWays && here && Distance(*here, pass.end) < Distance(*here, pass.start)) {
-            pass = Along(pass.row, !pass.reversed);
         }
         if (ScanRow(pass, measurements)) {
             keep(pass.row);
@@ -53,28 +55,49 @@ RowPlan::Pass Scanner::Along(size_t row, bool reversed) const
     return RowPlan::Along(layout, row, settings.margin, reversed);
 }
 
+RowPlan::Pass Scanner::FromHere(const RowPlan::Pass& pass) const
+{
+    // A row that was tried in several ways, or several times, may have left the arm at its other end.
+    const bool isTurned = settings.bothWays && here && Distance(*here, pass.end) < Distance(*here, pass.start);
+    return isTurned ? Along(pass.row, !pass.reversed) : pass;
+}
+
 bool Scanner::ScanRow(const RowPlan::Pass& planned, Measurements& measurements)
 {
     const ChartLayout::Row& patches = layout.Rows()[planned.row];
-    const std::vector<ReadingWay> ways = Ways(planned.row);
-    RowPlan::Pass pass = planned;
-    Readings readings;
+    std::vector<std::vector<PatchReading>> all(patches.size());
+    ScanState state = State(measurements);
+    for (state.repeat = 1; state.repeat <= settings.repeats; ++state.repeat) {
+        Readings readings;
+        if ((state.repeat > 1 && stop()) || !ReadRow(FromHere(planned), state, readings)) {
+            return false;
+        }
+        for (size_t i = 0; i < patches.size(); ++i) {
+            all[i].push_back(*readings[i]);
+        }
+    }
+    for (size_t i = 0; i < patches.size(); ++i) {
+        measurements[patches[i]] = AverageOf(all[i]);
+    }
+    return true;
+}
+
+bool Scanner::ReadRow(RowPlan::Pass pass, const ScanState& state, Readings& readings)
+{
+    const std::vector<ReadingWay> ways = Ways(pass.row);
     int attempt = 0;
     for (const ReadingWay way : ways) {
-        listener.RowBegins(State(measurements), pass.row, way);
+        listener.RowBegins(state, pass.row, way);
         for (int tries = 0;; ++tries) {
             const std::string fault = Attempt(way, pass, readings);
             here = pass.end;
             if (fault.empty()) {
-                for (size_t i = 0; i < patches.size(); ++i) {
-                    measurements[patches[i]] = readings[i];
-                }
                 return true;
             }
             // Another way finds more than the same way again.
             const bool sameAgain = way == ways.back() && tries < settings.retries;
             const bool again = (sameAgain || way != ways.back()) && !stop();
-            listener.RowFailed(State(measurements), pass.row, ++attempt, fault, again);
+            listener.RowFailed(state, pass.row, ++attempt, fault, again);
             if (!again) {
                 return false;
             }
@@ -131,7 +154,7 @@ std::string Scanner::Recognise(const RowPlan::Pass& pass, Readings& readings)
     if (fault.empty()) {
         readings.clear();
         for (const Session::Spectrum& spectrum : spectra) {
-            readings.push_back(PatchReading{spectrum, ReadingWay::Recognised, 0, 0.0, 0.0});
+            readings.push_back(PatchReading{spectrum, ReadingWay::Recognised, 0, 0.0, 0.0, 0.0});
         }
     }
     return fault;

@@ -23,6 +23,7 @@ public:
         double margin = J4Chart::ScanMotion::UsualMargin;  ///< bare paper before and behind a row, mm
         int retries = 2;                                   ///< how often a failed row is tried again
         bool bothWays = true;
+        size_t repeats = 1;  ///< how often each row is scanned; the readings of a patch are averaged
     };
 
     Scanner(Session& session, const ChartLayout& layout, const Settings& settings, ScanListener& listener)
@@ -51,12 +52,20 @@ public:
     ScanState State(const Measurements& measurements) const;
 
 private:
+    using Readings = std::vector<std::optional<PatchReading>>;
+
+    /// Scans a row as often as it is wanted.
     /// @return false when the row has failed for good or the scan is stopped
     bool ScanRow(const RowPlan::Pass& planned, Measurements& measurements);
 
+    /// Scans it once, in one way after the other.
+    /// @return as above
+    bool ReadRow(RowPlan::Pass pass, const ScanState& state, Readings& readings);
+
     RowPlan::Pass Along(size_t row, bool reversed) const;
 
-    using Readings = std::vector<std::optional<PatchReading>>;
+    /// The same row from the end that is nearer to where the arm stands, where rows may be scanned both ways.
+    RowPlan::Pass FromHere(const RowPlan::Pass& pass) const;
 
     /// The ways to read a row, in the order in which they are tried.
     std::vector<ReadingWay> Ways(size_t row) const;

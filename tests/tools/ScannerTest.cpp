@@ -108,9 +108,10 @@ public:
 
 class ScannerTest : public testing::Test {
 protected:
-    std::vector<size_t> Run(int retries = 2)
+    std::vector<size_t> Run(int retries = 2, size_t repeats = 1)
     {
         Scanner::Settings settings;
+        settings.repeats = repeats;
         settings.retries = retries;
         Scanner scanner(session, layout, settings, ear);
         scanner.stop = [this] { return stopped; };
@@ -201,6 +202,39 @@ TEST_F(ScannerTest, ARowThatFailsInEveryAttemptLeavesTheOthers)
     table.scans.clear();
     EXPECT_TRUE(Run().empty());
     EXPECT_THAT(table.scans, ElementsAre("A1"));
+}
+
+TEST_F(ScannerTest, RepeatedScansOfARowAreAveragedAndARowWithoutAllOfThemIsOpen)
+{
+    const auto lighter = [](float by) {
+        return ScriptedTable::Event{0, [by](auto& samples) {
+                                        for (float& value : samples.front()) {
+                                            value += by;
+                                        }
+                                    }};
+    };
+    // The first patch of the first row is seen at the beginning of one scan, and at the end of the way back.
+    table.events = {lighter(0.003f), {0, [](auto& samples) { samples.pop_back(); }}, {}, lighter(0.006f)};
+    table.onScan = [this] { stopped = table.scans.size() == 8; };
+    EXPECT_TRUE(Run(2, 3).empty());
+    EXPECT_THAT(table.scans, ElementsAre("A1", "A1<", "A1<", "A1", "B1<", "B1", "B1<", "C1", "C1<"));
+    EXPECT_THAT(ear.failures, ElementsAre("1.1 again: 4 patches were found instead of 5"));
+    EXPECT_THAT(OpenRows(layout, measurements), ElementsAre(2u)) << "it was scanned twice and not three times";
+
+    ASSERT_TRUE(measurements[0] && measurements[1]);
+    EXPECT_NEAR(measurements[0]->spectrum[7], ReflectanceOf(0, 0) + 0.003f, 1e-6);
+    EXPECT_NEAR(measurements[1]->spectrum[7], ReflectanceOf(0, 1), 1e-6);
+    EXPECT_EQ(measurements[1]->repeatSpread, 0.0);
+    // Greys differ in lightness alone, and CIEDE2000 weighs that by where it lies.
+    const auto lightness = [](float reflectance) { return 116.0 * std::cbrt(static_cast<double>(reflectance)) - 16.0; };
+    const double light[] = {lightness(0.033f), lightness(0.03f), lightness(0.036f)};
+    const double mean = (light[0] + light[1] + light[2]) / 3.0;
+    double wanted = 0.0;
+    for (const double value : light) {
+        const double square = std::pow((value + mean) / 2.0 - 50.0, 2.0);
+        wanted += std::abs(value - mean) / (1.0 + 0.015 * square / std::sqrt(20.0 + square)) / 3.0;
+    }
+    EXPECT_NEAR(measurements[0]->repeatSpread, wanted, 1e-6);
 }
 
 TEST_F(ScannerTest, EndsAtOnceWhereNoAttemptCanHelp)

@@ -60,6 +60,13 @@ def content_of(name):
         return file.read()
 
 
+def column(name, field):
+    """The texts of a field of a file, one for each patch."""
+    lines = [line.split() for line in content_of(name).splitlines()]
+    index = lines[lines.index(["BEGIN_DATA_FORMAT"]) + 1].index(field)
+    return [row[index] for row in lines[lines.index(["BEGIN_DATA"]) + 1:lines.index(["END_DATA"])]]
+
+
 def spectra(name):
     """The spectrum of each patch of a file."""
     lines = [line.split() for line in content_of(name).splitlines()]
@@ -318,6 +325,35 @@ class ToolTest(unittest.TestCase):
         self.assertIn('"event":"start","rowsDone":2,"rows":4,"patchesDone":20', run.stdout)
         self.assert_measured("m.cgats", "layout.cgats")
         self.assertFalse(os.path.exists("m.cgats.partial"))
+
+    def test_rows_are_scanned_several_times_where_that_is_wanted(self):
+        scan = "--virtual --option Simulator.Noise=0.0005 scan chart.cgats -o m.cgats --json "
+        run = tool(scan + "--repeat 4")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        events = [json.loads(line) for line in run.stdout.splitlines()]
+        self.assertEqual([event["repeat"] for event in events if event["event"] == "rowBegins"], [1, 2, 3, 4] * 4)
+        told = next(event for event in events if event["event"] == "repeats")
+        spreads = [float(value) for value in column("m.cgats", "REPEAT_SPREAD")]
+        self.assertEqual(told["repeats"], 4)
+        self.assertAlmostEqual(told["mean"], sum(spreads) / len(spreads), delta=1e-4)
+        self.assertAlmostEqual(told["maximum"], max(spreads), delta=1e-4)
+        self.assertGreater(min(spreads), 0)
+        self.assertIn('REPEATS "4"', content_of("m.cgats"))
+        self.assertEqual(tool("report m.cgats -o r.html").returncode, DONE)
+        self.assertIn('"repeatSpread":', content_of("r.html"))
+
+        # What was begun is gone on with in the same way only, and is the same then.
+        whole = content_of("m.cgats").splitlines(True)
+        begin = whole.index("BEGIN_DATA\n") + 1
+        write("m.cgats.partial", "".join(line for line in whole[:begin + 20] if not line.startswith("NUMBER_OF_SETS")))
+        os.remove("m.cgats")
+        run = tool(scan + "--resume --repeat 2")
+        self.assertEqual(run.returncode, FILE, run.stdout)
+        self.assertIn("REPEATS is '4' and not '2'", run.stderr)
+        run = tool(scan + "--resume --repeat 4")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        self.assertEqual(content_of("m.cgats").splitlines(True)[begin:begin + 20], whole[begin:begin + 20])
+        self.assertEqual(len([line for line in run.stdout.splitlines() if '"rowBegins"' in line]), 2 * 4)
 
     def test_every_honest_chart_is_measured_and_a_wrong_one_refused(self):
         """What lies on the bed is the chart moved by dx, dy, with what its name says on it; the layout tells no colours

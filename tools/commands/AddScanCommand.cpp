@@ -38,6 +38,7 @@ struct ScanArguments {
     std::string output;
     std::optional<double> margin;
     int retries = 2;
+    int repeats = 1;
     bool oneWay = false;
     bool align = false;
     bool trustPlace = false;
@@ -141,6 +142,7 @@ private:
         arguments.chart.PlaceCorners(layout, *session, units);
         const WorkArea area = WorkArea::Of(*session);
         const ScanPlan plan = Plan(area, UsualIntegrationTime);
+        const double repeats = arguments.repeats;
         Json rows = Json::array();
         for (size_t row = 0; row < plan.Rows().size(); ++row) {
             const ScanPlan::Row& entry = plan.Rows()[row];
@@ -151,22 +153,23 @@ private:
                                 {"patches", patches},
                                 {"way", WayNames[way]},
                                 {"speed", entry.speed > 0 ? Json(entry.speed) : Json(nullptr)},
-                                {"seconds", std::round(entry.seconds * 10.0) / 10.0}});
+                                {"seconds", std::round(repeats * entry.seconds * 10.0) / 10.0}});
             } else {
                 Print(stdout, "row %zu, %s: %s%s, %.1f s\n", row + 1, Plural(patches, "patch").c_str(), WayWords[way],
-                      entry.speed > 0 ? (" at " + std::to_string(entry.speed) + " mm/s").c_str() : "", entry.seconds);
+                      entry.speed > 0 ? (" at " + std::to_string(entry.speed) + " mm/s").c_str() : "",
+                      repeats * entry.seconds);
             }
         }
         if (context.json) {
             PrintJson({{"rows", rows},
                        {"patches", layout.Patches().size()},
-                       {"seconds", std::round(plan.Seconds() * 10.0) / 10.0}});
+                       {"seconds", std::round(repeats * plan.Seconds() * 10.0) / 10.0}});
         } else {
             Print(stdout,
                   "%s in %s, about %.0f s when every row is read at the first try, and some 20 s for the tile and "
                   "the chart's place\n",
                   Plural(layout.Patches().size(), "patch").c_str(), Plural(layout.Rows().size(), "row").c_str(),
-                  plan.Seconds());
+                  repeats * plan.Seconds());
         }
     }
 
@@ -230,7 +233,7 @@ private:
     MeasurementFile::Conditions Conditions()
     {
         const auto option = [this](const char* key) { return ValueText(session->GetOption(key)); };
-        return {
+        MeasurementFile::Conditions conditions = {
             {"ORIGINATOR", "j4tavla, " + option("J4TVersion")},
             {"DESCRIPTOR", "Measured chart " + ValueText(NameOf(PathOf(arguments.chart.layout).filename()))},
             {"CREATED", DateText(std::time(nullptr))},
@@ -246,6 +249,10 @@ private:
             {"SCAN_DELAY", option("J4TScanDelay")},
             {"SCAN_MARGIN", J4Chart::NumberText(Settings().margin)},
         };
+        if (arguments.repeats > 1) {
+            conditions.emplace_back("REPEATS", std::to_string(arguments.repeats));
+        }
+        return conditions;
     }
 
     Scanner::Settings Settings() const
@@ -253,6 +260,7 @@ private:
         Scanner::Settings settings;
         settings.margin = arguments.margin ? units.ToMillimetres(*arguments.margin) : settings.margin;
         settings.retries = arguments.retries;
+        settings.repeats = static_cast<size_t>(arguments.repeats);
         settings.bothWays = !arguments.oneWay;
         return settings;
     }
@@ -299,6 +307,13 @@ void AddScanCommand(CLI::App& app, ToolContext& context)
     command->add_option("--retries", arguments->retries, "how often a row that failed is scanned again")
         ->capture_default_str()
         ->check(CLI::Range(0, 100));
+    command
+        ->add_option("--repeat", arguments->repeats,
+                     "scan each row so often and average; REPEAT_SPREAD is how far the scans lie from their mean "
+                     "(mean difference, CIEDE2000)")
+        ->type_name("N")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 100));
     command->add_flag("--one-way", arguments->oneWay, "scan all rows in the same direction");
     CLI::Option* align = command->add_flag("--align", arguments->align,
                                            "let the instrument find the chart: up to half a patch and two degrees off");

@@ -172,6 +172,7 @@ void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Char
         patch.name = source.name;
         patch.measured = SideOf(source);
         patch.reading = source.reading;
+        patch.repeatSpread = source.repeatSpread;
         outside += patch.measured.colour.inGamut ? 0 : 1;
         if (references[i]) {
             patch.reference = SideOf(reference->patches[*references[i]]);

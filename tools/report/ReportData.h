@@ -38,7 +38,8 @@ public:
         Side measured;
         std::optional<Side> reference;
         std::optional<J4Chart::Reading> reading;
-        std::vector<double> differences;  ///< one for each formula; empty without a reference
+        std::optional<double> repeatSpread;  ///< of several scans from their mean, CIEDE2000
+        std::vector<double> differences;     ///< one for each formula; empty without a reference
     };
 
     struct Formula {

@@ -96,6 +96,10 @@
         if (patch.reading) {
             byId('patch-figures').append(element('p', {class: 'note'}, readingText(patch.reading)));
         }
+        if (patch.repeatSpread != null) {
+            byId('patch-figures').append(element('p', {class: 'note'},
+                `Average of several scans, ${figure(patch.repeatSpread, 3)} from their mean (CIEDE2000).`));
+        }
         if (sides.some(([, side]) => !side.inGamut)) {
             byId('patch-figures').append(element('p', {class: 'note'},
                 'This colour lies outside what an sRGB screen can show.'));
