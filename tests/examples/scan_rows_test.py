@@ -1,45 +1,26 @@
 #!/usr/bin/env python3
 """Runs an example program that scans rows on the virtual table: what it prints, and how it fails.
 
-usage: scan_rows_test.py PROGRAM [ARGUMENT...]
+usage: scan_rows_test.py [--environment] PROGRAM [ARGUMENT...]
+  --environment  the program takes no options: those of the virtual table stand in the environment
 """
+import os
 import subprocess
 import sys
 import tempfile
 import unittest
 from pathlib import Path
 
-BANDS = range(380, 731, 10)
-PAPER = 0.88
+sys.path.append(str(Path(__file__).parent.parent / "support"))
+from printed_rows import CHART, write_chart
 
-
-def ramp(start, step):
-    return [start + step * band for band in range(len(BANDS))]
-
-
-# Patches of 20 mm side by side, two rows; by name, with place of the middle and reflectance.
-CHART = {
-    "A1": (210, 250, ramp(0.10, 0.01)),
-    "A2": (232, 250, ramp(0.60, -0.01)),
-    "A3": (254, 250, ramp(0.30, 0.0)),
-    "B1": (210, 300, ramp(0.05, 0.02)),
-    "B2": (232, 300, ramp(0.70, -0.015)),
-}
 ROW_A = "190,250,274,250,3"
 ROW_B = "190,300,252,300,2"
 
 
-def write_chart(path):
-    fields = ["SAMPLE_NAME", "X", "Y", "WIDTH", "HEIGHT"] + [f"SPECTRAL_NM{band}" for band in BANDS]
-    rows = [" ".join([name, str(x), str(y), "20", "20"] + [f"{value:.4f}" for value in spectrum])
-            for name, (x, y, spectrum) in CHART.items()]
-    path.write_text("\n".join([
-        "CGATS.17", f'PAPER_REFLECTANCE "{PAPER}"', f"NUMBER_OF_FIELDS {len(fields)}", "BEGIN_DATA_FORMAT",
-        " ".join(fields), "END_DATA_FORMAT", f"NUMBER_OF_SETS {len(rows)}", "BEGIN_DATA", *rows, "END_DATA", ""]))
-
-
 class ExampleTest(unittest.TestCase):
     program = []
+    takes_options = True
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -50,8 +31,13 @@ class ExampleTest(unittest.TestCase):
     def run_program(self, *arguments, options=()):
         """The program's exit code, its lines of output, and its messages."""
         given = [f"Simulator.ChartFile={self.chart}", *options]
-        command = [*self.program, *(word for option in given for word in ("-o", option)), *arguments]
-        result = subprocess.run(command, capture_output=True, text=True, timeout=60)
+        environment = dict(os.environ)
+        command = [*self.program]
+        if self.takes_options:
+            command += [word for option in given for word in ("-o", option)]
+        else:
+            environment["J4TAVLA_OPTIONS"] = ";".join(given)
+        result = subprocess.run([*command, *arguments], capture_output=True, text=True, timeout=60, env=environment)
         return result.returncode, [line.split("\t") for line in result.stdout.splitlines()], result.stderr
 
     def test_prints_what_lies_on_the_chart(self):
@@ -79,6 +65,8 @@ class ExampleTest(unittest.TestCase):
             ("Simulator.DirtyTile=yes", "J4_Calibrate failed with status 3: White base is dirty."),
             ("J4TScanSpeed=fast", "J4_SetOption failed with status 9: lexical_cast(): fail to convert 'fast'"),
         ]:
+            if not self.takes_options and not option.startswith("Simulator."):
+                continue
             with self.subTest(option):
                 code, lines, messages = self.run_program(ROW_A, options=[option])
                 self.assertEqual(code, 1)
@@ -93,5 +81,6 @@ class ExampleTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    ExampleTest.program = sys.argv[1:]
+    ExampleTest.takes_options = sys.argv[1] != "--environment"
+    ExampleTest.program = sys.argv[1 if ExampleTest.takes_options else 2:]
     unittest.main(argv=sys.argv[:1])

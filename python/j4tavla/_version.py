@@ -1,0 +1,2 @@
+"""The version of package and library."""
+__version__ = "1.1.4.104"
