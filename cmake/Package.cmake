@@ -1,5 +1,5 @@
 # What is shipped, in two forms: the folder out/ (component "out") and the package for developers (component
-# "sdk").
+# "sdk"), on Linux with one for Python beside it (component "python").
 #   cmake --install BUILD --component out --prefix out
 #   cpack --config BUILD/CPackConfig.cmake
 
@@ -11,6 +11,12 @@ function(j4_install_virtual component folder)
         RUNTIME DESTINATION ${folder} COMPONENT ${component}
         LIBRARY DESTINATION ${folder} COMPONENT ${component}
         ARCHIVE DESTINATION ${folder} COMPONENT ${component})
+endfunction()
+
+# j4_install_python(component folder): the Python package, which needs no library of its own kind.
+function(j4_install_python component folder)
+    install(DIRECTORY python/j4tavla DESTINATION ${folder} COMPONENT ${component}
+        FILES_MATCHING PATTERN "*.py" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
 endfunction()
 
 j4_install_virtual(out ${out_folder}/virtual)
@@ -28,6 +34,7 @@ if(WIN32)
     install(FILES $<TARGET_LINKER_FILE:j4tavla64_real> ${microsoft_library} DESTINATION lib COMPONENT sdk)
     install(FILES c_sdk/include/j4tavla.h DESTINATION include COMPONENT sdk)
     j4_install_virtual(sdk virtual)
+    j4_install_python(sdk python)
     set(document_folder .)
     set(package_readme dist/README.windows.md)
 
@@ -59,9 +66,9 @@ else()
     set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
     set(CPACK_DEBIAN_PACKAGE_MAINTAINER "Kestrelon <j4tavla@kestrelon.example>")
     set(CPACK_DEBIAN_PACKAGE_SECTION libs)
-    set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "SDK and command-line tool of the J4 Tavla scanning table")
     set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-"A library of 22 C functions that measures with the spectrophotometer in a J4
+"SDK and command-line tool of the J4 Tavla scanning table
+A library of 22 C functions that measures with the spectrophotometer in a J4
 Tavla scanning table, moves the table, and scans charts row by row, and a
 command-line tool that does so without a program.
 
@@ -73,6 +80,29 @@ part of it.")
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
     set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+    # The Python package, in a package of its own since it needs no processor of a kind; the library comes with the other.
+    set(python_folder lib/python3/dist-packages)
+    j4_install_python(python ${python_folder})
+    set(python_information ${CMAKE_BINARY_DIR}/generated/j4tavla-${PROJECT_VERSION}.dist-info)
+    file(CONFIGURE OUTPUT ${python_information}/METADATA
+        CONTENT "Metadata-Version: 2.1\nName: j4tavla\nVersion: ${PROJECT_VERSION}\n")
+    install(DIRECTORY ${python_information} DESTINATION ${python_folder} COMPONENT python)
+
+    set(CPACK_DEB_COMPONENT_INSTALL ON)
+    set(CPACK_DEBIAN_SDK_PACKAGE_NAME j4tavla64)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-j4tavla)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), j4tavla64 (>= ${PROJECT_VERSION})")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS python3-numpy)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/dist/python/postinst
+        ${PROJECT_SOURCE_DIR}/dist/python/prerm)
+    set(CPACK_DEBIAN_PYTHON_DESCRIPTION "Python package of the J4 Tavla scanning table
+Measures colour charts with the J4 Tavla scanning table, or with a virtual one
+that needs no hardware: spectra as lists or numpy arrays, options as a mapping,
+failures as exceptions.")
 endif()
 
 install(TARGETS j4tavla RUNTIME DESTINATION ${out_folder} COMPONENT out)
@@ -102,7 +132,7 @@ install(FILES /usr/share/doc/nlohmann-json3-dev/copyright DESTINATION ${document
 install(FILES tools/report/vendor/LICENSE DESTINATION ${document_folder}/licenses COMPONENT sdk RENAME uPlot.txt)
 
 install(FILES ${package_readme} DESTINATION ${document_folder} COMPONENT sdk RENAME README.md)
-install(FILES docs/errors.md docs/options.md docs/protocol.md docs/simulator.md DESTINATION ${document_folder}/docs
+install(FILES docs/errors.md docs/options.md docs/protocol.md docs/python.md docs/simulator.md DESTINATION ${document_folder}/docs
     COMPONENT sdk)
 install(FILES
     examples/scan_chart.c examples/chart_file.c examples/chart_file.h examples/colour.c examples/colour.h
@@ -113,6 +143,10 @@ configure_file(dist/Doxyfile.in ${CMAKE_BINARY_DIR}/generated/Doxyfile @ONLY)
 
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
-set(CPACK_INSTALL_CMAKE_PROJECTS "${CMAKE_BINARY_DIR};j4tavla64;sdk;/")
+if(WIN32)
+    set(CPACK_INSTALL_CMAKE_PROJECTS "${CMAKE_BINARY_DIR};j4tavla64;sdk;/")
+else()
+    set(CPACK_COMPONENTS_ALL sdk python)
+endif()
 set(CPACK_STRIP_FILES ON)
 include(CPack)

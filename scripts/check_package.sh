@@ -1,7 +1,8 @@
 #!/bin/sh
 # Makes the packages and tries them as who gets them would. The Debian package is unpacked into a scratch root: programs
 # outside the source tree are built against it with pkg-config and with find_package and run, with and without an
-# instrument's library, and its tool and examples run on the virtual table that it brings. Of the Windows package the
+# instrument's library, and its tool and examples run on the virtual table that it brings. The Python package is unpacked
+# beside it and its tests run on it. Of the Windows package the
 # parts are compared. What the documents in the packages name is in them.
 # usage: check_package.sh [LINUX_BUILD [WINDOWS_BUILD]]
 set -eu
@@ -18,11 +19,11 @@ fail() { echo "$1" >&2; exit 1; }
 # quietly COMMAND...: shows what the command says only when it fails
 quietly() { "$@" >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "failed: $*"; }; }
 
-# pack BUILD ENDING: makes the package of a build and prints its name
+# pack BUILD ENDING: makes the packages of a build and prints the name of the library's
 pack() {
     rm -rf "$1/package"
     quietly cpack --config "$1/CPackConfig.cmake"
-    echo "$1"/package/*."$2"
+    echo "$1"/package/j4tavla64*."$2"
 }
 
 # require_parts FOUND: every line of standard input is a line of the file FOUND
@@ -136,9 +137,22 @@ gcc "$examples"/*.c -o "$work/scan_chart" -I"$examples" $flags -lm
 quietly env LD_LIBRARY_PATH="$virtual" "$work/scan_chart" -o "Simulator.ChartFile=$work/chart.cgats" \
     "$work/chart.cgats" "$work/measured.cgats"
 echo "scan_chart.c: $(tail -n 1 "$work/log")"
-python3 "$examples/scan_chart.py" -l "$virtual/libj4tavla64.so" -o "Simulator.ChartFile=$work/chart.cgats" \
-    199.5,250,356.5,250,5 >"$work/spectra" 2>"$work/log" || { cat "$work/log" >&2; exit 1; }
-echo "scan_chart.py: $(wc -l <"$work/spectra") patches"
+
+python=$(echo "$linux"/package/python3-j4tavla_*_all.deb)
+dpkg-deb -x "$python" "$root"
+dpkg-deb -f "$python" Depends | grep -qF "j4tavla64 (>= $version)" || fail "the Python package does not depend on j4tavla64"
+export PYTHONPATH="$root/usr/lib/python3/dist-packages" PYTHONDONTWRITEBYTECODE=1
+J4TAVLA_LIBRARY=virtual J4TAVLA_OPTIONS="Simulator.ChartFile=$work/chart.cgats" \
+    python3 "$examples/scan_chart.py" 199.5,250,356.5,250,5 >"$work/spectra" 2>"$work/log" ||
+    { cat "$work/log" >&2; exit 1; }
+# The example in C has rounded to five digits.
+sed '1,/^BEGIN_DATA$/d' "$work/measured.cgats" | head -n 5 | cut -f 2- >"$work/spectra_of_c"
+cut -f 3- "$work/spectra" | paste - "$work/spectra_of_c" |
+    awk 'NF != 72 { exit 1 } { for (i = 1; i <= 36; ++i) if (($i - $(i + 36)) ^ 2 > 1e-10) exit 1 }' ||
+    fail "the examples in C and Python measure differently"
+echo "scan_chart.py: $(wc -l <"$work/spectra") patches, as scan_chart.c"
+(cd "$work" && quietly env REAL_LIBRARY="$library" pytest-3 -q -p no:cacheprovider "$OLDPWD/tests/python/test_table.py")
+echo "$(basename "$python"): $(tail -n 1 "$work/log")"
 
 tool=$root/usr/bin/j4tavla
 quietly "$tool" --virtual scan "$work/chart.cgats" -o "$work/scanned.cgats"
@@ -169,6 +183,7 @@ lib/libj4tavla64.dll.a
 licenses/CLI11.txt
 licenses/nlohmann-json.txt
 licenses/uPlot.txt
+python/j4tavla/__init__.py
 virtual/j4bench.dll
 virtual/j4tavla64.dll
 virtual/sorvane64.dll
