@@ -1,18 +1,33 @@
-/* clang-format off: the tables of keys are wider than the code */
+/* clang-format off: the tables are wider than the code */
 /**
  * @file j4tavla.h
  * The programming interface of the J4 Tavla scanning table: 22 C functions that measure with the
  * spectrophotometer, move the table that carries it, and scan rows of patches.
  *
+ * By task: @ref j4t_failures, @ref j4t_options, @ref j4t_prepare, @ref j4t_move, @ref j4t_measure, @ref j4t_scan,
+ * @ref j4t_results, @ref j4t_service.
+ *
  * Sixteen of the functions are the measuring interface of the instrument's own library
  * (`sorvane64.dll`), so a program written for that library can load this one in its place. The
  * library finds and loads `sorvane64.dll` (on Linux `libsorvane64.so`) at the first call.
  *
- * Rules that hold for all functions:
+ * For C++17 there is j4tavla.hpp on top of this header, for C# the source J4Tavla.cs.
+ *
+ * ### Rules for all functions
+ *
  *  - No function has to be called before another. The first call loads the instrument's library; the
- *    first call that needs the table connects to it.
- *  - Call from one thread at a time. Every call blocks until instrument and table are done.
- *  - Texts are NUL-terminated 8-bit strings and are copied at once.
+ *    first call that needs the table connects to it. There is nothing to open and nothing to close: a process
+ *    has one table and one instrument, which options choose.
+ *  - **Threads**: any thread may call, but one at a time; the application keeps a lock, or one thread for the table.
+ *    Nothing in the library is locked, and it starts no thread. Every call blocks until instrument and table are done.
+ *    A debug build ends the process when two threads are in the library at once.
+ *  - **Handlers** run inside the call that is under way; what they may do stands at ::J4_ErrorHandler and
+ *    ::J4_DeviceMessageHandler. What a C++ handler throws leaves the function that was called; let nothing leave.
+ *  - **Texts** are NUL-terminated 8-bit strings, which no encoding is put on. Those that an application gives are copied
+ *    at once. Those that it gets belong to the library and are never freed by the application; they are valid
+ *     - from ::J4_GetOption: until the next call of ::J4_GetOption, whatever its key, also in a handler,
+ *     - in a handler: until the handler returns,
+ *     - in a ::J4PrivateTableRequest: the bytes until the next read, the text of a failure until the next operation.
  *  - A function that returns a ::J4_Result returns 0 for success. The text of a failure is given to the
  *    registered ::J4_ErrorHandler and can be read with the options "LastError" and
  *    "ExtendedErrorInformation" until the next call of any other kind.
@@ -22,6 +37,42 @@
  *    instrument's library, which may be gone by then: the two handlers that it registered there stay. An
  *    application that has loaded the instrument's library itself, so that it remains, registers handlers of
  *    its own there (null ones will do) before it unloads this library.
+ *
+ * ### Units
+ *
+ * | value | unit |
+ * |-------|------|
+ * | coordinates | millimetres (property 5030 chooses another unit), as `float`; the origin is the axis of the table's tower, and the table knows tenths of a millimetre |
+ * | speeds, delays | mm/s, ms |
+ * | spectrum | 36 values, 380 to 730 nm in steps of 10 nm (::J4_SPECTRUM_LENGTH, ::J4_FIRST_WAVELENGTH, ::J4_WAVELENGTH_STEP) |
+ * | reflectance | a factor: 1 for the perfect diffuser, 0 for black; noise takes black a little below 0 |
+ * | density | decimal logarithm, without a unit |
+ *
+ * ### Measurement modes and results
+ *
+ * The mode and what is made of a spectrum are options of the instrument's library, written and read with ::J4_SetOption
+ * and ::J4_GetOption. Which values it has, it tells itself (`AvailableMeasurementModes`) or its documents do; of those
+ * below, this library uses `SingleReflectance`, `ScanningReflectance`, `CIELab`, `D50` and `TwoDegree` itself, and the
+ * virtual table's instruments have them all.
+ *
+ * | key | values | meaning |
+ * |-----|--------|---------|
+ * | `MeasurementMode` | `SingleReflectance` | reflectance of the place under the instrument, one sample, by ::J4_TriggerMeasurement |
+ * | | `ScanningReflectance` | reflectance along a way, by ::J4_Scan: one sample for each patch, or all samples in their order where recognition is off |
+ * | | `SingleEmission` | light of what shines by itself; no counted scans. The table corrects the two reflectance modes alone |
+ * | `AvailableMeasurementModes` | read only | the modes of the selected instrument, separated by `;` |
+ * | `DeviceType` | `Sorvane0`, `Sorvane1`, ... | the selected instrument; connecting a table selects the one in it |
+ * | `SerialNumber` | read only | of the selected instrument |
+ * | `IntegrationTime` | read only | in the current mode, seconds; the time that one sample of a scan takes |
+ * | `ColorSpaceDescription.Type` | `CIELab`, `CIELCh`, `CIEXYZ`, `CIExyY` | what ::J4_GetTriStimulus gives: L*, a*, b*; L*, C*, h in degrees; X, Y, Z with 100 for the perfect diffuser's Y; x, y, Y |
+ * | `Colorimetric.Illumination` | `D50` | illuminant of the colour values |
+ * | `Colorimetric.Observer` | `TwoDegree` | observer of the colour values |
+ *
+ * A calibration belongs to its mode; ::J4_Calibrate on the table does both reflectance modes and leaves
+ * `MeasurementMode` as it was. Samples are counted from 0 and stay until the next measurement, scan, calibration on the
+ * table, or option "Reset".
+ *
+ * ### Options
  *
  * Option keys of the table, for ::J4_SetOption and ::J4_GetOption (keys are case sensitive; a key that
  * is not in this list goes on to the instrument's library unchanged, in both directions):
@@ -100,6 +151,45 @@
 extern "C" {
 #endif
 
+/** Number of values in a spectrum. */
+#define J4_SPECTRUM_LENGTH 36
+/** Wavelength of the first value of a spectrum, nm. */
+#define J4_FIRST_WAVELENGTH 380
+/** From the wavelength of one value of a spectrum to that of the next, nm; the last is 730 nm. */
+#define J4_WAVELENGTH_STEP 10
+
+/**
+ * @defgroup j4t_failures Statuses and failures
+ * How a call tells that it failed: by its status, by the registered handler, and by two options.
+ *
+ * @code
+ * static void OnFailure(const char* functionName, int32_t status, const char* message)
+ * {
+ *     fprintf(stderr, "%s: status %d: %s\n", functionName, (int)status, message);
+ *     fprintf(stderr, "%s\n", J4_GetOption("ExtendedErrorInformation"));
+ * }
+ *
+ * static int Begin(void)
+ * {
+ *     J4_RegisterErrorHandler(OnFailure);
+ *     return J4_IsTableConnected() == J4_ResultNoError;
+ * }
+ * @endcode
+ *
+ * Which statuses a function can give stands with it, in these words:
+ *
+ * | words | statuses |
+ * |-------|----------|
+ * | of the instrument | whatever its library gives; 9 when memory is missing, or a text of that library is longer than 1 MiB; 104 |
+ * | of the table | those of the instrument; 1, 2 and 9 for what happens on the line to the table and in its configuration block; 10 when the instrument's white reference is unusable; 100 without an instrument in the table; 103 when the table's white base is unusable. Every function that needs the table can give them, since it may have to connect |
+ *
+ * 104 means that the instrument's library can't be loaded, or that memory is missing before there is anything that could
+ * keep a status: no handler is called then, and ::J4_GetOption gives the text of the failure as the value of every
+ * key. A function whose call needed the instrument's library after it had become unusable returns 0 without having
+ * done anything; ::J4_GetOption gives the text then too.
+ * @{
+ */
+
 /** Status of a call. Codes of the instrument's library are passed on unchanged, so any value can come. */
 typedef int32_t J4_Result;
 
@@ -118,9 +208,6 @@ enum J4_ResultCode {
     J4_ResultFrameFailure = 104                   /**< the instrument's library can't be loaded */
 };
 
-/** Number of values in a spectrum. */
-#define J4_SPECTRUM_LENGTH 36
-
 /**
  * Receives every failure, on the caller's thread, before the failed function returns.
  *
@@ -136,11 +223,324 @@ enum J4_ResultCode {
 typedef void (*J4_ErrorHandler)(const char* functionName, int32_t status, const char* message);
 
 /**
- * Receives the instrument's device messages.
+ * Receives the instrument's device messages, while a call of the instrument's library is under way and on the thread
+ * that this library uses; the virtual one uses the caller's.
+ *
+ * It calls no function of this library, since it stands in the midst of another call: remember the message, and act
+ * when that call has returned. After message 1 the next call that needs the table connects to it anew by itself, where
+ * it was the table's instrument that has gone.
  * @param message  number of the message; 1: the instrument named in text has gone
- * @param text     what the message is about, for instance a serial number
+ * @param text     what the message is about, for instance a serial number, as the instrument's library gives it; it may
+ *                 be null, and is valid until the handler returns
  */
 typedef void (*J4_DeviceMessageHandler)(int32_t message, const char* text);
+
+/**
+ * Registers the receiver of failures. There is one for the process; the option "Reset" with "All" or "J4TAll" forgets
+ * it.
+ * @param handler  may be null: none
+ * @return the handler registered before; null when there was none or the call failed
+ */
+J4T_API J4_ErrorHandler J4_RegisterErrorHandler(J4_ErrorHandler handler);
+
+/**
+ * Registers the receiver of device messages. There is one for the process; register it again after the option "Reset"
+ * with "All" or "J4TAll".
+ * @param handler  may be null: none
+ * @return the handler registered before; null when there was none or the call failed
+ */
+J4T_API J4_DeviceMessageHandler J4_RegisterDeviceMessageHandler(J4_DeviceMessageHandler handler);
+
+/** @} */
+
+/**
+ * @defgroup j4t_options Options
+ * The only settings interface: key and value are texts. The keys are listed at the top of this file.
+ *
+ * @code
+ * static int SlowRows(void)
+ * {
+ *     // Before the next call, which has the same text: print it, or copy it.
+ *     printf("table %s, ", J4_GetOption("J4TSerialNumber"));
+ *     printf("at most %s mm/s\n", J4_GetOption("J4TMaxSpeed"));
+ *     return J4_SetOption("J4TScanSpeed", "80") == J4_ResultNoError;
+ * }
+ * @endcode
+ * @{
+ */
+
+/**
+ * Writes an option.
+ * @param key    not null, not empty
+ * @param value  not null, not empty
+ * @return 0; 10 for a refused key or value; 9 for a value that should be a number and is none; of the instrument; of the
+ *         table for keys of the table. The option is unchanged after a failure, with these
+ *         exceptions: "J4TRecognitionAlgorithm" and "Recognition" have changed the table's side when the
+ *         instrument's library refuses its own, "J4TEnableWhitebaseCorrection" leaves no correction, and
+ *         "J4TDeviceType" leaves no table, so that the next call connects to the first one.
+ */
+J4T_API J4_Result J4_SetOption(const char* key, const char* value);
+
+/**
+ * Reads an option.
+ * @param key  not null, not empty; not the text that an earlier call gave
+ * @return the value, never null, empty after a failure. Its status, the same as those of ::J4_SetOption, goes to the
+ *         error handler alone. The text is valid until the next call of this function.
+ */
+J4T_API const char* J4_GetOption(const char* key);
+
+/** @} */
+
+/**
+ * @defgroup j4t_prepare Connecting and calibrating
+ * Table and instrument are found by themselves; these calls ask for them and make them ready.
+ *
+ * @code
+ * static int Prepare(void)
+ * {
+ *     return J4_IsTableConnected() == J4_ResultNoError && // connects, and says why not
+ *            J4_GoToHomePosition() == J4_ResultNoError && // the white tile
+ *            J4_Calibrate() == J4_ResultNoError;
+ * }
+ * @endcode
+ * @{
+ */
+
+/**
+ * Connects to the table where that has not been done, and asks whether it answers.
+ * @return 0 when a table is connected; 2 when there is none, which also reaches the error handler; of the table
+ */
+J4T_API J4_Result J4_IsTableConnected(void);
+
+/** @return 0 when the selected instrument is connected; of the instrument */
+J4T_API J4_Result J4_IsConnected(void);
+
+/**
+ * Calibrates on the white tile. With the table's instrument selected both reflectance modes are
+ * calibrated and checked, so call J4_GoToHomePosition() first; the status that the instrument's library gives for each
+ * of the two is not looked at. Any other instrument is calibrated alone, in its current mode.
+ * @return 0; 3 when the instrument is not placed properly or the tile is dirty; of the table; of the instrument; and,
+ *         since the check of the tile moves the arm, those of J4_SetPosition(). After a failed check the arm is back at
+ *         the tile and all options are as before.
+ */
+J4T_API J4_Result J4_Calibrate(void);
+
+/** @return state of the instrument's button as its library gives it; 2 when the call failed */
+J4T_API int32_t J4_KeyPressed(void);
+
+/** @} */
+
+/**
+ * @defgroup j4t_move Moving the arm
+ * Coordinates are those of the sensor, or of the visor with the option "J4TIsVisorCoordinate".
+ *
+ * @code
+ * static int NextPlace(void)
+ * {
+ *     float x = 0.0f;
+ *     float y = 0.0f;
+ *     if (J4_GetPosition(&x, &y) != J4_ResultNoError) {
+ *         return 0;
+ *     }
+ *     return J4_SetPosition(x + 12.5f, y) == J4_ResultNoError;
+ * }
+ * @endcode
+ * @{
+ */
+
+/**
+ * Reads the arm's position.
+ * @param x  receives the place in the user's unit, millimetres by default (property 5030:
+ *           0 millimetre, 1 tenth of a millimetre, 2 inch). Written only after success.
+ * @param y  as x
+ * @return 0; 10 for a null pointer or a unit that is none; of the table
+ */
+J4T_API J4_Result J4_GetPosition(float* x, float* y);
+
+/**
+ * Moves the arm and waits for its arrival. A target within 0.05 mm of the origin on both axes means
+ * J4_GoToHomePosition().
+ * @param x  target in the user's unit
+ * @param y  as x
+ * @return 0; 102 for a target outside the work area, before anything moves; 101 when the arm did not arrive; 10 for a
+ *         speed ("J4TMoveSpeed") that the table does not have or a unit that is none; of the table
+ */
+J4T_API J4_Result J4_SetPosition(float x, float y);
+
+/**
+ * Moves the arm to the white tile, by the motors' reference run.
+ * @return 0; 1 when the tile's place was not found; of the table
+ */
+J4T_API J4_Result J4_GoToHomePosition(void);
+
+/** @} */
+
+/**
+ * @defgroup j4t_measure Measuring at a place
+ * One measurement where the instrument stands, in the table or in the hand.
+ *
+ * @code
+ * static int MeasureAt(float x, float y, float spectrum[J4_SPECTRUM_LENGTH])
+ * {
+ *     return J4_SetOption("MeasurementMode", "SingleReflectance") == J4_ResultNoError &&
+ *            J4_SetPosition(x, y) == J4_ResultNoError && J4_TriggerMeasurement() == J4_ResultNoError &&
+ *            J4_GetSpectrum(spectrum, 0) == J4_ResultNoError;
+ * }
+ * @endcode
+ * @{
+ */
+
+/** Takes one measurement in the current measurement mode; its result is sample 0. @return 0; of the instrument */
+J4T_API J4_Result J4_TriggerMeasurement(void);
+
+/**
+ * Takes samples at the instrument's own pace and returns when they are taken. The table does not move: J4_Scan() does
+ * both.
+ * @param count  number of samples
+ * @return 0; of the instrument
+ */
+J4T_API J4_Result J4_TriggerCountedScan(uint32_t count);
+
+/** @} */
+
+/**
+ * @defgroup j4t_scan Scanning a row
+ * The instrument is carried along a row of patches while it measures. A row begins and ends on bare paper.
+ *
+ * @code
+ * static int ScanRow(float fromX, float toX, float y)
+ * {
+ *     if (J4_SetOption("MeasurementMode", "ScanningReflectance") != J4_ResultNoError ||
+ *         J4_Scan(fromX, y, toX, y) != J4_ResultNoError) {
+ *         return -1;
+ *     }
+ *     return (int)J4_GetNumberOfAvailableSamples(); // one for each patch
+ * }
+ * @endcode
+ * @{
+ */
+
+/**
+ * Carries the instrument along a row of patches while it measures, in the current measurement mode; the samples are read
+ * afterwards with J4_GetNumberOfAvailableSamples() and J4_GetSpectrum(). The option "J4TRecognitionAlgorithm" says what
+ * a sample is: a patch, or with 0 what the instrument saw in one integration time.
+ * @param startX  first point of the row, in the user's unit
+ * @param startY  as startX
+ * @param endX    last point of the row
+ * @param endY    as endX
+ * @return 0; 9 for an instrument that is not calibrated in this mode; 102 for a point outside the work area, and 10 for
+ *         a speed ("J4TMoveSpeed", "J4TScanSpeed") that the table does not have, a recognition or a unit that is none;
+ *         101 when the arm did not arrive; of the table; of the instrument. After a failure on the way no sample is left
+ *         and the table stands at the row's end.
+ */
+J4T_API J4_Result J4_Scan(float startX, float startY, float endX, float endY);
+
+/** @} */
+
+/**
+ * @defgroup j4t_results Reading results
+ * What the last measurement or scan gave, sample by sample.
+ *
+ * @code
+ * static int PrintSamples(void)
+ * {
+ *     const int32_t count = J4_GetNumberOfAvailableSamples();
+ *     for (int32_t i = 0; i < count; ++i) {
+ *         float spectrum[J4_SPECTRUM_LENGTH];
+ *         float lab[3]; // as ColorSpaceDescription.Type says
+ *         if (J4_GetSpectrum(spectrum, (uint32_t)i) != 0 || J4_GetTriStimulus(lab, (uint32_t)i) != 0) {
+ *             return 0;
+ *         }
+ *         for (int band = 0; band < J4_SPECTRUM_LENGTH; ++band) {
+ *             printf("%d nm: %.4f\n", J4_FIRST_WAVELENGTH + band * J4_WAVELENGTH_STEP, (double)spectrum[band]);
+ *         }
+ *         printf("L* %.2f a* %.2f b* %.2f\n", (double)lab[0], (double)lab[1], (double)lab[2]);
+ *     }
+ *     return 1;
+ * }
+ * @endcode
+ * @{
+ */
+
+/** @return number of samples that can be read, 0 or less for none; -1 when the call failed */
+J4T_API int32_t J4_GetNumberOfAvailableSamples(void);
+
+/**
+ * Reads the spectrum of a sample.
+ * @param spectrum  36 values are written: reflectance factors at 380, 390, ... 730 nm
+ * @param index     sample, counted from 0
+ * @return 0; 10 for a null pointer; of the instrument, for instance when there is no such sample
+ */
+J4T_API J4_Result J4_GetSpectrum(float* spectrum, uint32_t index);
+
+/**
+ * Reads a sample as colour values in the colour space that the instrument's options select.
+ * @param tristimulus  3 values are written, in the order of the colour space's name
+ * @param index        sample, counted from 0
+ * @return 0; 10 for a null pointer; of the instrument
+ */
+J4T_API J4_Result J4_GetTriStimulus(float* tristimulus, uint32_t index);
+
+/**
+ * Reads one density value of a sample; of the virtual table's instruments the highest of the four that
+ * J4_GetDensities() gives.
+ * @param density  1 value is written
+ * @param index    sample, counted from 0
+ * @return 0; 10 for a null pointer; of the instrument
+ */
+J4T_API J4_Result J4_GetDensity(float* density, uint32_t index);
+
+/**
+ * Reads the densities of a sample. Values and order are those of the instrument's library, which this one hands on; the
+ * order told here is that of the virtual table's instruments.
+ * @param densities     4 values are written: cyan, magenta, yellow, black
+ * @param densityIndex  one more value of the instrument's library, of the virtual one the place of the highest density;
+ *                      handed on to it as it is
+ * @param index         sample, counted from 0
+ * @return 0; 10 when densities is null; of the instrument
+ */
+J4T_API J4_Result J4_GetDensities(float* densities, int32_t* densityIndex, uint32_t index);
+
+/**
+ * Gives the instrument the spectrum of the substrate that results refer to: of the virtual table's instruments the
+ * densities.
+ * @param substrateSpectrum  the values, 36 reflectance factors for the virtual table's instruments; the instrument's
+ *                           library knows how many it reads
+ * @return 0; 10 for a null pointer; of the instrument
+ */
+J4T_API J4_Result J4_SetSubstrate(float* substrateSpectrum);
+
+/** @} */
+
+/**
+ * @defgroup j4t_service White base and raw access
+ * For service programs.
+ *
+ * @code
+ * static int Send(char* bytes, int32_t count)
+ * {
+ *     J4PrivateTableRequest request = {0};
+ *     request.data = bytes;
+ *     request.length = count;
+ *     request.failed = 1; // stays so where the call doesn't come that far
+ *     J4_Private(1001, &request);
+ *     if (request.failed != 0 && request.errorText != NULL) {
+ *         fprintf(stderr, "%s\n", request.errorText);
+ *     }
+ *     return request.failed == 0;
+ * }
+ * @endcode
+ * @{
+ */
+
+/**
+ * Writes a new white base, the reflectance of the white tile, to the table's flash, and sets the table
+ * up anew. The arm must be homed and the instrument calibrated again afterwards.
+ * @param whiteBase  36 values, none of them 0; not tested for null
+ * @return 0; 103 when a value is 0, before anything is written; of the table. When power or cable goes while it writes,
+ *         the table has no configuration any more: `j4tavla rescue` brings back what the tool has saved.
+ */
+J4T_API J4_Result J4_SynchronizeWhitebases(float* whiteBase);
 
 /**
  * Record of the ::J4_Private operations 1001 and 1002, the raw access to the table's serial line.
@@ -156,154 +556,18 @@ typedef struct J4PrivateTableRequest {
 } J4PrivateTableRequest;
 
 /**
- * Calibrates on the white tile. With the table's instrument selected both reflectance modes are
- * calibrated and checked, so call J4_GoToHomePosition() first; any other instrument is calibrated alone.
- * @return 0; 3 when the instrument is not placed properly or the tile is dirty; a status of table or
- *         instrument. After a failed check the arm is back at the tile and all options are as before.
- */
-J4T_API J4_Result J4_Calibrate(void);
-
-/** Takes one measurement in the current measurement mode; its result is sample 0. @return status */
-J4T_API J4_Result J4_TriggerMeasurement(void);
-
-/** @return number of samples that can be read, 0 or less for none; -1 when the call failed */
-J4T_API int32_t J4_GetNumberOfAvailableSamples(void);
-
-/**
- * Reads the spectrum of a sample.
- * @param spectrum  36 values are written; the wavelengths are the instrument's
- * @param index     sample, counted from 0
- * @return status; 10 for a null pointer
- */
-J4T_API J4_Result J4_GetSpectrum(float* spectrum, uint32_t index);
-
-/**
- * Reads a sample as colour values in the colour space that the instrument's options select.
- * @param tristimulus  3 values are written
- * @param index        sample, counted from 0
- * @return status; 10 for a null pointer
- */
-J4T_API J4_Result J4_GetTriStimulus(float* tristimulus, uint32_t index);
-
-/**
- * Reads one density value of a sample.
- * @param density  1 value is written
- * @param index    sample, counted from 0
- * @return status; 10 for a null pointer
- */
-J4T_API J4_Result J4_GetDensity(float* density, uint32_t index);
-
-/**
- * Gives the instrument the spectrum of the substrate that results refer to.
- * @param substrateSpectrum  the values; the instrument's library knows how many it reads
- * @return status; 10 for a null pointer
- */
-J4T_API J4_Result J4_SetSubstrate(float* substrateSpectrum);
-
-/**
- * Writes an option; the keys are listed at the top of this file.
- * @param key    not null, not empty
- * @param value  not null, not empty
- * @return status; 10 for a refused key or value. The option is unchanged after a failure, with these
- *         exceptions: "J4TRecognitionAlgorithm" and "Recognition" have changed the table's side when the
- *         instrument's library refuses its own, "J4TEnableWhitebaseCorrection" leaves no correction, and
- *         "J4TDeviceType" leaves no table, so that the next call connects to the first one.
- */
-J4T_API J4_Result J4_SetOption(const char* key, const char* value);
-
-/**
- * Reads an option; the keys are listed at the top of this file.
- * @param key  not null, not empty; not the text that an earlier call gave
- * @return the value, never null, empty after a failure (its status goes to the error handler). The text
- *         is valid until the next call of this function.
- */
-J4T_API const char* J4_GetOption(const char* key);
-
-/** @return state of the instrument's button as its library gives it; 2 when the call failed */
-J4T_API int32_t J4_KeyPressed(void);
-
-/** @return 0 when the selected instrument is connected, else a status */
-J4T_API J4_Result J4_IsConnected(void);
-
-/**
- * Reads the densities of a sample.
- * @param densities     4 values are written; which density each is, the instrument's library tells
- * @param densityIndex  one more value of the instrument's library; handed on to it as it is
- * @param index         sample, counted from 0
- * @return status; 10 when densities is null
- */
-J4T_API J4_Result J4_GetDensities(float* densities, int32_t* densityIndex, uint32_t index);
-
-/**
- * Takes samples at the instrument's own pace and returns when they are taken.
- * @param count  number of samples
- * @return status
- */
-J4T_API J4_Result J4_TriggerCountedScan(uint32_t count);
-
-/**
- * Registers the receiver of failures.
- * @param handler  may be null
- * @return the handler registered before; null when there was none or the call failed
- */
-J4T_API J4_ErrorHandler J4_RegisterErrorHandler(J4_ErrorHandler handler);
-
-/**
- * Registers the receiver of device messages.
- * @param handler  may be null
- * @return the handler registered before; null when there was none or the call failed
- */
-J4T_API J4_DeviceMessageHandler J4_RegisterDeviceMessageHandler(J4_DeviceMessageHandler handler);
-
-/**
- * Reads the arm's position.
- * @param x, y  receive the position in the user's unit, millimetres by default (property 5030:
- *              0 millimetre, 1 tenth of a millimetre, 2 inch). Written only after success.
- * @return status; 10 for a null pointer
- */
-J4T_API J4_Result J4_GetPosition(float* x, float* y);
-
-/**
- * Moves the arm and waits for its arrival. A target within 0.05 mm of the origin on both axes means
- * J4_GoToHomePosition().
- * @param x, y  target in the user's unit
- * @return status; 102 for a target outside the work area, before anything moves
- */
-J4T_API J4_Result J4_SetPosition(float x, float y);
-
-/** Moves the arm to the white tile, by the motors' reference run. @return status */
-J4T_API J4_Result J4_GoToHomePosition(void);
-
-/**
- * Carries the instrument along a row of patches while it measures; the samples are read afterwards with
- * J4_GetNumberOfAvailableSamples() and J4_GetSpectrum().
- * @param startX, startY  first point of the row, in the user's unit
- * @param endX, endY      last point of the row
- * @return status. After a failure on the way no sample is left and the table stands at the row's end.
- */
-J4T_API J4_Result J4_Scan(float startX, float startY, float endX, float endY);
-
-/** @return 0 when a table is connected; 2 when there is none, which also reaches the error handler */
-J4T_API J4_Result J4_IsTableConnected(void);
-
-/**
- * Writes a new white base, the reflectance of the white tile, to the table's flash, and sets the table
- * up anew. The arm must be homed and the instrument calibrated again afterwards.
- * @param whiteBase  36 values, none of them 0; not tested for null
- * @return status; 103 when a value is 0, before anything is written
- */
-J4T_API J4_Result J4_SynchronizeWhitebases(float* whiteBase);
-
-/**
  * Operations for service programs. 1001 writes raw bytes to the table and 1002 reads raw bytes, both
  * with a ::J4PrivateTableRequest; other operations from 1000 to 1999 do nothing; all others go to the
  * instrument's library.
  * @param operation  what to do
  * @param record     what the operation reads and writes
  * @return the value of the instrument's library; 0 for 1000 to 1999 and after a failure. A null record for
- *         1001 or 1002 is refused like any null argument; every other failure of theirs shows in the record.
+ *         1001 or 1002 is refused like any null argument, with status 10 for the error handler; every other failure of
+ *         theirs shows in the record.
  */
 J4T_API intptr_t J4_Private(int32_t operation, void* record);
+
+/** @} */
 
 #ifdef __cplusplus
 }
