@@ -4,6 +4,7 @@
 #   cpack --config BUILD/CPackConfig.cmake
 
 set(virtual_targets j4tavla64_virtual j4bench sorvane64)
+set(public_headers c_sdk/include/j4tavla.h c_sdk/include/j4tavla.hpp)
 
 # j4_install_virtual(component folder): the virtual variant with what it needs beside it.
 function(j4_install_virtual component folder)
@@ -20,7 +21,7 @@ function(j4_install_python component folder)
 endfunction()
 
 j4_install_virtual(out ${out_folder}/virtual)
-install(FILES c_sdk/include/j4tavla.h DESTINATION include COMPONENT out)
+install(FILES ${public_headers} DESTINATION include COMPONENT out)
 
 if(WIN32)
     set(real_files
@@ -32,7 +33,7 @@ if(WIN32)
 
     install(FILES $<TARGET_FILE:j4tavla64_real> $<TARGET_FILE:j4tavla64_real>.debug DESTINATION bin COMPONENT sdk)
     install(FILES $<TARGET_LINKER_FILE:j4tavla64_real> ${microsoft_library} DESTINATION lib COMPONENT sdk)
-    install(FILES c_sdk/include/j4tavla.h DESTINATION include COMPONENT sdk)
+    install(FILES ${public_headers} DESTINATION include COMPONENT sdk)
     j4_install_virtual(sdk virtual)
     j4_install_python(sdk python)
     set(document_folder .)
@@ -48,6 +49,12 @@ else()
     configure_file(dist/j4tavla64Config.cmake.in ${CMAKE_BINARY_DIR}/generated/j4tavla64Config.cmake @ONLY)
     write_basic_package_version_file(${CMAKE_BINARY_DIR}/generated/j4tavla64ConfigVersion.cmake
         COMPATIBILITY SameMajorVersion)
+    # The C++ header asks for its standard.
+    add_library(j4tavla64_cpp INTERFACE)
+    target_link_libraries(j4tavla64_cpp INTERFACE j4tavla64_real)
+    target_compile_features(j4tavla64_cpp INTERFACE cxx_std_17)
+    set_target_properties(j4tavla64_cpp PROPERTIES EXPORT_NAME cpp)
+    install(TARGETS j4tavla64_cpp EXPORT j4tavla64Targets)
     install(TARGETS j4tavla64_real EXPORT j4tavla64Targets LIBRARY DESTINATION lib COMPONENT sdk)
     install(EXPORT j4tavla64Targets NAMESPACE j4tavla64:: DESTINATION lib/cmake/j4tavla64 COMPONENT sdk)
     install(FILES
@@ -55,7 +62,7 @@ else()
         ${CMAKE_BINARY_DIR}/generated/j4tavla64ConfigVersion.cmake
         DESTINATION lib/cmake/j4tavla64 COMPONENT sdk)
     install(FILES ${CMAKE_BINARY_DIR}/generated/j4tavla64.pc DESTINATION lib/pkgconfig COMPONENT sdk)
-    install(FILES c_sdk/include/j4tavla.h DESTINATION include COMPONENT sdk)
+    install(FILES ${public_headers} DESTINATION include COMPONENT sdk)
     install(FILES dist/70-j4tavla.rules DESTINATION lib/udev/rules.d COMPONENT sdk)
     j4_install_virtual(sdk lib/j4tavla64/virtual)
     set(document_folder share/doc/j4tavla64)
@@ -136,7 +143,7 @@ install(FILES docs/errors.md docs/options.md docs/protocol.md docs/python.md doc
     COMPONENT sdk)
 install(FILES
     examples/scan_chart.c examples/chart_file.c examples/chart_file.h examples/colour.c examples/colour.h
-    examples/scan_chart.py examples/ScanChart.cs
+    examples/scan_chart.py examples/scan_rows.cpp examples/ScanChart.cs c_sdk/csharp/J4Tavla.cs
     DESTINATION ${document_folder}/examples COMPONENT sdk)
 install(FILES chart/colour/CieTables.h DESTINATION ${document_folder}/examples/chart/colour COMPONENT sdk)
 configure_file(dist/Doxyfile.in ${CMAKE_BINARY_DIR}/generated/Doxyfile @ONLY)

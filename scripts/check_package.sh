@@ -56,6 +56,7 @@ done
 require_parts "$work/Debian" <<'END'
 usr/bin/j4tavla
 usr/include/j4tavla.h
+usr/include/j4tavla.hpp
 usr/lib/j4tavla64/virtual/libj4bench.so
 usr/lib/j4tavla64/virtual/libj4tavla64.so
 usr/lib/j4tavla64/virtual/libsorvane64.so
@@ -174,10 +175,12 @@ require_parts "$work/Windows" <<'END'
 bin/j4tavla.exe
 bin/j4tavla64.dll
 bin/j4tavla64.dll.debug
+examples/J4Tavla.cs
 examples/ScanChart.cs
 examples/scan_chart.c
 examples/scan_chart.py
 include/j4tavla.h
+include/j4tavla.hpp
 lib/j4tavla64.lib
 lib/libj4tavla64.dll.a
 licenses/CLI11.txt

@@ -497,7 +497,7 @@ namespace J4Tavla {
         /// <summary>Of the current mode, seconds.</summary>
         public float IntegrationTime { get { return Real("IntegrationTime"); } }
 
-        /// <summary>Writes raw bytes to the table's serial line.</summary>
+        /// <summary>Sends a frame to the table; the line's checksum and carriage return are put behind the bytes.</summary>
         public void WriteRaw(byte[] bytes) {
             IntPtr memory = Marshal.AllocHGlobal(Math.Max(bytes.Length, 1));
             try {

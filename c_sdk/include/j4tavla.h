@@ -547,7 +547,7 @@ J4T_API J4_Result J4_SynchronizeWhitebases(float* whiteBase);
  * The layout is fixed: 32 bytes, offsets 0, 8, 12, 20, 24.
  */
 typedef struct J4PrivateTableRequest {
-    char* data;       /**< 1001: the bytes to write. 1002: set to the bytes read, valid until the next read */
+    char* data;       /**< 1001: the bytes to send. 1002: set to the bytes read, valid until the next read */
     int32_t length;   /**< number of bytes at data; for 1002 first the number of bytes wanted */
     uint32_t timeout; /**< 1002: time-out in milliseconds, at most 60000 */
     uint32_t unused;  /**< not used */
@@ -556,8 +556,8 @@ typedef struct J4PrivateTableRequest {
 } J4PrivateTableRequest;
 
 /**
- * Operations for service programs. 1001 writes raw bytes to the table and 1002 reads raw bytes, both
- * with a ::J4PrivateTableRequest; other operations from 1000 to 1999 do nothing; all others go to the
+ * Operations for service programs. 1001 sends bytes to the table as one frame, the line's checksum and carriage return
+ * put behind them, and 1002 reads raw bytes, both with a ::J4PrivateTableRequest; other operations from 1000 to 1999 do nothing; all others go to the
  * instrument's library.
  * @param operation  what to do
  * @param record     what the operation reads and writes

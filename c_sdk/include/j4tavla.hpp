@@ -611,7 +611,7 @@ public:
         });
     }
 
-    /** Writes raw bytes to the table's serial line. @param bytes  what to write */
+    /** Sends a frame to the table. @param bytes  without the line's checksum and carriage return, which follow them */
     void WriteRaw(std::string bytes)
     {
         J4PrivateTableRequest request{};
