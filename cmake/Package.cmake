@@ -22,6 +22,7 @@ endfunction()
 
 j4_install_virtual(out ${out_folder}/virtual)
 install(FILES ${public_headers} DESTINATION include COMPONENT out)
+install(FILES c_sdk/csharp/J4Tavla.cs DESTINATION csharp COMPONENT out)
 
 if(WIN32)
     set(real_files
@@ -139,11 +140,12 @@ install(FILES /usr/share/doc/nlohmann-json3-dev/copyright DESTINATION ${document
 install(FILES tools/report/vendor/LICENSE DESTINATION ${document_folder}/licenses COMPONENT sdk RENAME uPlot.txt)
 
 install(FILES ${package_readme} DESTINATION ${document_folder} COMPONENT sdk RENAME README.md)
-install(FILES docs/errors.md docs/options.md docs/protocol.md docs/python.md docs/simulator.md DESTINATION ${document_folder}/docs
-    COMPONENT sdk)
+install(FILES docs/errors.md docs/languages.md docs/options.md docs/protocol.md docs/python.md docs/simulator.md
+    DESTINATION ${document_folder}/docs COMPONENT sdk)
 install(FILES
     examples/scan_chart.c examples/chart_file.c examples/chart_file.h examples/colour.c examples/colour.h
     examples/scan_chart.py examples/scan_rows.cpp examples/ScanChart.cs c_sdk/csharp/J4Tavla.cs
+    examples/virtual.exe.config
     DESTINATION ${document_folder}/examples COMPONENT sdk)
 install(FILES chart/colour/CieTables.h DESTINATION ${document_folder}/examples/chart/colour COMPONENT sdk)
 configure_file(dist/Doxyfile.in ${CMAKE_BINARY_DIR}/generated/Doxyfile @ONLY)
