@@ -137,10 +137,13 @@ install(FILES /usr/share/doc/libcli11-dev/copyright DESTINATION ${document_folde
     RENAME CLI11.txt)
 install(FILES /usr/share/doc/nlohmann-json3-dev/copyright DESTINATION ${document_folder}/licenses COMPONENT sdk
     RENAME nlohmann-json.txt)
+install(FILES /usr/share/doc/libtomlplusplus-dev/copyright DESTINATION ${document_folder}/licenses COMPONENT sdk
+    RENAME tomlplusplus.txt)
 install(FILES tools/report/vendor/LICENSE DESTINATION ${document_folder}/licenses COMPONENT sdk RENAME uPlot.txt)
 
 install(FILES ${package_readme} DESTINATION ${document_folder} COMPONENT sdk RENAME README.md)
 install(FILES docs/errors.md docs/languages.md docs/options.md docs/protocol.md docs/python.md docs/simulator.md
+    docs/tolerances.md
     DESTINATION ${document_folder}/docs COMPONENT sdk)
 install(FILES
     examples/scan_chart.c examples/chart_file.c examples/chart_file.h examples/colour.c examples/colour.h
@@ -148,6 +151,8 @@ install(FILES
     examples/virtual.exe.config
     DESTINATION ${document_folder}/examples COMPONENT sdk)
 install(FILES chart/colour/CieTables.h DESTINATION ${document_folder}/examples/chart/colour COMPONENT sdk)
+install(DIRECTORY tolerances DESTINATION ${document_folder} COMPONENT sdk)
+install(DIRECTORY tolerances DESTINATION . COMPONENT out)
 configure_file(dist/Doxyfile.in ${CMAKE_BINARY_DIR}/generated/Doxyfile @ONLY)
 
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})

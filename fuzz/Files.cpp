@@ -72,7 +72,7 @@ try {
 
 void Report(const uint8_t* data, size_t size)
 try {
-    const auto source = J4Tool::ReportData::Source::Read("fuzz.cgats", FileOf(data, size));
+    const auto source = J4Tool::ColourFile::Read("fuzz.cgats", FileOf(data, size));
     RequireTame(source.chart);
     const J4Tool::ReportData report(source, &source);
     for (const auto& formula : report.Formulas()) {

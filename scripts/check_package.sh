@@ -63,7 +63,9 @@ usr/lib/j4tavla64/virtual/libsorvane64.so
 usr/lib/udev/rules.d/70-j4tavla.rules
 usr/share/doc/j4tavla64/licenses/CLI11.txt
 usr/share/doc/j4tavla64/licenses/nlohmann-json.txt
+usr/share/doc/j4tavla64/licenses/tomlplusplus.txt
 usr/share/doc/j4tavla64/licenses/uPlot.txt
+usr/share/doc/j4tavla64/tolerances/iso12647-7.toml
 END
 require_named "$root/usr/share/doc/j4tavla64/README.md" "$root"
 echo "$(basename "$debian"): $(dpkg-deb -f "$debian" Depends)"
@@ -185,8 +187,10 @@ lib/j4tavla64.lib
 lib/libj4tavla64.dll.a
 licenses/CLI11.txt
 licenses/nlohmann-json.txt
+licenses/tomlplusplus.txt
 licenses/uPlot.txt
 python/j4tavla/__init__.py
+tolerances/iso12647-7.toml
 virtual/j4bench.dll
 virtual/j4tavla64.dll
 virtual/sorvane64.dll

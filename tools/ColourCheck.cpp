@@ -4,14 +4,15 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <optional>
 
-#include "chart/colour/Colorimetry.h"
+#include "chart/colour/ColourDifference.h"
+#include "tools/FixedText.h"
 
 namespace J4Tool {
 
+namespace ColourDifference = J4Chart::ColourDifference;
 namespace Colorimetry = J4Chart::Colorimetry;
 using Colorimetry::Triple;
 
@@ -20,13 +21,6 @@ namespace {
 constexpr size_t Sides = 4;
 constexpr std::array<const char*, Sides> SideNames = {"before it in its row", "behind it in its row", "above it",
                                                       "below it"};
-
-std::string Fixed(double value, int digits)
-{
-    char text[64];
-    std::snprintf(text, sizeof text, "%.*f", digits, value);
-    return text;
-}
 
 /// The patches beside each patch: in its row, and the nearest of the rows beside it.
 std::vector<std::array<std::optional<size_t>, Sides>> Neighbours(const ChartLayout& layout)
@@ -71,7 +65,7 @@ ColourCheck::ColourCheck(const ChartLayout& layout, const Measurements& measurem
     for (size_t i = 0; i < differences.size(); ++i) {
         const auto colour = layout.Patches()[i].Colour();
         if (colour && measurements[i]) {
-            differences[i] = Colorimetry::Ciede2000(*colour, Colorimetry::Lab(measurements[i]->spectrum));
+            differences[i] = ColourDifference::Ciede2000(*colour, Colorimetry::Lab(measurements[i]->spectrum));
             compared.push_back(i);
         }
     }
@@ -82,13 +76,13 @@ J4Chart::DifferenceSummary ColourCheck::Summary() const { return J4Chart::Differ
 std::string ColourCheck::Words() const
 {
     const J4Chart::DifferenceSummary summary = Summary();
-    std::string text = "difference from the layout's colours (CIEDE2000): mean " + Fixed(summary.Mean(), 2) +
-                       ", 95th percentile " + Fixed(summary.Percentile95(), 2) + ", maximum " +
-                       Fixed(summary.Maximum(), 2) + "; worst";
+    std::string text = "difference from the layout's colours (CIEDE2000): mean " + FixedText(summary.Mean(), 2) +
+                       ", 95th percentile " + FixedText(summary.Percentile95(), 2) + ", maximum " +
+                       FixedText(summary.Maximum(), 2) + "; worst";
     constexpr size_t shown = 3;
     for (size_t i = 0; i < std::min(shown, summary.Worst().size()); ++i) {
         const size_t patch = summary.Worst()[i];
-        text += (i > 0 ? ", " : " ") + layout.Patches()[patch].name + " " + Fixed(differences[patch], 2);
+        text += (i > 0 ? ", " : " ") + layout.Patches()[patch].name + " " + FixedText(differences[patch], 2);
     }
     return text;
 }
@@ -147,7 +141,7 @@ std::string ColourCheck::MixtureFault() const
     if (share < largestShare || with > largestRest * without) {
         return {};
     }
-    return "the colours are those of patches mixed with their neighbours: " + Fixed(100.0 * share, 0) +
+    return "the colours are those of patches mixed with their neighbours: " + FixedText(100.0 * share, 0) +
            " % of each is of the patch " + SideNames[static_cast<size_t>(side)];
 }
 
@@ -184,7 +178,7 @@ std::string ColourCheck::OtherChartFault() const
     if (std::sqrt(spread / static_cast<double>(compared.size())) < leastSpread || explained > leastShare * all) {
         return {};
     }
-    return "the colours have little to do with those of the layout: they differ by " + Fixed(mean, 0) +
+    return "the colours have little to do with those of the layout: they differ by " + FixedText(mean, 0) +
            " (CIEDE2000, mean), without order";
 }
 

@@ -16,6 +16,7 @@ enum class ExitCode {
     Check = 9,
     NotConfirmed = 10,
     Refused = 11,
+    Tolerance = 12,
     Interrupted = 130,
 };
 
@@ -37,6 +38,7 @@ inline constexpr ExitCodeText ExitCodes[] = {
     {ExitCode::Check, "rows of the chart did not pass their check; what was measured is in the partial file"},
     {ExitCode::NotConfirmed, "a question was answered with no, or could not be asked"},
     {ExitCode::Refused, "table or instrument refused an option or a speed"},
+    {ExitCode::Tolerance, "a tolerance is not held, or a rule could not be judged; what was to be written is written"},
     {ExitCode::Interrupted, "ended by Ctrl-C, a closed terminal or a signal; what was measured is in the partial file"},
 };
 

@@ -1,25 +1,12 @@
 #include "tools/MeasuredColumns.h"
 
-#include <locale>
-#include <sstream>
-
 #include "chart/cgats/CgatsFields.h"
 #include "chart/colour/Colorimetry.h"
+#include "tools/FixedText.h"
 
 namespace J4Tool {
 
 namespace Colorimetry = J4Chart::Colorimetry;
-
-std::string FixedText(double value, int digits)
-{
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    text.setf(std::ios::fixed);
-    text.precision(digits);
-    text << value;
-    const std::string zero = "-0." + std::string(static_cast<size_t>(digits), '0');
-    return text.str() == zero ? zero.substr(1) : text.str();
-}
 
 void MeasuredColumns::AddPlaceFields(std::vector<std::string>& fields)
 {

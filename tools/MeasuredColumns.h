@@ -8,9 +8,6 @@
 
 namespace J4Tool {
 
-/// A number with so many decimals and no minus before a zero.
-std::string FixedText(double value, int digits);
-
 namespace MeasuredColumns {
 
 inline constexpr int ColourDigits = 4;

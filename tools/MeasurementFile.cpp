@@ -9,6 +9,7 @@
 #include "chart/cgats/CgatsFields.h"
 #include "chart/cgats/CgatsFile.h"
 #include "tools/AtomicFile.h"
+#include "tools/FixedText.h"
 #include "tools/MeasuredColumns.h"
 #include "tools/ToolError.h"
 

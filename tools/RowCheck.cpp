@@ -4,8 +4,11 @@
 #include <cmath>
 #include <limits>
 
+#include "chart/colour/ColourDifference.h"
+
 namespace J4Tool {
 
+namespace ColourDifference = J4Chart::ColourDifference;
 namespace Colorimetry = J4Chart::Colorimetry;
 
 RowCheck::RowCheck(const ChartLayout& layout)
@@ -36,7 +39,8 @@ double RowCheck::MeanDifference(const Colours& measured, const Colours& referenc
             continue;
         }
         const int reference = reversed ? count - 1 - place : place;
-        sum += Colorimetry::Ciede2000(references[static_cast<size_t>(reference)], measured[static_cast<size_t>(i)]);
+        sum +=
+            ColourDifference::Ciede2000(references[static_cast<size_t>(reference)], measured[static_cast<size_t>(i)]);
         ++compared;
     }
     return compared > 0 ? sum / compared : std::numeric_limits<double>::max();
@@ -112,7 +116,7 @@ std::vector<size_t> RowCheck::Outliers(size_t row, const std::vector<Spectrum>& 
     constexpr double timesUsual = 2.5;
     std::vector<double> differences;
     for (size_t i = 0; i < rows[row].size(); ++i) {
-        differences.push_back(Colorimetry::Ciede2000(rows[row][i], Colorimetry::Lab(measured[i])));
+        differences.push_back(ColourDifference::Ciede2000(rows[row][i], Colorimetry::Lab(measured[i])));
     }
     if (differences.empty()) {
         return {};

@@ -141,6 +141,7 @@ int main(int argc, char** argv)
     AddOptionCommands(app, context);
     AddWhitebaseCommand(app, context);
     AddRescueCommand(app, context);
+    AddJudgeCommand(app, context);
     AddReportCommand(app, context);
     AddSeriesCommands(app, context);
     const std::vector<std::string> words = Arguments(argc, argv, app);

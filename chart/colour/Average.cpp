@@ -2,6 +2,8 @@
 
 #include <numeric>
 
+#include "chart/colour/ColourDifference.h"
+
 namespace J4Chart {
 
 namespace {
@@ -31,7 +33,7 @@ MeanDifference::MeanDifference(const std::vector<Colorimetry::Triple>& colours)
     const Colorimetry::Triple mean = MeanOf(colours);
     const auto count = static_cast<double>(colours.size());
     for (const Colorimetry::Triple& colour : colours) {
-        ciede2000 += Colorimetry::Ciede2000(mean, colour) / count;
+        ciede2000 += ColourDifference::Ciede2000(mean, colour) / count;
         cie1976 += Colorimetry::Distance(mean, colour) / count;
     }
 }

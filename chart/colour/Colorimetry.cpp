@@ -1,6 +1,5 @@
 #include "chart/colour/Colorimetry.h"
 
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -40,8 +39,6 @@ double RatioOf(double f)
     return f > delta ? f * f * f : 3.0 * delta * delta * (f - 4.0 / 29.0);
 }
 
-constexpr double Radians(double degrees) { return degrees * std::numbers::pi / 180.0; }
-
 /// Hue angle in degrees, 0 up to 360; 0 for a grey.
 double HueDegrees(double a, double b)
 {
@@ -50,15 +47,6 @@ double HueDegrees(double a, double b)
     }
     const double hue = std::atan2(b, a) * 180.0 / std::numbers::pi;
     return hue < 0.0 ? hue + 360.0 : hue;
-}
-
-double Seventh(double value) { return std::pow(value, 7.0); }
-
-/// Of a chroma: near 1 for vivid colours, near 0 for greys.
-double Saturation(double chroma)
-{
-    constexpr double twentyFiveToTheSeventh = 6103515625.0;
-    return std::sqrt(Seventh(chroma) / (Seventh(chroma) + twentyFiveToTheSeventh));
 }
 
 }  // namespace
@@ -91,11 +79,9 @@ Triple TristimulusOfLab(const Triple& lab, const Triple& white)
 
 Triple Lab(const Spectrum& reflectance) { return LabOfTristimulus(TristimulusValues(reflectance)); }
 
-Triple LCh(const Spectrum& reflectance)
-{
-    const Triple lab = Lab(reflectance);
-    return {lab[0], std::hypot(lab[1], lab[2]), HueDegrees(lab[1], lab[2])};
-}
+Triple LChOfLab(const Triple& lab) { return {lab[0], std::hypot(lab[1], lab[2]), HueDegrees(lab[1], lab[2])}; }
+
+Triple LCh(const Spectrum& reflectance) { return LChOfLab(Lab(reflectance)); }
 
 Triple Chromaticity(const Spectrum& reflectance)
 {
@@ -111,44 +97,6 @@ Triple Chromaticity(const Spectrum& reflectance)
 double Distance(const Triple& first, const Triple& second)
 {
     return std::hypot(first[0] - second[0], first[1] - second[1], first[2] - second[2]);
-}
-
-double Ciede2000(const Triple& first, const Triple& second)
-{
-    // Greys are spread along a*, so that their differences there weigh more.
-    const double meanChroma = (std::hypot(first[1], first[2]) + std::hypot(second[1], second[2])) / 2.0;
-    const double spread = 1.0 + 0.5 * (1.0 - Saturation(meanChroma));
-    const double a1 = first[1] * spread;
-    const double a2 = second[1] * spread;
-    const double chroma1 = std::hypot(a1, first[2]);
-    const double chroma2 = std::hypot(a2, second[2]);
-    const double hue1 = HueDegrees(a1, first[2]);
-    const double hue2 = HueDegrees(a2, second[2]);
-
-    // Hue is cyclic: the difference goes the short way round, the mean lies on it. A grey has no hue.
-    const bool grey = chroma1 * chroma2 == 0.0;
-    double hueDifference = grey ? 0.0 : hue2 - hue1;
-    double meanHue = grey ? hue1 + hue2 : (hue1 + hue2) / 2.0;
-    if (hueDifference > 180.0 || hueDifference < -180.0) {
-        hueDifference += hueDifference > 180.0 ? -360.0 : 360.0;
-        meanHue += hue1 + hue2 < 360.0 ? 180.0 : -180.0;
-    }
-
-    const double lightness = (first[0] + second[0]) / 2.0 - 50.0;
-    const double chroma = (chroma1 + chroma2) / 2.0;
-    const double t = 1.0 - 0.17 * std::cos(Radians(meanHue - 30.0)) + 0.24 * std::cos(Radians(2.0 * meanHue)) +
-                     0.32 * std::cos(Radians(3.0 * meanHue + 6.0)) - 0.20 * std::cos(Radians(4.0 * meanHue - 63.0));
-    const double lightnessWeight = 1.0 + 0.015 * lightness * lightness / std::sqrt(20.0 + lightness * lightness);
-    const double chromaWeight = 1.0 + 0.045 * chroma;
-    const double hueWeight = 1.0 + 0.015 * chroma * t;
-    const double fromBlue = (meanHue - 275.0) / 25.0;
-    const double turn = -2.0 * Saturation(chroma) * std::sin(Radians(60.0 * std::exp(-fromBlue * fromBlue)));
-
-    const double l = (second[0] - first[0]) / lightnessWeight;
-    const double c = (chroma2 - chroma1) / chromaWeight;
-    const double h = 2.0 * std::sqrt(chroma1 * chroma2) * std::sin(Radians(hueDifference / 2.0)) / hueWeight;
-    // The turn never outweighs the squares, but rounding may take the sum of near equals below 0.
-    return std::sqrt(std::max(0.0, l * l + c * c + h * h + turn * c * h));
 }
 
 }  // namespace J4Chart::Colorimetry

@@ -1,4 +1,4 @@
-// From a reflectance spectrum to colour values, and from two colours to their difference.
+// From a reflectance spectrum to colour values.
 #pragma once
 
 #include <array>
@@ -25,7 +25,10 @@ Triple TristimulusOfLab(const Triple& lab, const Triple& white);
 /// L*, a*, b* (CIE 15) relative to the perfect diffuser under D50.
 Triple Lab(const Spectrum& reflectance);
 
-/// L*, C*ab, h (degrees, 0 up to 360).
+/// L*, C*ab, h (degrees, 0 up to 360; 0 for a grey) of L*, a*, b*.
+Triple LChOfLab(const Triple& lab);
+
+/// L*, C*ab, h as LChOfLab().
 Triple LCh(const Spectrum& reflectance);
 
 /// x, y, Y; the chromaticity of black is that of D50.
@@ -33,9 +36,5 @@ Triple Chromaticity(const Spectrum& reflectance);
 
 /// Euclidean distance of two triples; for CIELab values the CIE 1976 colour difference.
 double Distance(const Triple& first, const Triple& second);
-
-/// Colour difference CIEDE2000 of two CIELab colours (CIE 142-2001, in the form of Sharma, Wu and Dalal,
-/// Color Research and Application 30, 2005) with all three parametric factors 1.
-double Ciede2000(const Triple& first, const Triple& second);
 
 }  // namespace J4Chart::Colorimetry

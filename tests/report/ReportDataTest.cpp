@@ -13,16 +13,16 @@ const std::string labFields = "SAMPLE_ID SAMPLE_NAME LAB_L LAB_A LAB_B";
 TEST(ReportData, DifferencesByBothFormulas)
 {
     // Pairs of Sharma, Wu and Dalal (2005) with their CIEDE2000.
-    const ReportData::Source measured = SourceOf(labFields,
-                                                 "1 A1 50 0 -82.7485\n"
-                                                 "2 A2 50 -1 2\n"
-                                                 "3 A3 73 25 -18\n"
-                                                 "4 A4 10 0 0\n");
-    const ReportData::Source reference = SourceOf(labFields,
-                                                  "9 A3 50 2.5 0\n"
-                                                  "8 A2 50 0 0\n"
-                                                  "7 A1 50 2.6772 -79.7751\n"
-                                                  "6 A9 50 0 0\n");
+    const ColourFile measured = SourceOf(labFields,
+                                         "1 A1 50 0 -82.7485\n"
+                                         "2 A2 50 -1 2\n"
+                                         "3 A3 73 25 -18\n"
+                                         "4 A4 10 0 0\n");
+    const ColourFile reference = SourceOf(labFields,
+                                          "9 A3 50 2.5 0\n"
+                                          "8 A2 50 0 0\n"
+                                          "7 A1 50 2.6772 -79.7751\n"
+                                          "6 A9 50 0 0\n");
     const ReportData data(measured, &reference);
     ASSERT_EQ(data.Patches().size(), 4u);
     ASSERT_EQ(data.Formulas().size(), 2u);
@@ -58,19 +58,19 @@ TEST(ReportData, MatchesByNameOrElseByNumber)
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.what);
-        const ReportData::Source reference = SourceOf(test.referenceFields, test.reference);
+        const ColourFile reference = SourceOf(test.referenceFields, test.reference);
         const ReportData data(SourceOf(test.measuredFields, test.measured), &reference);
         EXPECT_EQ(data.Formulas()[0].summary.Count(), 2u);
         EXPECT_EQ(data.Formulas()[0].summary.Maximum(), 0.0);
     }
-    const ReportData::Source stranger = SourceOf(labFields, "7 Z 40 0 0\n");
+    const ColourFile stranger = SourceOf(labFields, "7 Z 40 0 0\n");
     EXPECT_THROW(ReportData(SourceOf(labFields, "1 A 40 0 0\n"), &stranger), ToolError);
 }
 
 TEST(ReportData, PlacesOfThePatches)
 {
     const std::string bare = "SAMPLE_ID LAB_L LAB_A LAB_B";
-    const ReportData::Source reference =
+    const ColourFile reference =
         SourceOf("SAMPLE_ID X Y WIDTH HEIGHT LAB_L LAB_A LAB_B", "1 100 200 10 20 50 0 0\n2 112 200 10 20 50 0 0\n");
 
     const ReportData fromReference(SourceOf(bare, "2 50 0 0\n1 50 0 0\n"), &reference);

@@ -21,7 +21,7 @@ TEST(ReportPage, NamesStayTextsWhateverTheyHold)
     const std::string rows =
         "\"</script><script>alert(1)</script>\" 50 0 0\n\"<!--<script>\" 50 0 0\n\"{{script}}&amp;\" 50 0 0\n";
     const std::string plain = "A1 50 0 0\nA2 50 0 0\nA3 50 0 0\n";
-    ReportData::Source evil = SourceOf("SAMPLE_NAME LAB_L LAB_A LAB_B", rows, "ORIGINATOR \"<b>&'\"\n");
+    ColourFile evil = SourceOf("SAMPLE_NAME LAB_L LAB_A LAB_B", rows, "ORIGINATOR \"<b>&'\"\n");
     evil.name = "<i>&amp;.cgats";
     const std::string page = MakeReportPage(ReportData(evil));
     const std::string plainPage = MakeReportPage(ReportData(SourceOf("SAMPLE_NAME LAB_L LAB_A LAB_B", plain)));

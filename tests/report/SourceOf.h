@@ -10,10 +10,10 @@
 namespace J4Tool {
 
 /// A file with the given fields, rows and head, each row a line.
-inline ReportData::Source SourceOf(const std::string& fields, const std::string& rows, const std::string& head = "")
+inline ColourFile SourceOf(const std::string& fields, const std::string& rows, const std::string& head = "")
 {
     std::istringstream input(J4Test::CgatsText(fields, rows, head));
-    return ReportData::Source::Read("chart.cgats", J4Chart::CgatsFile::Read(input));
+    return ColourFile::Read("chart.cgats", J4Chart::CgatsFile::Read(input));
 }
 
 }  // namespace J4Tool

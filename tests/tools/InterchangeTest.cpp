@@ -9,13 +9,14 @@
 #include <memory>
 
 #include "chart/cgats/CgatsFields.h"
-#include "chart/colour/Colorimetry.h"
+#include "chart/colour/ColourDifference.h"
 #include "tests/tools/LayoutText.h"
 #include "tools/MeasurementFile.h"
 
 namespace J4Tool {
 namespace {
 
+namespace ColourDifference = J4Chart::ColourDifference;
 namespace Colorimetry = J4Chart::Colorimetry;
 
 using It8 = std::unique_ptr<void, void (*)(void*)>;
@@ -195,8 +196,12 @@ TEST(Interchange, LittleCmsFindsTheSameColourDifferences)
         };
         const cmsCIELab first{between(1, 0, 100), between(2, -90, 90), between(3, -90, 90)};
         const cmsCIELab second{between(5, 0, 100), between(7, -90, 90), between(11, -90, 90)};
-        EXPECT_NEAR(Colorimetry::Ciede2000({first.L, first.a, first.b}, {second.L, second.a, second.b}),
-                    cmsCIE2000DeltaE(&first, &second, 1.0, 1.0, 1.0), 1e-6)
+        const Colorimetry::Triple reference = {first.L, first.a, first.b};
+        const Colorimetry::Triple sample = {second.L, second.a, second.b};
+        EXPECT_NEAR(ColourDifference::Ciede2000(reference, sample), cmsCIE2000DeltaE(&first, &second, 1.0, 1.0, 1.0),
+                    1e-6)
+            << i;
+        EXPECT_NEAR(ColourDifference::Cmc(reference, sample, 2.0, 1.0), cmsCMCdeltaE(&first, &second, 2.0, 1.0), 1e-6)
             << i;
     }
 }

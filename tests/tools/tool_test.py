@@ -32,7 +32,7 @@ else:
     RUNNER, LIBRARY_NAME = [], "lib{}.so"
 STATE = os.environ["XDG_STATE_HOME"] = FOLDER + "-state"
 SAMPLES = "/usr/share/colord/ref/CIE-TCS.sp"
-DONE, USAGE, FILE, LIBRARY, NOT_CONNECTED, CALIBRATION, POSITION, DEVICE, CHECK, NOT_CONFIRMED, REFUSED = 0, *range(2, 12)
+DONE, USAGE, FILE, LIBRARY, NOT_CONNECTED, CALIBRATION, POSITION, DEVICE, CHECK, NOT_CONFIRMED, REFUSED, TOLERANCE = 0, *range(2, 13)
 INTERRUPTED = 130
 
 
@@ -218,6 +218,7 @@ class ToolTest(unittest.TestCase):
         write("colour.cgats", head.replace(b" X", b" LAB_L LAB_A LAB_B") + b"R1C1 1e200 0 0\nEND_DATA\n")
         write("latin1.cgats", head + b"a \xe4\nEND_DATA\n")
         write("old.cgats", "old")
+        write("limits.toml", "[[rule]]\nname = 'all'\nmax = 3\n")
         place = "LAYOUT_COLUMNS 5\nLAYOUT_START 200 200\nPATCH_SIZE "
         for name, size, patches in (("small", "4 8", "a b c d e"), ("twice", "8 8", "a b c d a"),
                                     ("over", "8 8\nPATCH_GAP -2 0", "a b c d e"), ("far", "200 8", "a b c d e")):
@@ -243,6 +244,9 @@ class ToolTest(unittest.TestCase):
                 ("--virtual whitebase --write broken.cgats --yes", FILE, "line 6: 3 values instead of 2"),
                 ("report broken.cgats -o r.html", FILE, "broken.cgats: line 6: 3 values instead of 2"),
                 ("report chart.cgats --reference colour.cgats -o r.html", FILE, "line 6: LAB_L '1e200' is not a colour"),
+                ("judge chart.cgats --reference chart.cgats --tolerances limits.toml", FILE, "limits.toml: line 3: 'max' is not known"),
+                ("judge chart.cgats --reference chart.cgats --tolerances none.toml", FILE, "none.toml: the file can't be read"),
+                ("judge chart.cgats --tolerances limits.toml", USAGE, "--reference is required"),
                 ("info --library missing.so", LIBRARY, "was not found"),
                 ("--virtual info --option Simulator.TableUnplugged=yes", NOT_CONNECTED, "J4_ResultDeviceNotConnected"),
                 ("rescue", NOT_CONNECTED, "looking for tables failed: "),
@@ -424,6 +428,66 @@ class ToolTest(unittest.TestCase):
                 for corner, found in zip((180 + 160j, 180 + 11 * 29 + 160j, 180 + (160 + 9 * 19) * 1j),
                                          map(complex, numbers, numbers)):
                     self.assertLess(abs(middle + x + 1j * y + (corner - middle) * turn - found), 0.3)
+
+    def test_judges_a_chart_by_tolerances(self):
+        """Every value against the formulas as they are written here, apart from the tool's."""
+        names = ["paper", "C", "M", "Y", "K", "red", "grey"]
+        inks = [(0, 0, 0, 0), (100, 0, 0, 0), (0, 100, 0, 0), (0, 0, 100, 0), (0, 0, 0, 100), (0, 100, 100, 0), (50, 40, 40, 0)]
+        wanted = [(95, 1, -4), (56, -36, -44), (48, 75, -4), (89, -4, 92), (16, 0, 0), (48, 68, 47), (58, 0, -1)]
+        off = [(-.5, .2, .4), (1.5, -2, 1.2), (-.4, 3, 2.5), (.3, -2, -4), (2, .5, -.5), (1, 2, -3), (-.7, 1.1, .9)]
+        measured = [tuple(map(sum, zip(*pair))) for pair in zip(wanted, off)]
+        for name, colours in (("reference", wanted), ("measured", measured), ("spoilt", [*measured[:2], (50, 66, 6), *measured[3:]]),
+                              ("short", measured[1:])):
+            kept = list(zip(names, inks))[-len(colours):]
+            write(name + ".cgats", "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_NAME CMYK_C CMYK_M CMYK_Y CMYK_K LAB_L LAB_A LAB_B\n"
+                  "END_DATA_FORMAT\nBEGIN_DATA\n" + "".join(" ".join(map(str, (patch, *ink, *colour))) + "\n" for
+                  (patch, ink), colour in zip(kept, colours)) + "END_DATA\n")
+
+        def chroma(colour):
+            return math.hypot(*colour[1:])
+
+        def parts(a, b):
+            dc = chroma(b) - chroma(a)
+            return b[0] - a[0], dc, math.sqrt(max(0, (b[1] - a[1]) ** 2 + (b[2] - a[2]) ** 2 - dc ** 2))
+
+        def cie94(a, b):
+            dl, dc, dh = parts(a, b)
+            return math.hypot(dl, dc / (1 + .045 * chroma(a)), dh / (1 + .015 * chroma(a)))
+
+        def cmc(a, b):
+            (dl, dc, dh), c, h = parts(a, b), chroma(a), math.degrees(math.atan2(a[2], a[1])) % 360
+            turn = (.56, .2, 168) if 164 <= h <= 345 else (.36, .4, 35)
+            f, t = math.sqrt(c ** 4 / (c ** 4 + 1900)), turn[0] + abs(turn[1] * math.cos(math.radians(h + turn[2])))
+            sl, sc = .511 if a[0] < 16 else .040975 * a[0] / (1 + .01765 * a[0]), .0638 * c / (1 + .0131 * c) + .638
+            return math.hypot(dl / 2 / sl, dc / sc, dh / sc / (f * t + 1 - f))
+
+        chosen = {"all": range(7), "paper": [0], "primaries": [1, 2, 3, 4], "secondaries": [5], "greys": [6]}
+        rules, values = "title = 'Trial'\n", []
+        for patches, key, of in (("all", "formula = 'CIE 1976'", math.dist), ("primaries", "formula = 'CIE 1994'", cie94),
+                                 ("all", "formula = 'CMC(2:1)'", cmc), ("primaries", "of = 'hue'", lambda a, b: parts(a, b)[2]),
+                                 ("secondaries", "of = 'chroma'", lambda a, b: abs(parts(a, b)[1])),
+                                 ("greys", "of = 'grey'", lambda a, b: math.dist(a[1:], b[1:])),
+                                 ("paper", "of = 'lightness'", lambda a, b: abs(parts(a, b)[0]))):
+            found = sorted(of(wanted[i], measured[i]) for i in chosen[patches])
+            place = .95 * (len(found) - 1)
+            low, high = found[math.floor(place)], found[math.ceil(place)]
+            values += [sum(found) / len(found), low + (place - math.floor(place)) * (high - low), found[-1]]
+            rules += (f"[[rule]]\nname = '{key.split(chr(39))[1]} {patches}'\npatches = '{patches}'\n{key}\n" +
+                      "mean = X\npercentile95 = X\nmaximum = X\n".replace("X", f"{found[-1] + .001:.3f}"))
+        write("limits.toml", rules)
+        judge = "judge {}.cgats --reference reference.cgats --tolerances limits.toml --json"
+        verdicts = {}
+        for chart_name, code in (("measured", DONE), ("spoilt", TOLERANCE), ("short", TOLERANCE)):
+            run = tool(judge.format(chart_name))
+            self.assertEqual(run.returncode, code, run.stderr)
+            verdicts[chart_name] = json.loads(run.stdout)
+        for line, value in zip(verdicts["measured"]["limits"], values, strict=True):
+            self.assertAlmostEqual(line["value"], value, delta=1e-6, msg=line)
+        self.assertEqual([verdicts[name]["verdict"] for name in ("measured", "spoilt", "short")], ["pass", "fail", "not judged"])
+        self.assertEqual({line["worst"][0]["patch"] for line in verdicts["spoilt"]["limits"] if line["verdict"] == "fail"}, {"M"})
+        self.assertIn("1 patch of the reference not measured", verdicts["short"]["limits"][-1]["reason"])
+        run = tool(judge.format("spoilt")[:-7])
+        self.assertRegex(run.stdout, r"(?m)^CIE 1976 all +7  CIE 1976, maximum +[\d.]+ +13.+ fail  M, ")
 
     def test_files_of_others_stay(self):
         for name in ("m.cgats", "m.cgats.tmp", "m.cgats.1.tmp"):

@@ -1,11 +1,9 @@
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 
-#include "Utilities/Tools/FilePath.h"
-#include "chart/cgats/CgatsFile.h"
+#include "tools/ColourFile.h"
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
 #include "tools/Terminal.h"
@@ -17,28 +15,12 @@ namespace J4Tool {
 
 namespace {
 
-using J4Chart::CgatsFile;
-using Kestrelon::Utilities::Tools::NameOf;
-using Kestrelon::Utilities::Tools::PathOf;
-
 struct ReportArguments {
     std::string measured;
     std::string reference;
     std::string output;
     bool force = false;
 };
-
-ReportData::Source ReadSource(const std::string& fileName)
-{
-    try {
-        return ReportData::Source::Read(NameOf(PathOf(fileName).filename()), CgatsFile::Read(fileName));
-    } catch (const J4Chart::CgatsError& error) {
-        throw ToolError(
-            ExitCode::File, fileName + ": " + error.what(),
-            "A chart has SAMPLE_NAME or SAMPLE_ID and for each patch a spectrum (36 bands from 380 to 730 nm "
-            "in steps of 10 nm), LAB or XYZ values.");
-    }
-}
 
 void PrintSummary(const ReportData& data, const ReportArguments& arguments, bool json)
 {
@@ -67,10 +49,10 @@ void PrintSummary(const ReportData& data, const ReportArguments& arguments, bool
 void Run(const ReportArguments& arguments, bool json)
 {
     const OutputFile output(arguments.output, arguments.force, {arguments.measured, arguments.reference});
-    const ReportData::Source measured = ReadSource(arguments.measured);
-    std::optional<ReportData::Source> reference;
+    const ColourFile measured = ColourFile::Load(arguments.measured);
+    std::optional<ColourFile> reference;
     if (!arguments.reference.empty()) {
-        reference = ReadSource(arguments.reference);
+        reference = ColourFile::Load(arguments.reference);
     }
     const ReportData data(measured, reference ? &*reference : nullptr);
     output.Write(MakeReportPage(data));

@@ -5,10 +5,11 @@
 #include <cstdio>
 #include <limits>
 #include <map>
+#include <span>
 
-#include "chart/ChartReader.h"
 #include "chart/ScanMotion.h"
 #include "chart/cgats/CgatsFields.h"
+#include "chart/colour/ColourDifference.h"
 #include "tools/PatchReading.h"
 #include "tools/Plural.h"
 #include "tools/ToolError.h"
@@ -17,33 +18,13 @@ namespace J4Tool {
 
 namespace {
 
+namespace ColourDifference = J4Chart::ColourDifference;
 namespace Colorimetry = J4Chart::Colorimetry;
-
-struct FormulaKind {
-    const char* name;
-    double (*difference)(const Colorimetry::Triple&, const Colorimetry::Triple&);
-};
-constexpr FormulaKind formulaKinds[] = {{"CIEDE2000", Colorimetry::Ciede2000}, {"CIE 1976", Colorimetry::Distance}};
 
 ReportData::Side SideOf(const J4Chart::Patch& patch)
 {
     const Colorimetry::Triple lab = *patch.Colour();
     return {lab, J4Chart::ScreenColourOf(lab), patch.spectrum};
-}
-
-using TextOfPatch = std::string J4Chart::Patch::*;
-using Index = std::map<std::string, size_t>;
-
-/// False when a text is empty or stands for two patches.
-bool MakeIndex(const J4Chart::Chart& chart, TextOfPatch text, Index& index)
-{
-    index.clear();
-    for (size_t i = 0; i < chart.patches.size(); ++i) {
-        if ((chart.patches[i].*text).empty() || !index.emplace(chart.patches[i].*text, i).second) {
-            return false;
-        }
-    }
-    return true;
 }
 
 std::string Counted(size_t count, const char* one, const char* several)
@@ -85,18 +66,7 @@ private:
 
 }  // namespace
 
-ReportData::Source ReportData::Source::Read(const std::string& name, const J4Chart::CgatsFile& file)
-{
-    J4Chart::ChartReader::Wanted wanted;
-    wanted.colours = true;
-    Source source = {name, J4Chart::ChartReader::Read(file, wanted)};
-    if (source.chart.patches.empty()) {
-        throw J4Chart::CgatsError(0, "there are no patches");
-    }
-    return source;
-}
-
-ReportData::ReportData(const Source& measured, const Source* reference)
+ReportData::ReportData(const ColourFile& measured, const ColourFile* reference)
     : measuredName(measured.name),
       referenceName(reference == nullptr ? "" : reference->name),
       conditions(measured.chart.conditions)
@@ -137,32 +107,12 @@ void ReportData::TellWays()
     }
 }
 
-ReportData::References ReportData::Match(const J4Chart::Chart& measured, const J4Chart::Chart& reference)
-{
-    for (const TextOfPatch text : {&J4Chart::Patch::name, &J4Chart::Patch::id}) {
-        Index index;
-        if (!MakeIndex(reference, text, index)) {
-            continue;
-        }
-        References references;
-        references.reserve(measured.patches.size());
-        for (const J4Chart::Patch& patch : measured.patches) {
-            const auto found = index.find(patch.*text);
-            references.push_back(found == index.end() ? std::nullopt : std::optional(found->second));
-        }
-        if (std::any_of(references.begin(), references.end(), [](const auto& patch) { return patch.has_value(); })) {
-            return references;
-        }
-    }
-    throw ToolError(ExitCode::File, "no patch of the measured file has a reference",
-                    "Both files need the same SAMPLE_NAME or SAMPLE_ID for a patch, each only once in the reference.");
-}
-
 void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Chart* reference)
 {
     const size_t count = measured.patches.size();
-    const References references = reference == nullptr ? References(count) : Match(measured, *reference);
-    std::vector<double> differences[std::size(formulaKinds)];
+    const PatchMatch references = reference == nullptr ? PatchMatch(count) : MatchPatches(measured, *reference);
+    const std::span kinds(ColourDifference::Formulas.data(), 2);  // the usual ones
+    std::vector<std::vector<double>> differences(kinds.size());
     size_t missing = 0;
     size_t outside = 0;
     patches.reserve(count);
@@ -179,9 +129,9 @@ void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Char
         } else {
             ++missing;
         }
-        for (size_t kind = 0; kind < std::size(formulaKinds); ++kind) {
+        for (size_t kind = 0; kind < kinds.size(); ++kind) {
             if (patch.reference) {
-                patch.differences.push_back(formulaKinds[kind].difference(patch.reference->lab, patch.measured.lab));
+                patch.differences.push_back(kinds[kind].difference(patch.reference->lab, patch.measured.lab));
             }
             differences[kind].push_back(patch.reference ? patch.differences.back()
                                                         : std::numeric_limits<double>::quiet_NaN());
@@ -196,8 +146,8 @@ void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Char
     if (reference == nullptr) {
         return;
     }
-    for (size_t kind = 0; kind < std::size(formulaKinds); ++kind) {
-        formulas.push_back({formulaKinds[kind].name, J4Chart::DifferenceSummary(differences[kind])});
+    for (size_t kind = 0; kind < kinds.size(); ++kind) {
+        formulas.push_back({kinds[kind].name, J4Chart::DifferenceSummary(differences[kind])});
     }
     if (missing > 0) {
         notices.push_back(Counted(missing, "measured patch has", "measured patches have") +
@@ -216,7 +166,7 @@ void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Char
 }
 
 void ReportData::TakePlaces(const J4Chart::Chart& measured, const J4Chart::Chart* reference,
-                            const References& references)
+                            const PatchMatch& references)
 {
     const bool placedByReference =
         reference != nullptr && !reference->places.empty() &&

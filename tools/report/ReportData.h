@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "chart/Chart.h"
-#include "chart/cgats/CgatsFile.h"
 #include "chart/colour/DifferenceSummary.h"
 #include "chart/colour/ScreenColour.h"
+#include "tools/ColourFile.h"
 #include "tools/report/RowTravel.h"
 
 namespace J4Tool {
@@ -47,18 +47,9 @@ public:
         J4Chart::DifferenceSummary summary;
     };
 
-    /// A file that the report is made of.
-    struct Source {
-        std::string name;
-        J4Chart::Chart chart;  ///< every patch has a colour
-
-        /// @throws J4Chart::CgatsError, also for a file without colours
-        static Source Read(const std::string& name, const J4Chart::CgatsFile& file);
-    };
-
-    /// Patches are matched by SAMPLE_NAME, or by SAMPLE_ID where names are missing or not unique.
+    /// Patches are matched by MatchPatches().
     /// @throws ToolError when no measured patch has a reference
-    explicit ReportData(const Source& measured, const Source* reference = nullptr);
+    explicit ReportData(const ColourFile& measured, const ColourFile* reference = nullptr);
 
     const std::string& MeasuredName() const { return measuredName; }
 
@@ -84,12 +75,8 @@ public:
     const std::vector<RowTravel>& Rows() const { return rows; }
 
 private:
-    /// Of each measured patch the reference's patch, where it has one.
-    using References = std::vector<std::optional<size_t>>;
-
-    static References Match(const J4Chart::Chart& measured, const J4Chart::Chart& reference);
     void TakePatches(const J4Chart::Chart& measured, const J4Chart::Chart* reference);
-    void TakePlaces(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const References& references);
+    void TakePlaces(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const PatchMatch& references);
     void TakeRows(const J4Chart::Chart& measured);
     void TellWays();
 

@@ -4,6 +4,7 @@
 
 #include "chart/cgats/CgatsFile.h"
 #include "chart/colour/Average.h"
+#include "chart/colour/ColourDifference.h"
 #include "chart/colour/DifferenceSummary.h"
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
@@ -105,7 +106,7 @@ std::vector<DifferenceSummary> FromMean(const MeasurementSeries& series)
         const std::vector<Colorimetry::Triple> colours = series.Colours(i);
         const Colorimetry::Triple mean = J4Chart::MeanOf(colours);
         for (size_t k = 0; k < colours.size(); ++k) {
-            differences[k].push_back(Colorimetry::Ciede2000(mean, colours[k]));
+            differences[k].push_back(J4Chart::ColourDifference::Ciede2000(mean, colours[k]));
         }
     }
     return {differences.begin(), differences.end()};

@@ -4,6 +4,7 @@
 
 #include "chart/cgats/CgatsFields.h"
 #include "chart/colour/Average.h"
+#include "tools/FixedText.h"
 #include "tools/MeasuredColumns.h"
 
 namespace J4Tool {

@@ -1,0 +1,31 @@
+// A file of patches that all have a colour: what was measured, or what should be.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "chart/Chart.h"
+#include "chart/cgats/CgatsFile.h"
+
+namespace J4Tool {
+
+struct ColourFile {
+    std::string name;      ///< without folders
+    J4Chart::Chart chart;  ///< has a patch
+
+    /// @throws J4Chart::CgatsError, also for a file without colours
+    static ColourFile Read(const std::string& name, const J4Chart::CgatsFile& file);
+
+    /// @throws ToolError with file, line and reason
+    static ColourFile Load(const std::string& fileName);
+};
+
+/// Of each measured patch the reference's patch, where it has one.
+using PatchMatch = std::vector<std::optional<size_t>>;
+
+/// By SAMPLE_NAME, or by SAMPLE_ID where names are missing or not unique.
+/// @throws ToolError when no measured patch has a reference
+PatchMatch MatchPatches(const J4Chart::Chart& measured, const J4Chart::Chart& reference);
+
+}  // namespace J4Tool
