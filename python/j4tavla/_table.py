@@ -189,15 +189,15 @@ class Table:
         return values[0], values[1], values[2]
 
     def density(self, index: int) -> float:
-        """The one density of a sample that the instrument chooses."""
+        """The one density of a sample that the instrument chooses; of the virtual ones the highest of the four."""
         value = ctypes.c_float()
         self._call("J4_GetDensity", ctypes.byref(value), _index(index))
         return value.value
 
     def densities(self, index: int) -> tuple[tuple[float, float, float, float], int]:
-        """The four densities of a sample and one more value; what they are, the instrument's library tells.
+        """The densities of a sample, cyan, magenta, yellow, black, and one more value of the instrument's library.
 
-        On the virtual table cyan, magenta, yellow, black, and which of them is the highest.
+        On the virtual table that is the place of the highest density, counted from 0.
         """
         values, chosen = (ctypes.c_float * 4)(), ctypes.c_int32()
         self._call("J4_GetDensities", values, ctypes.byref(chosen), _index(index))
