@@ -2,7 +2,7 @@
 # Makes the packages and tries them as who gets them would. The Debian package is unpacked into a scratch root: programs
 # outside the source tree are built against it with pkg-config and with find_package and run, with and without an
 # instrument's library, and its tool and examples run on the virtual table that it brings. The Python package is unpacked
-# beside it and its tests run on it. Of the Windows package the
+# beside it and its tests run on it. The first programs in four languages print what their page has. Of the Windows package the
 # parts are compared. What the documents in the packages name is in them.
 # usage: check_package.sh [LINUX_BUILD [WINDOWS_BUILD]]
 set -eu
@@ -156,6 +156,52 @@ cut -f 3- "$work/spectra" | paste - "$work/spectra_of_c" |
 echo "scan_chart.py: $(wc -l <"$work/spectra") patches, as scan_chart.c"
 (cd "$work" && quietly env REAL_LIBRARY="$library" pytest-3 -q -p no:cacheprovider "$OLDPWD/tests/python/test_table.py")
 echo "$(basename "$python"): $(tail -n 1 "$work/log")"
+
+# The first programs of the page that is shipped, built from what is shipped.
+programs=$work/first
+mkdir "$programs"
+python3 tests/examples/first_programs.py --extract "$root/usr/share/doc/j4tavla64/docs/languages.md" "$programs"
+export J4TAVLA_OPTIONS="Simulator.ChartFile=$work/chart.cgats"
+
+# prints_the_same COMMAND...: what it prints is what stands on the page
+prints_the_same() {
+    "$@" >"$work/printed" 2>"$work/log" || { cat "$work/log" >&2; fail "failed: $*"; }
+    tr -d '\r' <"$work/printed" | diff "$programs/expected.txt" - || fail "$* printed something else"
+}
+
+# shellcheck disable=SC2086
+gcc -std=c11 "$programs/first.c" $flags -o "$programs/first_c"
+{
+    printf 'cmake_minimum_required(VERSION 3.25)\nproject(first LANGUAGES CXX)\n'
+    cat "$programs/first.cmake"
+} >"$programs/CMakeLists.txt"
+quietly cmake -S "$programs" -B "$programs/build" -DCMAKE_PREFIX_PATH="$root/usr" -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON
+quietly cmake --build "$programs/build"
+quietly mcs -out:"$programs/first_cs.exe" "$programs/first.cs" "$examples/J4Tavla.cs"
+prints_the_same env LD_LIBRARY_PATH="$virtual" "$programs/first_c"
+prints_the_same env LD_LIBRARY_PATH="$virtual" "$programs/build/first"
+prints_the_same env J4TAVLA_LIBRARY=virtual python3 "$programs/first.py"
+
+# Mono looks into the library folder of its own installation. One beside the package has the real library there, which
+# finds no table: a program that imports it by name gets that, unless a map says otherwise, and J4Tavla.cs does not.
+cp "$(command -v mono)" "$root/usr/bin/mono"
+ln -s /usr/lib/mono /usr/lib/libmono* "$root/usr/lib"
+export MONO_CFG_DIR=/etc
+cat >"$work/import.cs" <<'END'
+static class Import {
+    [System.Runtime.InteropServices.DllImport("j4tavla64")] static extern int J4_IsTableConnected();
+    static int Main() { return J4_IsTableConnected(); }
+}
+END
+quietly mcs -out:"$work/import.exe" "$work/import.cs"
+status=0
+LD_LIBRARY_PATH="$virtual" "$root/usr/bin/mono" "$work/import.exe" || status=$?
+[ "$status" -eq 2 ] || fail "an import without a map ended with $status instead of 2: Mono no longer looks beside itself"
+sed "s|/usr/lib/|$root/usr/lib/|" "$examples/virtual.exe.config" >"$work/import.exe.config"
+quietly "$root/usr/bin/mono" "$work/import.exe"
+prints_the_same env LD_LIBRARY_PATH="$virtual" "$root/usr/bin/mono" "$programs/first_cs.exe"
+unset J4TAVLA_OPTIONS
+echo "first programs: C, C++, C# and Python print the same, also where Mono finds a real library first"
 
 tool=$root/usr/bin/j4tavla
 quietly "$tool" --virtual scan "$work/chart.cgats" -o "$work/scanned.cgats"
