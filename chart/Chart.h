@@ -9,6 +9,7 @@
 
 #include "chart/Place.h"
 #include "chart/colour/Colorimetry.h"
+#include "chart/colour/Densities.h"
 #include "chart/colour/Spectrum.h"
 
 namespace J4Chart {
@@ -30,6 +31,7 @@ struct Patch {
     std::optional<Colorimetry::Triple> xyz;  ///< D50, white has Y = 100
     std::optional<Colorimetry::Triple> lab;  ///< D50
     std::optional<Reading> reading;
+    std::optional<Densities> densities;  ///< as the instrument told them
     std::optional<double> repeatSpread;  ///< of several measurements from their mean, CIEDE2000
 
     /// CIELab: of the spectrum, or else the patch's own, or else of XYZ; nothing where there is none of them.

@@ -43,6 +43,7 @@ constexpr Range place = {-10000.0, 10000.0, "a place", " mm"};
 constexpr Range length = {0.1, 10000.0, "a length", " mm"};
 constexpr Range gap = {-10000.0, 10000.0, "a gap", " mm"};
 constexpr Range measure = {0.0, 1e6, "a measure of the scan", ""};
+constexpr Range density = {-10.0, 10.0, "a density", ""};
 constexpr Range angle = {-180.0, 180.0, "an angle", " degrees"};
 constexpr Range count = {1.0, 99999.0, "a whole number", "", true};
 constexpr Range colour = {-1000.0, 1000.0, "a colour value", ""};
@@ -239,6 +240,7 @@ public:
           way(table.FindField("SCAN_WAY")),
           reading(FindGroup<3>(table, {"SCAN_SAMPLES", "SCAN_SPREAD", "SCAN_RESIDUAL"})),
           repeatSpread(FindGroup<1>(table, {"REPEAT_SPREAD"})),
+          densities(FindGroup<4>(table, {DensityFields[0], DensityFields[1], DensityFields[2], DensityFields[3]})),
           spectra(table),
           lab(FindGroup<3>(table, {"LAB_L", "LAB_A", "LAB_B"})),
           xyz(FindGroup<3>(table, {"XYZ_X", "XYZ_Y", "XYZ_Z"})),
@@ -376,6 +378,9 @@ private:
         if (repeatSpread) {
             patch.repeatSpread = repeatSpread.Read(table, row, measure)[0];
         }
+        if (densities) {
+            patch.densities = densities.Read(table, row, density);
+        }
         if (lab) {
             patch.lab = lab.Read(table, row, colour);
         }
@@ -403,6 +408,7 @@ private:
     int way;
     FieldGroup<3> reading;
     FieldGroup<1> repeatSpread;
+    FieldGroup<4> densities;
     SpectralFields spectra;
     FieldGroup<3> lab;
     FieldGroup<3> xyz;

@@ -1,6 +1,7 @@
 #include "tools/ChartScan.h"
 
 #include "tools/ColourCheck.h"
+#include "tools/DensityOrder.h"
 #include "tools/Plural.h"
 #include "tools/Question.h"
 #include "tools/ToolError.h"
@@ -59,6 +60,7 @@ void ChartScan::Run()
     if (state.patchesDone == state.patches) {
         CheckColours();
         TellRepeats();
+        TellDensities();
         WriteWhole();
         progress.Ended(state, "done", files.whole.Name());
         return;
@@ -116,6 +118,13 @@ void ChartScan::CheckColours()
             "--align --restart; or scan by a layout without colours.");
     }
     progress.Differences(check.Summary(), check.Words());
+}
+
+void ChartScan::TellDensities()
+{
+    if (const std::string doubt = DensityOrderDoubt(measurements); !doubt.empty()) {
+        progress.Notice(doubt);
+    }
 }
 
 void ChartScan::TellRepeats()

@@ -43,6 +43,7 @@ private:
     std::vector<size_t> ScanRows();
     void CheckColours();
     void TellRepeats();
+    void TellDensities();
     void WriteWhole();
     bool WriteOrAsk(const std::string& text);
     void EndWithPartial(const char* result);

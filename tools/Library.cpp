@@ -104,6 +104,7 @@ Library::Library(bool isVirtual, const path& wanted) : loader(Load(isVirtual, wa
     Resolve(functions.TriggerMeasurement, "J4_TriggerMeasurement");
     Resolve(functions.GetNumberOfAvailableSamples, "J4_GetNumberOfAvailableSamples");
     Resolve(functions.GetSpectrum, "J4_GetSpectrum");
+    Resolve(functions.GetDensities, "J4_GetDensities");
     Resolve(functions.SetOption, "J4_SetOption");
     Resolve(functions.GetOption, "J4_GetOption");
     Resolve(functions.RegisterErrorHandler, "J4_RegisterErrorHandler");

@@ -412,7 +412,10 @@ double LineFit::Read(const std::vector<Spectrum>& samples, const std::vector<dou
         Reading& reading = readings.emplace_back();
         if (!seen.empty()) {
             const Agreement::Group group = Agreement::Largest(seen, noise);
-            reading = {group.mean, seen.size(), group.members.size(), group.spread, 0.0};
+            reading = {group.mean, seen.size(), group.members.size(), group.spread, 0.0, {}};
+            for (const size_t member : group.members) {
+                reading.used.push_back(inside[member]);
+            }
         }
     }
     return noise;

@@ -49,6 +49,8 @@ public:
         /// what noise, an uneven print and edges that are a little off explain. A speck in the middle of a short patch
         /// lies under all samples inside alike, and only those over the edges lack it.
         double deviation = 0.0;
+
+        std::vector<size_t> used{};  ///< the samples that the mean is of
     };
 
     /// @param samples   in the order of the travel

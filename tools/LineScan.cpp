@@ -37,6 +37,9 @@ LineScan::Samples LineScan::Take(Point start, Point end, int speed)
         const double moment = (static_cast<double>(i) + 0.5) * integrationTime;
         if (moment >= profile.AccelerationEnd() && moment <= profile.DecelerationStart()) {
             samples.spectra.push_back(all[i]);
+            if (!session.SampleDensities().empty()) {
+                samples.densities.push_back(session.SampleDensities()[i]);
+            }
             samples.places.push_back(profile.DistanceAt(moment));
         }
     }

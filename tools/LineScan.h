@@ -14,6 +14,7 @@ public:
     /// What was seen at full speed; the ramps at both ends are left out.
     struct Samples {
         std::vector<J4Chart::Spectrum> spectra;
+        std::vector<J4Chart::Densities> densities;  ///< of each, where the session reads them
         std::vector<double> places;  ///< of the middle of each sample, mm from the line's start, if the instrument
                                      ///< began to measure when the table began to move
         double blur = 0.0;           ///< way during one sample, mm

@@ -31,6 +31,18 @@ void MeasuredColumns::AddRow(std::vector<std::string>& values, const J4Chart::Ch
     values.push_back(std::to_string(place.column));
 }
 
+void MeasuredColumns::AddDensityFields(std::vector<std::string>& fields)
+{
+    fields.insert(fields.end(), J4Chart::DensityFields.begin(), J4Chart::DensityFields.end());
+}
+
+void MeasuredColumns::AddDensities(std::vector<std::string>& values, const J4Chart::Densities& densities)
+{
+    for (const double density : densities) {
+        values.push_back(FixedText(density, ColourDigits));
+    }
+}
+
 void MeasuredColumns::AddColourFields(std::vector<std::string>& fields)
 {
     fields.insert(fields.end(), {"XYZ_X", "XYZ_Y", "XYZ_Z", "LAB_L", "LAB_A", "LAB_B"});

@@ -21,6 +21,10 @@ void AddPlace(std::vector<std::string>& values, const J4Chart::Place& place);
 void AddRowFields(std::vector<std::string>& fields);
 void AddRow(std::vector<std::string>& values, const J4Chart::Chart::RowPlace& place);
 
+/// D_RED, D_GREEN, D_BLUE, D_VIS.
+void AddDensityFields(std::vector<std::string>& fields);
+void AddDensities(std::vector<std::string>& values, const J4Chart::Densities& densities);
+
 /// XYZ, Lab and the spectrum.
 void AddColourFields(std::vector<std::string>& fields);
 void AddColour(std::vector<std::string>& values, const J4Chart::Spectrum& spectrum);

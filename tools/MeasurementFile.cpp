@@ -38,6 +38,9 @@ void AddFields(CgatsTable& table, const ChartLayout& layout, const MeasurementFi
     if (IsAnnounced(conditions, "REPEATS")) {
         table.fields.emplace_back("REPEAT_SPREAD");
     }
+    if (IsAnnounced(conditions, "DENSITIES")) {
+        MeasuredColumns::AddDensityFields(table.fields);
+    }
     MeasuredColumns::AddColourFields(table.fields);
 }
 
@@ -68,6 +71,9 @@ std::vector<std::string> Values(const ChartLayout& layout, size_t index, RowPlac
     values.push_back(FixedText(reading.residual, MeasuredColumns::PlaceDigits));
     if (IsAnnounced(conditions, "REPEATS")) {
         values.push_back(FixedText(reading.repeatSpread, MeasuredColumns::ColourDigits));
+    }
+    if (IsAnnounced(conditions, "DENSITIES")) {
+        MeasuredColumns::AddDensities(values, reading.densities.value());
     }
     MeasuredColumns::AddColour(values, reading.spectrum);
     return values;
@@ -167,6 +173,7 @@ PatchReading ReadingOf(const J4Chart::Patch& patch)
         reading.residual = patch.reading->residual;
     }
     reading.repeatSpread = patch.repeatSpread.value_or(0.0);
+    reading.densities = patch.densities;
     return reading;
 }
 
@@ -243,7 +250,7 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
     // Rows that were scanned otherwise do not go into one file with those of this scan.
     J4Chart::Chart wanted;
     wanted.conditions = conditions;
-    for (const char* keyword : {"REPEATS"}) {
+    for (const char* keyword : {"REPEATS", "DENSITIES"}) {
         if (partial.Condition(keyword) != wanted.Condition(keyword)) {
             Refuse(fileName, std::string(keyword) + " is '" + partial.Condition(keyword) + "' and not '" +
                                  wanted.Condition(keyword) + "'");

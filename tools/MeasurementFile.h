@@ -15,7 +15,8 @@ public:
     /// Cgats holds everything; Spectra is the plain sheet of spectra ("SPECT") that colour management programs read.
     enum class Form { Cgats, Spectra };
 
-    /// REPEATS announces that rows were scanned several times: the patches have a REPEAT_SPREAD then.
+    /// REPEATS announces that rows were scanned several times: the patches have a REPEAT_SPREAD then; DENSITIES
+    /// that they have densities.
     using Conditions = J4Chart::Chart::Conditions;
 
     /// The whole text of the file, with the patches that are measured. It has been read back.
@@ -32,7 +33,7 @@ public:
                                 const Measurements& measurements, const Conditions& conditions);
 
     /// Reads what a partial file holds of this layout; also one that was cut off while it was written.
-    /// @param conditions  those of the scan that goes on: serial numbers and repeats must be the same
+    /// @param conditions  those of the scan that goes on: serial numbers, REPEATS and DENSITIES must be the same
     /// @throws ToolError when the file is broken or belongs to another layout, table or instrument
     static Measurements Load(const std::string& fileName, const ChartLayout& layout, const Conditions& conditions);
 };

@@ -3,8 +3,10 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
+#include "chart/colour/Densities.h"
 #include "chart/colour/Spectrum.h"
 
 namespace J4Tool {
@@ -29,6 +31,7 @@ struct PatchReading {
     double spread = 0.0;        ///< of these samples, CIE 1976, root mean square
     double residual = 0.0;      ///< of the row's edges, mm; 0 unless the row was fitted
     double repeatSpread = 0.0;  ///< of the scans that were averaged from their mean, CIEDE2000; 0 for a single one
+    std::optional<J4Chart::Densities> densities{};  ///< where they were asked for
 
     bool operator==(const PatchReading&) const = default;
 };

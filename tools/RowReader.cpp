@@ -55,6 +55,20 @@ std::string Text(const char* format, double value)
     return text;
 }
 
+/// The densities of what several samples make together; nothing where none were read.
+std::optional<J4Chart::Densities> DensitiesOf(const std::vector<J4Chart::Densities>& samples,
+                                              const std::vector<size_t>& used)
+{
+    if (samples.empty()) {
+        return std::nullopt;
+    }
+    std::vector<J4Chart::Densities> members;
+    for (const size_t sample : used) {
+        members.push_back(samples[sample]);
+    }
+    return J4Chart::MeanDensities(members);
+}
+
 /// How far from the middle a measurement may be taken towards a side, as a share of the way to its edge. Not farther than
 /// to where it sees nothing of what it sees in the middle: so the chart may lie a little wrong.
 double Reach(Point side)
@@ -134,8 +148,13 @@ std::string RowReader::Fit(const RowPlan::Pass& pass, int carried, Readings& rea
             reading.deviation <= limit) {
             const auto index = static_cast<size_t>(place - row.begin());
             spectra[index] = reading.mean;
-            readings[index] =
-                PatchReading{reading.mean, ReadingWay::Fitted, reading.samples, reading.spread, fit.Residual(), 0.0};
+            readings[index] = PatchReading{reading.mean,
+                                           ReadingWay::Fitted,
+                                           reading.samples,
+                                           reading.spread,
+                                           fit.Residual(),
+                                           0.0,
+                                           DensitiesOf(samples.densities, reading.used)};
             --missing;
         }
     }
@@ -286,11 +305,13 @@ std::optional<PatchReading> RowReader::MeasureOne(size_t patch)
 {
     const auto spots = Spots(layout.Places()[patch]);
     std::vector<J4Chart::Spectrum> spectra;
+    std::vector<J4Chart::Densities> densities;
     std::vector<double> noises;
     Agreement::Group group;
     for (const Point& spot : spots) {
         session.Move(expected.placement.Of(spot));
         spectra.push_back(session.Measure());
+        densities.insert(densities.end(), session.SampleDensities().begin(), session.SampleDensities().end());
         for (size_t i = 0; i + 1 < spectra.size(); ++i) {
             noises.push_back(Agreement::Noise(spectra[i], spectra.back()));
         }
@@ -312,7 +333,13 @@ std::optional<PatchReading> RowReader::MeasureOne(size_t patch)
         (group.members.size() < LeastSpots || span < LeastSpan || !group.isAtTheEnd)) {
         return std::nullopt;
     }
-    return PatchReading{group.mean, ReadingWay::Spot, group.members.size(), group.spread, 0.0, 0.0};
+    return PatchReading{group.mean,
+                        ReadingWay::Spot,
+                        group.members.size(),
+                        group.spread,
+                        0.0,
+                        0.0,
+                        DensitiesOf(densities, group.members)};
 }
 
 }  // namespace J4Tool

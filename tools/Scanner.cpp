@@ -144,8 +144,10 @@ std::string Scanner::Recognise(const RowPlan::Pass& pass, Readings& readings)
         reader->PrepareRecognition(plan->Rows()[pass.row].speed);
     }
     std::vector<Session::Spectrum> spectra = session.Scan(pass.start, pass.end);
+    std::vector<J4Chart::Densities> densities = session.SampleDensities();
     if (pass.reversed) {
         std::reverse(spectra.begin(), spectra.end());
+        std::reverse(densities.begin(), densities.end());
     }
     std::string fault = check.Fault(pass.row, spectra);
     if (fault.empty()) {
@@ -153,8 +155,11 @@ std::string Scanner::Recognise(const RowPlan::Pass& pass, Readings& readings)
     }
     if (fault.empty()) {
         readings.clear();
-        for (const Session::Spectrum& spectrum : spectra) {
-            readings.push_back(PatchReading{spectrum, ReadingWay::Recognised, 0, 0.0, 0.0, 0.0});
+        for (size_t i = 0; i < spectra.size(); ++i) {
+            readings.push_back(PatchReading{spectra[i], ReadingWay::Recognised, 0, 0.0, 0.0, 0.0});
+            if (!densities.empty()) {
+                readings.back()->densities = densities[i];
+            }
         }
     }
     return fault;

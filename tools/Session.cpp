@@ -1,5 +1,7 @@
 #include "tools/Session.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <regex>
@@ -240,8 +242,9 @@ std::vector<Session::Spectrum> Session::Scan(Point start, Point end)
         throw TableError("counting the samples", lastFailure.status, lastFailure.message);
     }
     std::vector<Spectrum> samples;
+    densities.clear();
     for (int32_t i = 0; i < count; ++i) {
-        samples.push_back(ReadSpectrum(static_cast<uint32_t>(i)));
+        samples.push_back(ReadSample(static_cast<uint32_t>(i)));
     }
     return samples;
 }
@@ -252,13 +255,25 @@ Session::Spectrum Session::Measure()
     Interrupt::Check();
     Check("measuring", [this] { return functions.TriggerMeasurement(); });
     Interrupt::Check();
-    return ReadSpectrum(0);
+    densities.clear();
+    return ReadSample(0);
 }
 
-Session::Spectrum Session::ReadSpectrum(uint32_t index)
+Session::Spectrum Session::ReadSample(uint32_t index)
 {
     Spectrum spectrum{};
     Check("reading sample " + std::to_string(index), [&] { return functions.GetSpectrum(spectrum.data(), index); });
+    if (wantsDensities) {
+        std::array<float, std::tuple_size_v<J4Chart::Densities>> values{};
+        int32_t automatic = 0;
+        Check("reading the densities of sample " + std::to_string(index),
+              [&] { return functions.GetDensities(values.data(), &automatic, index); });
+        if (!std::all_of(values.begin(), values.end(), [](float value) { return std::isfinite(value); })) {
+            throw ToolError(ExitCode::Device, "the instrument tells a density that is no number",
+                            "Measure without --densities.");
+        }
+        std::copy(values.begin(), values.end(), densities.emplace_back().begin());
+    }
     return spectrum;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "chart/colour/Densities.h"
 #include "chart/colour/Spectrum.h"
 #include "tools/Point.h"
 #include "tools/SavedBlocks.h"
@@ -48,6 +49,13 @@ public:
     /// One measurement where the arm stands.
     Spectrum Measure();
 
+    /// From now on the densities of all samples are read too.
+    void WantDensities() { wantsDensities = true; }
+
+    /// Of the samples of the last Scan() or Measure(), in their order, as the instrument tells them; empty where they are
+    /// not wanted.
+    const std::vector<J4Chart::Densities>& SampleDensities() const { return densities; }
+
     /// The reflectance of the white tile that the table holds.
     Spectrum WhiteBase();
     void WriteWhiteBase(Spectrum whiteBase);
@@ -69,12 +77,15 @@ private:
 
     /// A call that may write the table's flash: its block is kept first, and no signal ends the program within it.
     void CheckWriting(const std::string& what, const std::function<int32_t()>& call);
-    Spectrum ReadSpectrum(uint32_t index);
+    /// The spectrum, and the densities where they are wanted.
+    Spectrum ReadSample(uint32_t index);
 
     TableFunctions functions;
     std::function<void(const std::string&, const Block&)> keepBlock;
     bool connected = false;
     bool hasMoved = false;
+    bool wantsDensities = false;
+    std::vector<J4Chart::Densities> densities;
 };
 
 }  // namespace J4Tool

@@ -10,6 +10,7 @@ struct TableFunctions {
     decltype(&::J4_TriggerMeasurement) TriggerMeasurement = nullptr;
     decltype(&::J4_GetNumberOfAvailableSamples) GetNumberOfAvailableSamples = nullptr;
     decltype(&::J4_GetSpectrum) GetSpectrum = nullptr;
+    decltype(&::J4_GetDensities) GetDensities = nullptr;
     decltype(&::J4_SetOption) SetOption = nullptr;
     decltype(&::J4_GetOption) GetOption = nullptr;
     decltype(&::J4_RegisterErrorHandler) RegisterErrorHandler = nullptr;

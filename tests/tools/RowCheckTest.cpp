@@ -3,8 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 
+#include "chart/colour/Colorimetry.h"
 #include "tests/tools/LayoutText.h"
+#include "tools/DensityOrder.h"
 
 namespace J4Tool {
 namespace {
@@ -73,6 +77,35 @@ TEST(RowCheck, ChartsThatTellNothingAboutTheDirectionAreGood)
     const RowCheck symmetric(LayoutOf(
         CgatsText(fields + " LAB_L LAB_A LAB_B", "a 10 10 8 8 50 0 0\nb 20 10 8 8 30 0 0\nc 30 10 8 8 50 0 0\n")));
     EXPECT_EQ(symmetric.Fault(0, RowOf(2, 3)), "");
+}
+
+TEST(DensityOrder, AnotherOrderIsNoticedWhereColoursTellIt)
+{
+    // Inks that take the red, the green or the blue light; told with filters that are somewhat others.
+    const auto inks = [](const std::array<size_t, 4>& order, bool coloured) {
+        Measurements measurements;
+        for (size_t patch = 0; patch < 12; ++patch) {
+            PatchReading& reading = measurements.emplace_back().emplace();
+            for (size_t band = 0; band < reading.spectrum.size(); ++band) {
+                const size_t third = band < 12 ? 2 : band < 22 ? 1 : 0;
+                const double coverage = static_cast<double>(patch / 3 + 1) / 4.0;
+                reading.spectrum[band] =
+                    static_cast<float>(!coloured || third == patch % 3 ? 1.0 - 0.9 * coverage : 0.9);
+            }
+            const double y = J4Chart::Colorimetry::TristimulusValues(reading.spectrum)[1] / 100.0;
+            const double told[] = {reading.spectrum[30], reading.spectrum[17], reading.spectrum[5], y};
+            for (size_t i = 0; i < order.size(); ++i) {
+                reading.densities = reading.densities.value_or(J4Chart::Densities{});
+                (*reading.densities)[i] = -1.05 * std::log10(told[order[i]]) + 0.02;
+            }
+        }
+        return measurements;
+    };
+    EXPECT_EQ(DensityOrderDoubt(inks({0, 1, 2, 3}, true)), "");
+    EXPECT_EQ(DensityOrderDoubt(inks({3, 0, 1, 2}, false)), "") << "greys don't tell";
+    EXPECT_EQ(DensityOrderDoubt(Measurements(3)), "");
+    const std::string doubt = DensityOrderDoubt(inks({3, 0, 1, 2}, true));
+    EXPECT_NE(doubt.find("are its numbers 2, 3, 4, 1;"), std::string::npos) << doubt;
 }
 
 }  // namespace

@@ -359,6 +359,31 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(content_of("m.cgats").splitlines(True)[begin:begin + 20], whole[begin:begin + 20])
         self.assertEqual(len([line for line in run.stdout.splitlines() if '"rowBegins"' in line]), 2 * 4)
 
+    def test_densities_are_those_of_the_samples_whichever_way_a_row_is_read(self):
+        # The virtual instrument's are plain bands of the spectrum, so those of a mean are those of its spectrum.
+        bands = {"D_RED": range(600, 701, 10), "D_GREEN": range(500, 591, 10), "D_BLUE": range(400, 491, 10)}
+        places = re.sub(r"(?m)^(R\S+ \S+ \S+ \S+ \S+).*$", r"\1", re.sub(r" SPECTRAL_NM\d+", "", chart(2, 6)))
+        write("places.cgats", places)
+        write("six.cgats", chart(2, 6))
+        for way, words in (("RECOGNISED", "six.cgats"), ("FITTED", "places.cgats --chart six.cgats"),
+                           ("SPOT", "six.cgats --spots"), ("RECOGNISED", "six.cgats --repeat 3")):
+            with self.subTest(way=words):
+                run = tool(f"--virtual --option Simulator.Noise=0.0002 scan {words} -o m.cgats --force --densities")
+                self.assertEqual(run.returncode, DONE, run.stderr)
+                self.assertNotIn("another order", run.stdout)
+                self.assertEqual(set(column("m.cgats", "SCAN_WAY")), {way})
+                for field, waves in bands.items():
+                    for told, spectrum in zip(column("m.cgats", field), spectra("m.cgats").values()):
+                        mean = sum(spectrum[(wave - 380) // 10] for wave in waves) / len(waves)
+                        self.assertAlmostEqual(float(told), -math.log10(mean), delta=1e-4, msg=field)
+                for told, light in zip(column("m.cgats", "D_VIS"), column("m.cgats", "XYZ_Y")):
+                    self.assertAlmostEqual(float(told), -math.log10(float(light) / 100), delta=1e-4)
+        self.assertEqual(tool("average m.cgats m.cgats -o n.cgats").returncode, DONE)
+        for field in (*bands, "D_VIS"):
+            self.assertEqual(column("n.cgats", field), column("m.cgats", field))
+        self.assertEqual(tool("report m.cgats -o r.html").returncode, DONE)
+        self.assertIn('"densities":[', content_of("r.html"))
+
     def test_every_honest_chart_is_measured_and_a_wrong_one_refused(self):
         """What lies on the bed is the chart moved by dx, dy, with what its name says on it; the layout tells no colours
         where it says so."""

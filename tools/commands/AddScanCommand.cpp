@@ -43,6 +43,7 @@ struct ScanArguments {
     bool align = false;
     bool trustPlace = false;
     bool spots = false;
+    bool densities = false;
     bool resume = false;
     bool restart = false;
     bool force = false;
@@ -111,6 +112,9 @@ public:
             scan.TakeUp(reader);
         }
         scan.UseReader(reader, plan);
+        if (arguments.densities) {
+            session->WantDensities();
+        }
         Interrupt::SetNotice(context.json ? nullptr : "\nthe row is being ended; then the table is let go\n");
         scan.Run();
     }
@@ -252,6 +256,9 @@ private:
         if (arguments.repeats > 1) {
             conditions.emplace_back("REPEATS", std::to_string(arguments.repeats));
         }
+        if (arguments.densities) {
+            conditions.emplace_back("DENSITIES", "as the instrument tells them");
+        }
         return conditions;
     }
 
@@ -320,6 +327,8 @@ void AddScanCommand(CLI::App& app, ToolContext& context)
     command->add_flag("--trust-place", arguments->trustPlace, "scan without looking first whether the chart lies right")
         ->excludes(align);
     command->add_flag("--spots", arguments->spots, "measure every patch singly instead of scanning rows");
+    command->add_flag("--densities", arguments->densities,
+                      "also write the densities that the instrument tells: D_RED, D_GREEN, D_BLUE, D_VIS");
     CLI::Option* resume = command->add_flag("--resume", arguments->resume, "go on from MEASURED.partial");
     command->add_flag("--restart", arguments->restart, "throw MEASURED.partial away")->excludes(resume);
     command

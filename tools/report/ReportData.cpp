@@ -122,6 +122,7 @@ void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Char
         patch.name = source.name;
         patch.measured = SideOf(source);
         patch.reading = source.reading;
+        patch.densities = source.densities;
         patch.repeatSpread = source.repeatSpread;
         outside += patch.measured.colour.inGamut ? 0 : 1;
         if (references[i]) {

@@ -38,8 +38,9 @@ public:
         Side measured;
         std::optional<Side> reference;
         std::optional<J4Chart::Reading> reading;
-        std::optional<double> repeatSpread;  ///< of several scans from their mean, CIEDE2000
-        std::vector<double> differences;     ///< one for each formula; empty without a reference
+        std::optional<J4Chart::Densities> densities;  ///< as the instrument told them
+        std::optional<double> repeatSpread;           ///< of several scans from their mean, CIEDE2000
+        std::vector<double> differences;              ///< one for each formula; empty without a reference
     };
 
     struct Formula {

@@ -91,6 +91,9 @@ Json PatchObject(const ReportData::Patch& patch)
                              {"spread", Rounded(patch.reading->spread, 3)},
                              {"residual", Rounded(patch.reading->residual, 3)}};
     }
+    if (patch.densities) {
+        object["densities"] = Rounded(*patch.densities, 4);
+    }
     if (patch.repeatSpread) {
         object["repeatSpread"] = Rounded(*patch.repeatSpread, 4);
     }

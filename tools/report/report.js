@@ -96,6 +96,10 @@
         if (patch.reading) {
             byId('patch-figures').append(element('p', {class: 'note'}, readingText(patch.reading)));
         }
+        if (patch.densities) {
+            byId('patch-figures').append(element('p', {class: 'note'}, 'Densities of the instrument: ' +
+                ['red', 'green', 'blue', 'visual'].map((name, i) => `${name} ${figure(patch.densities[i])}`).join(', ')));
+        }
         if (patch.repeatSpread != null) {
             byId('patch-figures').append(element('p', {class: 'note'},
                 `Average of several scans, ${figure(patch.repeatSpread, 3)} from their mean (CIEDE2000).`));

@@ -21,13 +21,13 @@ namespace {
 namespace Colorimetry = J4Chart::Colorimetry;
 using J4Chart::DifferenceSummary;
 
-struct Arguments {
+struct SeriesArguments {
     std::vector<std::string> measured;
     std::string output;
     bool force = false;
 };
 
-void RequireSeveral(const Arguments& arguments, const char* command)
+void RequireSeveral(const SeriesArguments& arguments, const char* command)
 {
     if (arguments.measured.size() < 2) {
         throw ToolError(ExitCode::Usage, "there is only one measurement",
@@ -67,7 +67,7 @@ std::string WorstText(const MeasurementSeries& series, const std::vector<double>
     return text;
 }
 
-void Average(const Arguments& arguments, bool json)
+void Average(const SeriesArguments& arguments, bool json)
 {
     RequireSeveral(arguments, "average");
     const OutputFile output(arguments.output, arguments.force, arguments.measured);
@@ -124,7 +124,7 @@ std::set<std::string> Instruments(const MeasurementSeries& series)
     return serials;
 }
 
-void Compare(const Arguments& arguments, bool json)
+void Compare(const SeriesArguments& arguments, bool json)
 {
     RequireSeveral(arguments, "compare");
     const MeasurementSeries series(arguments.measured, false);
@@ -175,7 +175,7 @@ void Compare(const Arguments& arguments, bool json)
 
 void AddSeriesCommands(CLI::App& app, ToolContext& context)
 {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<SeriesArguments>();
     CLI::App* average = app.add_subcommand("average",
                                            "make one file of several measurements of a chart, by the names "
                                            "of the patches");

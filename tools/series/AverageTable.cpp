@@ -53,6 +53,22 @@ void AddConditions(CgatsTable& table, const MeasurementSeries& series)
     }
 }
 
+bool HasDensities(const MeasurementSeries& series)
+{
+    return std::all_of(series.Measurements().begin(), series.Measurements().end(), [](const Measurement& measurement) {
+        return measurement.chart.patches.front().densities.has_value();
+    });
+}
+
+J4Chart::Densities MeanDensities(const MeasurementSeries& series, size_t patch)
+{
+    std::vector<J4Chart::Densities> densities;
+    for (const Measurement& measurement : series.Measurements()) {
+        densities.push_back(*measurement.chart.patches[patch].densities);
+    }
+    return J4Chart::MeanDensities(densities);
+}
+
 }  // namespace
 
 CgatsTable AverageTable(const MeasurementSeries& series)
@@ -70,6 +86,10 @@ CgatsTable AverageTable(const MeasurementSeries& series)
         MeasuredColumns::AddRowFields(table.fields);
     }
     table.fields.emplace_back("REPEAT_SPREAD");
+    const bool hasDensities = HasDensities(series);
+    if (hasDensities) {
+        MeasuredColumns::AddDensityFields(table.fields);
+    }
     MeasuredColumns::AddColourFields(table.fields);
     for (size_t i = 0; i < first.patches.size(); ++i) {
         const J4Chart::Patch& patch = first.patches[i];
@@ -85,6 +105,9 @@ CgatsTable AverageTable(const MeasurementSeries& series)
         }
         row.values.push_back(
             FixedText(J4Chart::MeanDifference(series.Colours(i)).ciede2000, MeasuredColumns::ColourDigits));
+        if (hasDensities) {
+            MeasuredColumns::AddDensities(row.values, MeanDensities(series, i));
+        }
         MeasuredColumns::AddColour(row.values, J4Chart::MeanOf(series.Spectra(i)));
     }
     return table;
