@@ -2,8 +2,8 @@
 # Makes the packages and tries them as who gets them would. The Debian package is unpacked into a scratch root: programs
 # outside the source tree are built against it with pkg-config and with find_package and run, with and without an
 # instrument's library, and its tool and examples run on the virtual table that it brings. The Python package is unpacked
-# beside it and its tests run on it. The first programs in four languages print what their page has. Of the Windows package the
-# parts are compared. What the documents in the packages name is in them.
+# beside it and its tests run on it. Of the Windows package the parts are compared. The first programs in four languages
+# print what their page has, those in C and C++ under Wine too. What the documents in the packages name is in them.
 # usage: check_package.sh [LINUX_BUILD [WINDOWS_BUILD]]
 set -eu
 cd "$(dirname "$0")/.."
@@ -242,4 +242,19 @@ virtual/j4tavla64.dll
 virtual/sorvane64.dll
 END
 require_named "$folder/README.md" "$folder"
+
+# Two first programs, with the virtual table's DLLs beside them; the folder shares the Wine of the build's tests.
+run=$windows/first
+rm -rf "$run"
+mkdir "$run"
+cp "$folder"/virtual/*.dll "$run"
+x86_64-w64-mingw32-gcc -std=c11 "$programs/first.c" -I"$folder/include" -L"$folder/lib" -lj4tavla64 -o "$run/first_c.exe"
+x86_64-w64-mingw32-g++-posix -std=c++17 -static "$programs/first.cpp" -I"$folder/include" "$folder/lib/libj4tavla64.dll.a" \
+    -o "$run/first_cpp.exe"
+export J4TAVLA_OPTIONS="Simulator.ChartFile=$work/chart.cgats"
+for program in first_c first_cpp; do
+    prints_the_same scripts/wine.sh "$run/$program.exe"
+done
+rm -rf "$run"
+echo "first programs: C and C++ under Wine"
 echo "$(basename "$zip"): $(wc -l <"$work/Windows") files"
