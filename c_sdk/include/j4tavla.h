@@ -11,7 +11,7 @@
  * (`sorvane64.dll`), so a program written for that library can load this one in its place. The
  * library finds and loads `sorvane64.dll` (on Linux `libsorvane64.so`) at the first call.
  *
- * For C++17 there is j4tavla.hpp on top of this header, for C# the source J4Tavla.cs.
+ * For C++17 there is j4tavla.hpp on top of this header, for C# the source J4Tavla.cs, for Python the package j4tavla.
  *
  * ### Rules for all functions
  *
@@ -68,7 +68,7 @@
  * | `Colorimetric.Illumination` | `D50` | illuminant of the colour values |
  * | `Colorimetric.Observer` | `TwoDegree` | observer of the colour values |
  *
- * A calibration belongs to its mode; ::J4_Calibrate on the table does both reflectance modes and leaves
+ * A calibration belongs to its mode; ::J4_Calibrate on the table does both reflectance modes in one call and leaves
  * `MeasurementMode` as it was. Samples are counted from 0 and stay until the next measurement, scan, calibration on the
  * table, or option "Reset".
  *
@@ -180,7 +180,7 @@ extern "C" {
  *
  * | words | statuses |
  * |-------|----------|
- * | of the instrument | whatever its library gives; 9 when memory is missing, or a text of that library is longer than 1 MiB; 104 |
+ * | of the instrument | whatever its library gives; 9 when memory is missing, that library throws an exception, or a text of it is longer than 1 MiB; 104 |
  * | of the table | those of the instrument; 1, 2 and 9 for what happens on the line to the table and in its configuration block; 10 when the instrument's white reference is unusable; 100 without an instrument in the table; 103 when the table's white base is unusable. Every function that needs the table can give them, since it may have to connect |
  *
  * 104 means that the instrument's library can't be loaded, or that memory is missing before there is anything that could
@@ -316,9 +316,10 @@ J4T_API J4_Result J4_IsTableConnected(void);
 J4T_API J4_Result J4_IsConnected(void);
 
 /**
- * Calibrates on the white tile. With the table's instrument selected both reflectance modes are
- * calibrated and checked, so call J4_GoToHomePosition() first; the status that the instrument's library gives for each
- * of the two is not looked at. Any other instrument is calibrated alone, in its current mode.
+ * Calibrates on the white tile. With the table's instrument selected, in one of the reflectance modes, both of these are
+ * calibrated and checked, so call J4_GoToHomePosition() first; in another mode that one alone is calibrated. The status
+ * that the instrument's library itself gives for a calibration is not looked at there. An instrument that is not the
+ * table's is calibrated alone, in its current mode, and its status is returned.
  * @return 0; 3 when the instrument is not placed properly or the tile is dirty; of the table; of the instrument; and,
  *         since the check of the tile moves the arm, those of J4_SetPosition(). After a failed check the arm is back at
  *         the tile and all options are as before.
