@@ -140,6 +140,9 @@ gcc "$examples"/*.c -o "$work/scan_chart" -I"$examples" $flags -lm
 quietly env LD_LIBRARY_PATH="$virtual" "$work/scan_chart" -o "Simulator.ChartFile=$work/chart.cgats" \
     "$work/chart.cgats" "$work/measured.cgats"
 echo "scan_chart.c: $(tail -n 1 "$work/log")"
+# shellcheck disable=SC2086
+g++ -std=c++17 "$examples/scan_rows.cpp" $flags -o "$work/scan_rows"
+quietly mcs -out:"$work/ScanChart.exe" "$examples/ScanChart.cs" "$examples/J4Tavla.cs"
 
 python=$(echo "$linux"/package/python3-j4tavla_*_all.deb)
 dpkg-deb -x "$python" "$root"
@@ -153,7 +156,12 @@ sed '1,/^BEGIN_DATA$/d' "$work/measured.cgats" | head -n 5 | cut -f 2- >"$work/s
 cut -f 3- "$work/spectra" | paste - "$work/spectra_of_c" |
     awk 'NF != 72 { exit 1 } { for (i = 1; i <= 36; ++i) if (($i - $(i + 36)) ^ 2 > 1e-10) exit 1 }' ||
     fail "the examples in C and Python measure differently"
-echo "scan_chart.py: $(wc -l <"$work/spectra") patches, as scan_chart.c"
+for program in "$work/scan_rows" "mono $work/ScanChart.exe"; do
+    # shellcheck disable=SC2086
+    LD_LIBRARY_PATH=$virtual $program -o "Simulator.ChartFile=$work/chart.cgats" 199.5,250,356.5,250,5 2>"$work/log" |
+        diff "$work/spectra" - || fail "$program does not measure as the example in Python: $(cat "$work/log")"
+done
+echo "scan_chart.py: $(wc -l <"$work/spectra") patches, as scan_chart.c, scan_rows.cpp and ScanChart.cs"
 (cd "$work" && quietly env REAL_LIBRARY="$library" pytest-3 -q -p no:cacheprovider "$OLDPWD/tests/python/test_table.py")
 echo "$(basename "$python"): $(tail -n 1 "$work/log")"
 

@@ -4,7 +4,7 @@
 - Every text in the library's sources, so every text that a failure can have, stands in docs/errors.md,
   docs/options.md or docs/protocol.md. Texts are taken from all string literals, so that no way of throwing escapes.
 - The option keys of the library and those of docs/options.md are the same, with number, section and what is answered
-  here; so are the keys of the header. Every property number stands in docs/options.md and no other, every key of the
+  here; so are the keys of the header, and the typed ones in C++ and C#. Every property number stands in docs/options.md and no other, every key of the
   virtual table in docs/simulator.md.
 - Every command of the table's protocol stands in docs/protocol.md, and every frame there has its right checksum.
 - Every status stands in docs/errors.md.
@@ -119,6 +119,7 @@ def check_keys(options):
                  for key in re.findall(r'"([^"]+)"', cell) if not key.isdigit()}
     for key in sorted({*keys} ^ in_header):
         problems.append(f"`{key}` stands in only one of src/OptionKeys.cpp and j4tavla.h")
+    check_typed_keys({*keys, *re.findall(r"[`\"]([\w.]+)[`\"]", header)})
     for number in sorted(set(ids.values())):
         require(covers(options, number), f"docs/options.md has no row for the number {number}")
     check_properties(options, ids)
@@ -128,6 +129,19 @@ def check_keys(options):
     for key in sorted(bench):
         require(f"| `{key}` |" in simulator, f"docs/simulator.md has no row for `{key}`")
     return len(keys) + len(set(ids.values())) + len(bench) if keys and ids and bench and in_header else 0
+
+
+def check_typed_keys(known):
+    """The options that have a type in C++ and in C# are the same, and each is one."""
+    header, source = [(ROOT / "c_sdk" / name).read_text(encoding="utf-8")
+                      for name in ("include/j4tavla.hpp", "csharp/J4Tavla.cs")]
+    in_header = set(re.findall(r'inline constexpr Read[^;]*\{\s*"([^"]+)"\};', header))
+    in_source = set(re.findall(r'get \{ return [^"}]*[(\[]"([^"]+)"', source))
+    for key in sorted(in_header ^ in_source):
+        problems.append(f"`{key}` has a type in only one of j4tavla.hpp and J4Tavla.cs")
+    for key in sorted(in_header - known):
+        problems.append(f"`{key}` of j4tavla.hpp is no option")
+    require(in_header, "j4tavla.hpp has no typed options")
 
 
 def check_properties(options, ids):
