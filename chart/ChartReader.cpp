@@ -226,7 +226,8 @@ bool IsDeviceField(const std::string& field)
     const auto starts = [&field](const char* prefix) { return field.starts_with(prefix); };
     const bool manyInks = field.size() > 5 && std::isxdigit(static_cast<unsigned char>(field[0])) != 0 &&
                           field.compare(1, 4, "CLR_") == 0;
-    return starts("RGB_") || starts("CMY_") || starts("CMYK_") || starts("GRAY") || manyInks;
+    const bool spot = starts("SPOT_") && field.find_first_not_of("0123456789", 5) == std::string::npos;
+    return starts("RGB_") || starts("CMY_") || starts("CMYK_") || starts("GRAY") || manyInks || spot;
 }
 
 class TableReader {

@@ -150,6 +150,8 @@ install(FILES
     examples/scan_chart.py examples/scan_rows.cpp examples/ScanChart.cs c_sdk/csharp/J4Tavla.cs
     examples/virtual.exe.config
     DESTINATION ${document_folder}/examples COMPONENT sdk)
+install(FILES examples/charts/colours.cgats examples/charts/chart.cgats examples/charts/chart.pdf
+    DESTINATION ${document_folder}/examples/charts COMPONENT sdk)
 install(FILES chart/colour/CieTables.h DESTINATION ${document_folder}/examples/chart/colour COMPONENT sdk)
 install(DIRECTORY tolerances DESTINATION ${document_folder} COMPONENT sdk)
 install(DIRECTORY tolerances DESTINATION . COMPONENT out)

@@ -61,6 +61,9 @@ usr/lib/j4tavla64/virtual/libj4bench.so
 usr/lib/j4tavla64/virtual/libj4tavla64.so
 usr/lib/j4tavla64/virtual/libsorvane64.so
 usr/lib/udev/rules.d/70-j4tavla.rules
+usr/share/doc/j4tavla64/examples/charts/chart.cgats
+usr/share/doc/j4tavla64/examples/charts/chart.pdf
+usr/share/doc/j4tavla64/examples/charts/colours.cgats
 usr/share/doc/j4tavla64/licenses/CLI11.txt
 usr/share/doc/j4tavla64/licenses/nlohmann-json.txt
 usr/share/doc/j4tavla64/licenses/tomlplusplus.txt
@@ -233,6 +236,9 @@ bin/j4tavla64.dll
 bin/j4tavla64.dll.debug
 examples/J4Tavla.cs
 examples/ScanChart.cs
+examples/charts/chart.cgats
+examples/charts/chart.pdf
+examples/charts/colours.cgats
 examples/scan_chart.c
 examples/scan_chart.py
 include/j4tavla.h

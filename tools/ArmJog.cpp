@@ -40,15 +40,15 @@ ArmJog::~ArmJog()
     }
 }
 
-Point ArmJog::Take(const std::string& patch)
+Point ArmJog::Take(const std::string& what)
 {
     constexpr int glance = 500;  // ms, for an arm that is pushed
     for (;;) {
         Interrupt::Check();
         const Point here = session.Position();
         std::fputs("\r", stderr);
-        Print(stderr, "visor on the middle of patch %s, then Enter: %s / %s   ", patch.c_str(),
-              units.Text(here.x).c_str(), units.Text(here.y).c_str());
+        Print(stderr, "visor on %s, then Enter: %s / %s   ", what.c_str(), units.Text(here.x).c_str(),
+              units.Text(here.y).c_str());
         std::fflush(stderr);
         const KeyInput::Press press = keys.Wait(glance);
         switch (press.key) {

@@ -23,10 +23,10 @@ public:
     ArmJog(const ArmJog&) = delete;
     ArmJog& operator=(const ArmJog&) = delete;
 
-    /// @param patch  the name of what the visor is to be brought on
+    /// @param what  the name of what the visor is to be brought on
     /// @return the place, mm
     /// @throws ToolError when the person gives up
-    Point Take(const std::string& patch);
+    Point Take(const std::string& what);
 
 private:
     void Move(Point from, KeyInput::Press press);

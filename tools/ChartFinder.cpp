@@ -68,15 +68,20 @@ ChartFinder::ChartFinder(Session& session, const ChartLayout& layout, const Work
 ChartFinder::Line ChartFinder::Column(double share) const
 {
     const ChartLayout::Row& firstRow = layout.Rows().front();
-    const ChartLayout::Row& lastRow = layout.Rows().back();
     const auto index = static_cast<size_t>(std::lround(share * static_cast<double>(firstRow.size() - 1)));
     const J4Chart::Place& first = layout.Places()[firstRow[index]];
     const Point along = Unit(first.along);
     const auto distance = [&](size_t patch) {
         return std::abs(Dot(Minus(layout.Places()[patch].centre, first.centre), along));
     };
-    const J4Chart::Place& last = layout.Places()[*std::min_element(
-        lastRow.begin(), lastRow.end(), [&](size_t a, size_t b) { return distance(a) < distance(b); })];
+    // A last row may be shorter than the others; a line that runs askew meets edges askew.
+    const auto inColumn = [&](const ChartLayout::Row& row) {
+        return *std::min_element(row.begin(), row.end(), [&](size_t a, size_t b) { return distance(a) < distance(b); });
+    };
+    const auto lastRow = std::find_if(layout.Rows().rbegin(), layout.Rows().rend(), [&](const ChartLayout::Row& row) {
+        return distance(inColumn(row)) <= Length(first.along);
+    });
+    const J4Chart::Place& last = layout.Places()[inColumn(*lastRow)];
     const Point way = Minus(last.centre, first.centre);
     const double sign = Dot(first.across, way) < 0.0 ? -1.0 : 1.0;
     return {Minus(first.centre, Times(first.across, sign)), Plus(last.centre, Times(last.across, sign))};

@@ -5,14 +5,22 @@
 #include <map>
 #include <numbers>
 #include <numeric>
+#include <sstream>
 #include <utility>
 
+#include "chart/ChartPages.h"
 #include "chart/ChartReader.h"
 #include "chart/PlaneMap.h"
 #include "chart/cgats/CgatsFields.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
+
+namespace {
+
+constexpr const char* MarksKeyword = "LAYOUT_MARKS";
+
+}  // namespace
 
 ChartLayout::ChartLayout(J4Chart::Chart placed) : chart(std::move(placed))
 {
@@ -43,10 +51,11 @@ ChartLayout::ChartLayout(J4Chart::Chart placed) : chart(std::move(placed))
     }
 }
 
-ChartLayout ChartLayout::Load(const std::string& fileName, const J4Chart::Grid& grid, bool measuredByHand)
+ChartLayout ChartLayout::Load(const std::string& fileName, const J4Chart::Grid& grid, bool measuredByHand,
+                              std::optional<size_t> page)
 {
     try {
-        return Read(J4Chart::CgatsFile::Read(fileName), grid, measuredByHand);
+        return Read(J4Chart::CgatsFile::Read(fileName), grid, measuredByHand, page);
     } catch (const J4Chart::CgatsError& error) {
         throw ToolError(ExitCode::File, "layout '" + fileName + "': " + error.what(),
                         "A layout is a CGATS.17 file with SAMPLE_ID or SAMPLE_NAME and either X, Y, WIDTH, HEIGHT in "
@@ -54,19 +63,54 @@ ChartLayout ChartLayout::Load(const std::string& fileName, const J4Chart::Grid& 
     }
 }
 
-ChartLayout ChartLayout::Read(const J4Chart::CgatsFile& file, const J4Chart::Grid& grid, bool measuredByHand)
+ChartLayout ChartLayout::Read(const J4Chart::CgatsFile& file, const J4Chart::Grid& grid, bool measuredByHand,
+                              std::optional<size_t> page)
 {
+    const J4Chart::CgatsFile onePage = J4Chart::ChartPages::Select(file, page);
     J4Chart::ChartReader::Wanted wanted;
     wanted.places = true;
     wanted.grid = grid;
     wanted.fittedLater = measuredByHand;
-    J4Chart::Chart chart = J4Chart::ChartReader::Read(file, wanted);
+    J4Chart::Chart chart = J4Chart::ChartReader::Read(onePage, wanted);
     if (chart.patches.empty()) {
         throw J4Chart::CgatsError(0, "there are no patches");
     }
+    const std::vector<size_t> pages = J4Chart::ChartPages::Of(file.Tables()[chart.table]);
+    if (page && pages.empty()) {
+        throw J4Chart::CgatsError(0, "the layout has no pages, so there is no page " + std::to_string(*page));
+    }
+    if (!page && pages.size() > 1) {
+        throw ToolError(ExitCode::Usage,
+                        "the layout has " + std::to_string(pages.size()) + " pages, and one of them lies on the bed",
+                        "Give --page, one of " + J4Chart::ChartPages::Text(pages) + ".");
+    }
     ChartLayout layout(std::move(chart));
-    layout.source = file.Tables()[layout.chart.table];
+    layout.source = onePage.Tables()[layout.chart.table];
+    layout.ReadMarks();
     return layout;
+}
+
+void ChartLayout::ReadMarks()
+{
+    const J4Chart::CgatsTable::Keyword* const keyword = source.FindKeyword(MarksKeyword);
+    if (keyword == nullptr) {
+        return;
+    }
+    std::istringstream words(keyword->value);
+    std::vector<double> numbers;
+    for (std::string word; words >> word;) {
+        constexpr double farthest = 10000.0;  // mm, as for patches
+        double number = 0.0;
+        if (!J4Chart::ParseNumber(word, number) || std::abs(number) > farthest) {
+            throw J4Chart::CgatsError(keyword->line, keyword->name + " '" + word + "' is not a place in mm");
+        }
+        numbers.push_back(number);
+    }
+    if (numbers.size() != 6) {
+        throw J4Chart::CgatsError(keyword->line,
+                                  keyword->name + " has " + std::to_string(numbers.size()) + " values instead of 6");
+    }
+    marks = {Point{numbers[0], numbers[1]}, Point{numbers[2], numbers[3]}, Point{numbers[4], numbers[5]}};
 }
 
 std::string ChartLayout::FileText() const
@@ -76,6 +120,15 @@ std::string ChartLayout::FileText() const
         return keyword.name.starts_with("LAYOUT_") || keyword.name == "PATCH_SIZE" || keyword.name == "PATCH_GAP";
     });
     const double turn = chart.places.front().Rotation() * 180.0 / std::numbers::pi;
+    if (marks) {
+        std::string text;
+        for (const Point& mark : *marks) {
+            for (const double number : {mark.x, mark.y}) {
+                text += (text.empty() ? "" : " ") + J4Chart::NumberText(std::round(number * 1e3) / 1e3);
+            }
+        }
+        table.SetKeyword(MarksKeyword, text);
+    }
     table.SetKeyword("LAYOUT_ROTATION", J4Chart::NumberText(std::round(turn * 1e4) / 1e4));
     const auto column = [&table](const char* field) {
         int index = table.FindField(field);
@@ -104,28 +157,47 @@ std::string ChartLayout::FileText() const
     }
 }
 
-std::array<size_t, 3> ChartLayout::CornerPatches() const
+std::array<ChartLayout::Corner, 3> ChartLayout::Corners() const
 {
-    const std::array<size_t, 3> corners = {rows.front().front(), rows.front().back(), rows.back().front()};
-    if (rows.size() < 2 || rows.front().size() < 2) {
+    if (marks) {
+        return {Corner{"crosshair 1", (*marks)[0]}, Corner{"crosshair 2", (*marks)[1]},
+                Corner{"crosshair 3", (*marks)[2]}};
+    }
+    if (!HasCorners()) {
         throw ToolError(ExitCode::Usage, "a chart is placed by three corners only when it has two rows and two columns",
                         "Give the places of its patches in the layout, or a grid with --start.");
     }
-    return corners;
+    const auto middleOf = [this](size_t patch) {
+        return Corner{"the middle of patch " + chart.patches[patch].name, chart.places[patch].centre};
+    };
+    return {middleOf(rows.front().front()), middleOf(rows.front().back()), middleOf(rows.back().front())};
+}
+
+J4Chart::Chart::Conditions ChartLayout::InkConditions() const
+{
+    J4Chart::Chart::Conditions inks;
+    std::copy_if(chart.conditions.begin(), chart.conditions.end(), std::back_inserter(inks),
+                 [](const auto& condition) { return condition.first.starts_with("SPOT_"); });
+    return inks;
 }
 
 void ChartLayout::PlaceCorners(const std::array<Point, 3>& corners)
 {
     std::array<Point, 3> known;
-    const std::array<size_t, 3> patches = CornerPatches();
-    std::transform(patches.begin(), patches.end(), known.begin(),
-                   [this](size_t patch) { return chart.places[patch].centre; });
+    const std::array<Corner, 3> named = Corners();
+    std::transform(named.begin(), named.end(), known.begin(), [](const Corner& corner) { return corner.place; });
     constexpr double smallestArea = 1.0;  // mm²
     if (std::abs(J4Chart::PlaneMap::AreaOf(corners)) < smallestArea || J4Chart::PlaneMap::AreaOf(known) == 0.0) {
-        throw ToolError(ExitCode::Usage, "the three corners lie in one line",
-                        "Give the first and the last patch of the first row, and the first of the last row.");
+        throw ToolError(
+            ExitCode::Usage, "the three corners lie in one line",
+            "Give the crosshairs 1, 2 and 3, or where there are none the first and the last patch of the first row, "
+            "and the first of the last row.");
     }
-    std::transform(chart.places.begin(), chart.places.end(), chart.places.begin(), J4Chart::PlaneMap(known, corners));
+    const J4Chart::PlaneMap map(known, corners);
+    std::transform(chart.places.begin(), chart.places.end(), chart.places.begin(), map);
+    if (marks) {
+        marks = corners;
+    }
 }
 
 void ChartLayout::RequireMeasurable() const
@@ -197,6 +269,9 @@ void ChartLayout::MoveTo(const Placement& placement)
 {
     for (J4Chart::Place& place : chart.places) {
         place = {placement.Of(place.centre), placement.Turned(place.along), placement.Turned(place.across)};
+    }
+    if (marks) {
+        std::transform(marks->begin(), marks->end(), marks->begin(), [&](Point mark) { return placement.Of(mark); });
     }
 }
 

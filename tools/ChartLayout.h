@@ -25,11 +25,14 @@ public:
 
     /// Reads a layout with the fields X, Y, WIDTH, HEIGHT (mm), or without them as a grid.
     /// @param measuredByHand  the places will come from three corners: a grid then needs no sizes
+    /// @param page  of a layout that has several; one must be given then
     /// @throws ToolError
-    static ChartLayout Load(const std::string& fileName, const J4Chart::Grid& grid, bool measuredByHand);
+    static ChartLayout Load(const std::string& fileName, const J4Chart::Grid& grid, bool measuredByHand,
+                            std::optional<size_t> page = std::nullopt);
 
-    /// @throws J4Chart::CgatsError
-    static ChartLayout Read(const J4Chart::CgatsFile& file, const J4Chart::Grid& grid, bool measuredByHand);
+    /// @throws J4Chart::CgatsError, ToolError for several pages of which none was chosen
+    static ChartLayout Read(const J4Chart::CgatsFile& file, const J4Chart::Grid& grid, bool measuredByHand,
+                            std::optional<size_t> page = std::nullopt);
 
     const std::vector<J4Chart::Patch>& Patches() const { return chart.patches; }
 
@@ -53,12 +56,24 @@ public:
     /// paper is between them.
     bool HasSizes() const { return hasSizes; }
 
-    /// The patches by which the chart is found on the bed: the first of the first row, the last of the first row,
-    /// the first of the last row.
-    /// @throws ToolError for a chart with fewer than two rows or columns
-    std::array<size_t, 3> CornerPatches() const;
+    /// A place by which a person finds the chart on the bed.
+    struct Corner {
+        std::string name;  ///< for the person
+        Point place;       ///< where the layout has it, mm
+    };
 
-    /// Moves the chart so that the middles of its corner patches come to these places.
+    /// The crosshairs 1, 2 and 3 of a layout that has them (LAYOUT_MARKS); of any other the middles of three patches: the
+    /// first of the first row, the last of the first row, the first of the last row.
+    /// @throws ToolError for a chart without crosshairs and with fewer than two rows or columns
+    std::array<Corner, 3> Corners() const;
+
+    /// Whether Corners() has what it needs.
+    bool HasCorners() const { return marks || (rows.size() > 1 && rows.front().size() > 1); }
+
+    /// What the file tells of the device fields: the names of spot inks and what stands for them.
+    J4Chart::Chart::Conditions InkConditions() const;
+
+    /// Moves the chart so that its corners come to these places.
     void PlaceCorners(const std::array<Point, 3>& corners);
 
     /// The file that it was read from, with the places as they are now.
@@ -70,10 +85,12 @@ public:
 
 private:
     std::optional<std::pair<size_t, size_t>> Overlapping() const;
+    void ReadMarks();
 
     J4Chart::Chart chart;
     J4Chart::CgatsTable source;  ///< as it was read
     std::vector<Row> rows;
+    std::optional<std::array<Point, 3>> marks;  ///< crosshairs to align by
     bool hasSizes = true;
 };
 

@@ -1,5 +1,8 @@
 #include "tools/DateText.h"
 
+#include <chrono>
+#include <cstdio>
+
 #include "chart/cgats/CgatsFields.h"
 
 namespace J4Tool {
@@ -27,5 +30,32 @@ std::string DateText(const std::string& seconds)
 }
 
 std::string DateForFileName(std::time_t seconds) { return Formatted(seconds, "%Y%m%d-%H%M%S"); }
+
+std::string DateForPdf(std::time_t seconds) { return Formatted(seconds, "%Y%m%d%H%M%SZ"); }
+
+std::optional<std::time_t> ParseDate(const std::string& text)
+{
+    int year = 0;
+    unsigned month = 0, day = 0, hours = 0, minutes = 0, seconds = 0;
+    int end = 0;
+    const auto isWhole = [&] { return end > 0 && static_cast<size_t>(end) == text.size(); };
+    const bool hasTime = std::sscanf(text.c_str(), "%4d-%2u-%2uT%2u:%2u:%2uZ%n", &year, &month, &day, &hours, &minutes,
+                                     &seconds, &end) == 6 &&
+                         isWhole();
+    if (!hasTime) {
+        hours = minutes = seconds = 0;
+        end = 0;
+        if (std::sscanf(text.c_str(), "%4d-%2u-%2u%n", &year, &month, &day, &end) != 3 || !isWhole()) {
+            return std::nullopt;
+        }
+    }
+    const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
+    if (!date.ok() || hours > 23 || minutes > 59 || seconds > 59) {
+        return std::nullopt;
+    }
+    const std::chrono::sys_seconds time = std::chrono::sys_days(date) + std::chrono::hours(hours) +
+                                          std::chrono::minutes(minutes) + std::chrono::seconds(seconds);
+    return static_cast<std::time_t>(time.time_since_epoch().count());
+}
 
 }  // namespace J4Tool

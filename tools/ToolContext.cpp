@@ -44,6 +44,9 @@ Session& ToolContext::Open()
         blocks.Keep(serial, block);
     });
     if (!chartFile.empty()) {
+        if (chartPage) {
+            session->SetOption("Simulator.ChartPage", std::to_string(*chartPage));
+        }
         session->SetOption("Simulator.ChartFile", chartFile);
     }
     for (const std::string& setting : settings) {

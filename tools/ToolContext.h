@@ -20,6 +20,7 @@ class ToolContext {
 public:
     bool isVirtual = false;
     std::string chartFile;              ///< on the virtual table; empty: bare paper
+    std::optional<size_t> chartPage;    ///< of that chart; nothing: the first
     std::string libraryPath;            ///< empty: the usual places
     std::vector<std::string> settings;  ///< "KEY=VALUE", set before anything else
     bool json = false;

@@ -53,6 +53,8 @@ WorkArea::WorkArea(const Limits& limits)
                limits.visorSide)
 {}
 
+WorkArea WorkArea::Usual() { return WorkArea({-100, 800, -100, 800, 5000, 4000, 500, 300}); }
+
 WorkArea WorkArea::Of(Session& session)
 {
     const auto value = [&session](int id) { return FlashValue(session, id); };

@@ -26,6 +26,9 @@ public:
 
     explicit WorkArea(const Limits& limits);
 
+    /// Of a table as it leaves the factory, for who has none at hand.
+    static WorkArea Usual();
+
     /// Reads the limits of the table that is connected.
     /// @throws ToolError
     static WorkArea Of(Session& session);

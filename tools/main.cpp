@@ -134,6 +134,7 @@ int main(int argc, char** argv)
     app.footer(Footer());
     AddSharedOptions(app, context);
     AddInfoCommand(app, context);
+    AddChartCommand(app, context);
     AddScanCommand(app, context);
     AddAlignCommand(app, context);
     AddSpotCommand(app, context);

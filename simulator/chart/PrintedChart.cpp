@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "chart/ChartPages.h"
 #include "chart/ChartReader.h"
 #include "simulator/chart/Aperture.h"
 
@@ -52,12 +53,13 @@ PrintedChart::PrintedChart(const J4Chart::Chart& chart) : PrintedChart()
     }
 }
 
-PrintedChart PrintedChart::Load(const std::string& fileName)
+PrintedChart PrintedChart::Load(const std::string& fileName, std::optional<size_t> page)
 {
     J4Chart::ChartReader::Wanted wanted;
     wanted.places = true;
     wanted.spectra = true;
-    return PrintedChart(J4Chart::ChartReader::Read(J4Chart::CgatsFile::Read(fileName), wanted));
+    return PrintedChart(
+        J4Chart::ChartReader::Read(J4Chart::ChartPages::Select(J4Chart::CgatsFile::Read(fileName), page), wanted));
 }
 
 Point PrintedChart::Uncovered(Point place) const

@@ -2,6 +2,7 @@
 // reflectance. It tells what an aperture anywhere above it sees.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,8 @@ public:
     explicit PrintedChart(const J4Chart::Chart& chart);
 
     /// @throws J4Chart::CgatsError for a file that is broken or lacks places or spectra
-    static PrintedChart Load(const std::string& fileName);
+    /// @param page  of a chart that has pages; nothing for the first one
+    static PrintedChart Load(const std::string& fileName, std::optional<size_t> page = std::nullopt);
 
     const ChartOffset& Offset() const { return offset; }
     void SetOffset(const ChartOffset& value) { offset = value; }

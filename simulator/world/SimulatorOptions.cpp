@@ -62,6 +62,8 @@ void SimulatorOptions::AddWorld()
     table.Add({"Simulator.Help", "the list of these options", {}, [this] { return table.Help(); }});
     table.Add({"Simulator.ChartFile", "CGATS.17 file with layout of the chart on the bed",
                [this](const std::string& text) { return LoadChart(text); }, [this] { return chartFile; }});
+    table.Add({"Simulator.ChartPage", "which page of a chart that has pages; 0: the first",
+               [this](const std::string& text) { return TurnTo(text); }, [this] { return std::to_string(chartPage); }});
     table.Add({"Simulator.ChartOffset",
                "\"dx dy degrees\" by which the chart lies wrong: millimetres, then turned from x towards y",
                [this](const std::string& text) { return MoveChart(text); }, [this] { return ChartMoved(); }});
@@ -183,7 +185,8 @@ Outcome SimulatorOptions::SetAll(const std::string& settings)
 Outcome SimulatorOptions::LoadChart(const std::string& fileName)
 {
     try {
-        PrintedChart chart = PrintedChart::Load(fileName);
+        PrintedChart chart =
+            PrintedChart::Load(fileName, chartPage > 0 ? std::optional(static_cast<size_t>(chartPage)) : std::nullopt);
         chart.SetOffset(bench.GetChart().Offset());
         bench.GetChart() = std::move(chart);
     } catch (const J4Chart::CgatsError& error) {
@@ -191,6 +194,18 @@ Outcome SimulatorOptions::LoadChart(const std::string& fileName)
     }
     chartFile = fileName;
     return {};
+}
+
+Outcome SimulatorOptions::TurnTo(const std::string& text)
+{
+    constexpr int64_t mostPages = 99999;
+    const int64_t before = chartPage;
+    Outcome outcome = OptionTable::ReadInteger(text, 0, mostPages, [this](int64_t page) { chartPage = page; });
+    if (!outcome.Failed() && !chartFile.empty()) {
+        outcome = LoadChart(chartFile);
+    }
+    chartPage = outcome.Failed() ? before : chartPage;
+    return outcome;
 }
 
 Outcome SimulatorOptions::KeepState(const std::string& fileName)

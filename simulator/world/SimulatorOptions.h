@@ -28,12 +28,14 @@ public:
     {
         chartFile.clear();
         stateFile.clear();
+        chartPage = 0;
     }
 
 private:
     void AddWorld();
     void AddFaults();
     Outcome LoadChart(const std::string& fileName);
+    Outcome TurnTo(const std::string& page);
     Outcome KeepState(const std::string& fileName);
     Outcome MoveChart(const std::string& text);
     std::string ChartMoved() const;
@@ -44,6 +46,7 @@ private:
     Bench& bench;
     OptionTable table;
     std::string chartFile;
+    int64_t chartPage = 0;  ///< 0: the first
     std::string stateFile;
 };
 

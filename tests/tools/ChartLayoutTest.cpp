@@ -76,7 +76,7 @@ TEST(ChartLayout, CornersTurnTheChart)
         EXPECT_NEAR(is, shouldBe, 1e-9);
     }
     EXPECT_THROW(layout.PlaceCorners({{{300, 200}, {310, 200}, {320, 200}}}), ToolError);
-    EXPECT_THROW(GridLayout(1, 3).CornerPatches(), ToolError);
+    EXPECT_THROW(GridLayout(1, 3).Corners(), ToolError);
 }
 
 TEST(ChartLayout, WithoutPatchesOrAFileThereIsNone)

@@ -29,9 +29,9 @@ struct AlignArguments {
 std::vector<double> Corners(const ChartLayout& layout, const Units& units)
 {
     std::vector<double> numbers;
-    if (layout.Rows().size() > 1 && layout.Rows().front().size() > 1) {
-        for (const size_t patch : layout.CornerPatches()) {
-            const Point place = units.FromMillimetres(layout.Places()[patch].centre);
+    if (layout.HasCorners()) {
+        for (const ChartLayout::Corner& corner : layout.Corners()) {
+            const Point place = units.FromMillimetres(corner.place);
             numbers.push_back(std::round(place.x * 1000.0) / 1000.0);
             numbers.push_back(std::round(place.y * 1000.0) / 1000.0);
         }

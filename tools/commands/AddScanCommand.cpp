@@ -259,6 +259,11 @@ private:
         if (arguments.densities) {
             conditions.emplace_back("DENSITIES", "as the instrument tells them");
         }
+        const MeasurementFile::Conditions inks = layout.InkConditions();
+        conditions.insert(conditions.end(), inks.begin(), inks.end());
+        if (arguments.chart.page) {
+            conditions.emplace_back("LAYOUT_PAGE", std::to_string(*arguments.chart.page));
+        }
         return conditions;
     }
 

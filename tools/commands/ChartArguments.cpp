@@ -9,19 +9,15 @@
 
 namespace J4Tool {
 
-namespace {
-
 CLI::Option* AddPair(CLI::App& command, const std::string& name, std::vector<double>& target, const std::string& text)
 {
     return command.add_option(name, target, text)->delimiter(',')->expected(2)->type_name("X,Y")->check(FiniteNumber());
 }
 
-std::optional<Point> Pair(const Units& units, const std::vector<double>& numbers)
+std::optional<Point> PairOf(const Units& units, const std::vector<double>& numbers)
 {
     return numbers.size() == 2 ? std::optional(units.ToMillimetres(Point{numbers[0], numbers[1]})) : std::nullopt;
 }
-
-}  // namespace
 
 CLI::Validator FiniteNumber()
 {
@@ -36,6 +32,8 @@ CLI::Validator FiniteNumber()
 void ChartArguments::AddTo(CLI::App& command)
 {
     command.add_option("LAYOUT", layout, "the chart's patches, CGATS.17");
+    command.add_option("--page", page, "which page of a chart with several lies on the bed")
+        ->check(CLI::Range(1, 99999));
     command.add_option("--rows", rows, "rows of a layout without places");
     command.add_option("--columns", columns, "columns of a layout without places");
     AddPair(command, "--patch", size, "width and height of a patch of such a layout");
@@ -43,8 +41,10 @@ void ChartArguments::AddTo(CLI::App& command)
     AddPair(command, "--start", start, "middle of its first patch on the bed");
     CLI::Option* byHand = command.add_flag(
         "--corners-by-hand", cornersByHand,
-        "take the chart's place by hand: bring the visor on the first and the last patch of the first row and on the "
-        "first of the last row, with the arrow keys or by pushing the arm");
+        "take the chart's place by hand: bring the visor on the crosshairs 1, 2 and 3 of a chart that has them, else "
+        "on the "
+        "first and the last patch of the first row and on the first of the last row, with the arrow keys or by pushing "
+        "the arm");
     command.add_option("--corners", corners, "the same three places as numbers")
         ->delimiter(',')
         ->expected(6)
@@ -57,6 +57,7 @@ void ChartArguments::AddTo(CLI::App& command)
 
 void ChartArguments::ShareWithBench(ToolContext& context)
 {
+    context.chartPage = page;
     if (context.isVirtual) {
         layout = layout.empty() ? context.chartFile : layout;
         context.chartFile = context.chartFile.empty() ? layout : context.chartFile;
@@ -75,12 +76,12 @@ ChartLayout ChartArguments::Load(const Units& units) const
     if (columns > 0) {
         grid.columns = columns;
     }
-    grid.size = Pair(units, size);
-    grid.gap = Pair(units, gap);
-    grid.start = Pair(units, start);
-    ChartLayout read = ChartLayout::Load(layout, grid, PlacedByCorners());
+    grid.size = PairOf(units, size);
+    grid.gap = PairOf(units, gap);
+    grid.start = PairOf(units, start);
+    ChartLayout read = ChartLayout::Load(layout, grid, PlacedByCorners(), page);
     if (PlacedByCorners()) {
-        read.CornerPatches();
+        read.Corners();
     }
     read.RequireMeasurable();
     return read;
@@ -95,9 +96,9 @@ void ChartArguments::PlaceCorners(ChartLayout& read, Session& session, const Uni
     if (corners.empty()) {
         session.GoHome();
         ArmJog jog(session, units);
-        const std::array<size_t, 3> patches = read.CornerPatches();
+        const std::array<ChartLayout::Corner, 3> named = read.Corners();
         for (size_t i = 0; i < places.size(); ++i) {
-            places[i] = jog.Take(read.Patches()[patches[i]].name);
+            places[i] = jog.Take(named[i].name);
         }
     } else {
         for (size_t i = 0; i < places.size(); ++i) {

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,7 @@ struct ChartArguments {
     std::vector<double> gap;
     std::vector<double> start;
     std::vector<double> corners;
+    std::optional<size_t> page;
     bool cornersByHand = false;
     int speed = 0;  ///< mm/s; 0: as the patches allow
 
@@ -42,6 +44,12 @@ struct ChartArguments {
     /// @throws ToolError
     void PlaceCorners(ChartLayout& read, Session& session, const Units& units) const;
 };
+
+/// An option of two numbers, "X,Y".
+CLI::Option* AddPair(CLI::App& command, const std::string& name, std::vector<double>& target, const std::string& text);
+
+/// What such an option was given, mm; nothing where it was not.
+std::optional<Point> PairOf(const Units& units, const std::vector<double>& numbers);
 
 /// Refuses what is no finite number.
 CLI::Validator FiniteNumber();

@@ -1,0 +1,58 @@
+// The colours that a chart is made of: device values with names, from a CGATS file or made by a rule, with whatever else
+// their file tells of them.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "chart/cgats/CgatsFile.h"
+#include "chart/colour/Colorimetry.h"
+
+namespace J4Tool {
+
+/// An ink beside the four of the process.
+struct SpotInk {
+    std::string name;            ///< as the print system knows it
+    std::array<double, 4> cmyk;  ///< what stands for its solid where there is no such ink, 0 to 1
+};
+
+class ColourList {
+public:
+    struct Colour {
+        std::string name;
+        int line = 0;                                     ///< in its file; 0 for one that was made by a rule
+        std::vector<double> values;                       ///< R, G, B, or C, M, Y, K and the spot inks; 0 to 1
+        std::optional<J4Chart::Colorimetry::Triple> lab;  ///< where the file has spectra, Lab or XYZ; D50
+    };
+
+    /// Reads RGB_R, RGB_G, RGB_B, or CMYK_C, CMYK_M, CMYK_Y, CMYK_K (0 to 100) and with them SPOT_1, SPOT_2 and so on
+    /// (0 to 100), whose inks the keywords SPOT_1_NAME and SPOT_1_CMYK ("0 60 100 0") tell.
+    /// @param rgbMaximum  what the file writes for full R, G or B; without it 255
+    /// @throws ToolError with file, line and reason
+    static ColourList Load(const std::string& fileName, std::optional<double> rgbMaximum);
+
+    /// @throws J4Chart::CgatsError
+    static ColourList Read(const J4Chart::CgatsFile& file, std::optional<double> rgbMaximum);
+
+    bool IsRgb() const { return isRgb; }
+    const std::vector<SpotInk>& Spots() const { return spots; }
+    const std::vector<Colour>& Colours() const { return colours; }
+
+    /// As it was read, one row for each colour.
+    const J4Chart::CgatsTable& Table() const { return table; }
+
+private:
+    void FindInks();
+    void ReadSpots();
+    void RequireScale(double maximum) const;
+
+    bool isRgb = false;
+    std::vector<size_t> fields;  ///< of the device values, as Colour::values has them
+    std::vector<SpotInk> spots;
+    std::vector<Colour> colours;
+    J4Chart::CgatsTable table;
+};
+
+}  // namespace J4Tool

@@ -1,0 +1,122 @@
+#include "tools/make/PdfText.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+
+namespace J4Tool::PdfText {
+
+namespace {
+
+constexpr uint32_t Unknown = '?';
+
+/// Takes the first character off a text; what is not UTF-8 is unknown.
+uint32_t TakeCharacter(std::string_view& text)
+{
+    const auto byte = [&text](size_t index) { return static_cast<unsigned char>(text[index]); };
+    const unsigned char lead = byte(0);
+    const size_t length = lead < 0x80 ? 1 : lead < 0xc2 ? 0 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : lead < 0xf5 ? 4 : 0;
+    constexpr std::array<unsigned char, 5> bits = {0, 0x7f, 0x1f, 0x0f, 0x07};
+    uint32_t character = length == 0 ? Unknown : lead & bits[length];
+    size_t taken = 1;
+    for (; taken < length; ++taken) {
+        if (taken >= text.size() || (byte(taken) & 0xc0) != 0x80) {
+            character = Unknown;
+            break;
+        }
+        character = character << 6 | (byte(taken) & 0x3f);
+    }
+    text.remove_prefix(taken);
+    return character;
+}
+
+/// The code of a character in WinAnsi.
+unsigned char WinAnsi(uint32_t character)
+{
+    if ((character >= 0x20 && character < 0x7f) || (character >= 0xa0 && character < 0x100)) {
+        return static_cast<unsigned char>(character);
+    }
+    struct Special {
+        uint32_t character;
+        unsigned char code;
+    };
+    constexpr std::array<Special, 9> specials = {{{0x20ac, 0x80},
+                                                  {0x2026, 0x85},
+                                                  {0x2018, 0x91},
+                                                  {0x2019, 0x92},
+                                                  {0x201c, 0x93},
+                                                  {0x201d, 0x94},
+                                                  {0x2022, 0x95},
+                                                  {0x2013, 0x96},
+                                                  {0x2014, 0x97}}};
+    for (const Special& special : specials) {
+        if (special.character == character) {
+            return special.code;
+        }
+    }
+    return Unknown;
+}
+
+std::string Formatted(const char* format, unsigned value)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, format, value);
+    return text;
+}
+
+}  // namespace
+
+std::string Shown(std::string_view text)
+{
+    std::string shown = "(";
+    while (!text.empty()) {
+        const unsigned char code = WinAnsi(TakeCharacter(text));
+        if (code == '(' || code == ')' || code == '\\') {
+            shown += '\\';
+        }
+        shown += code < 0x7f ? std::string(1, static_cast<char>(code)) : Formatted("\\%03o", code);
+    }
+    return shown + ")";
+}
+
+std::string About(std::string_view text)
+{
+    std::string about = "<FEFF";
+    while (!text.empty()) {
+        const uint32_t character = TakeCharacter(text);
+        if (character >= 0x10000) {
+            about += Formatted("%04X", 0xd800 + ((character - 0x10000) >> 10));
+            about += Formatted("%04X", 0xdc00 + ((character - 0x10000) & 0x3ff));
+        } else {
+            about += Formatted("%04X", character);
+        }
+    }
+    return about + ">";
+}
+
+std::string Name(std::string_view name)
+{
+    std::string text = "/";
+    for (const char character : name) {
+        const auto byte = static_cast<unsigned char>(character);
+        const bool isRegular =
+            byte > 0x20 && byte < 0x7f && std::string_view("()<>[]{}/%#").find(character) == std::string_view::npos;
+        text += isRegular ? std::string(1, character) : Formatted("#%02X", byte);
+    }
+    return text;
+}
+
+std::string Number(double value)
+{
+    constexpr int decimals = 4;
+    char text[64];
+    const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr;
+    std::string number(text, end);
+    number.erase(number.find_last_not_of('0') + 1);
+    number.erase(number.find_last_not_of('.') + 1);
+    return number == "-0" ? "0" : number;
+}
+
+}  // namespace J4Tool::PdfText
