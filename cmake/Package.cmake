@@ -6,9 +6,9 @@
 set(virtual_targets j4tavla64_virtual j4bench sorvane64)
 set(public_headers c_sdk/include/j4tavla.h c_sdk/include/j4tavla.hpp)
 
-# j4_install_virtual(component folder): the virtual variant with what it needs beside it.
+# j4_install_virtual(component folder [EXPORT export]): the virtual variant with what it needs beside it.
 function(j4_install_virtual component folder)
-    install(TARGETS ${virtual_targets}
+    install(TARGETS ${virtual_targets} ${ARGN}
         RUNTIME DESTINATION ${folder} COMPONENT ${component}
         LIBRARY DESTINATION ${folder} COMPONENT ${component}
         ARCHIVE DESTINATION ${folder} COMPONENT ${component})
@@ -24,6 +24,44 @@ j4_install_virtual(out ${out_folder}/virtual)
 install(FILES ${public_headers} DESTINATION include COMPONENT out)
 install(FILES c_sdk/csharp/J4Tavla.cs DESTINATION csharp COMPONENT out)
 
+# What find_package and pkg-config find: both variants, from wherever the package lies.
+if(WIN32)
+    set(virtual_folder virtual)
+else()
+    set(virtual_folder lib/j4tavla64/virtual)
+    set(virtual_search_path "-Wl,-rpath,\${virtualdir}")
+endif()
+set_target_properties(j4tavla64_real PROPERTIES EXPORT_NAME j4tavla64)
+set_target_properties(j4tavla64_virtual PROPERTIES EXPORT_NAME virtual)
+# The C++ header asks for its standard.
+add_library(j4tavla64_cpp INTERFACE)
+target_link_libraries(j4tavla64_cpp INTERFACE j4tavla64_real)
+target_compile_features(j4tavla64_cpp INTERFACE cxx_std_17)
+set_target_properties(j4tavla64_cpp PROPERTIES EXPORT_NAME cpp)
+install(TARGETS j4tavla64_cpp EXPORT j4tavla64Targets)
+install(TARGETS j4tavla64_real EXPORT j4tavla64Targets
+    RUNTIME DESTINATION bin COMPONENT sdk
+    LIBRARY DESTINATION lib COMPONENT sdk
+    ARCHIVE DESTINATION lib COMPONENT sdk)
+j4_install_virtual(sdk ${virtual_folder} EXPORT j4tavla64VirtualTargets)
+foreach(export j4tavla64Targets j4tavla64VirtualTargets)
+    install(EXPORT ${export} NAMESPACE j4tavla64:: DESTINATION lib/cmake/j4tavla64 COMPONENT sdk)
+endforeach()
+include(CMakePackageConfigHelpers)
+string(TOUPPER "${CMAKE_BUILD_TYPE}" package_configuration)
+configure_file(dist/j4tavla64Config.cmake.in ${CMAKE_BINARY_DIR}/generated/j4tavla64Config.cmake @ONLY)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/generated/j4tavla64ConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+install(FILES
+    ${CMAKE_BINARY_DIR}/generated/j4tavla64Config.cmake
+    ${CMAKE_BINARY_DIR}/generated/j4tavla64ConfigVersion.cmake
+    DESTINATION lib/cmake/j4tavla64 COMPONENT sdk)
+foreach(name j4tavla64 j4tavla64-virtual)
+    configure_file(dist/${name}.pc.in ${CMAKE_BINARY_DIR}/generated/${name}.pc @ONLY)
+    install(FILES ${CMAKE_BINARY_DIR}/generated/${name}.pc DESTINATION lib/pkgconfig COMPONENT sdk)
+endforeach()
+install(FILES ${public_headers} DESTINATION include COMPONENT sdk)
+
 if(WIN32)
     set(real_files
         $<TARGET_FILE:j4tavla64_real>
@@ -32,10 +70,8 @@ if(WIN32)
         ${microsoft_library})
     install(FILES ${real_files} DESTINATION ${out_folder} COMPONENT out)
 
-    install(FILES $<TARGET_FILE:j4tavla64_real> $<TARGET_FILE:j4tavla64_real>.debug DESTINATION bin COMPONENT sdk)
-    install(FILES $<TARGET_LINKER_FILE:j4tavla64_real> ${microsoft_library} DESTINATION lib COMPONENT sdk)
-    install(FILES ${public_headers} DESTINATION include COMPONENT sdk)
-    j4_install_virtual(sdk virtual)
+    install(FILES $<TARGET_FILE:j4tavla64_real>.debug DESTINATION bin COMPONENT sdk)
+    install(FILES ${microsoft_library} DESTINATION lib COMPONENT sdk)
     j4_install_python(sdk python)
     set(document_folder .)
     set(package_readme dist/README.windows.md)
@@ -44,28 +80,7 @@ if(WIN32)
     set(CPACK_PACKAGE_FILE_NAME j4tavla64-${PROJECT_VERSION}-windows)
 else()
     install(TARGETS j4tavla64_real LIBRARY DESTINATION ${out_folder} COMPONENT out)
-
-    include(CMakePackageConfigHelpers)
-    configure_file(dist/j4tavla64.pc.in ${CMAKE_BINARY_DIR}/generated/j4tavla64.pc @ONLY)
-    configure_file(dist/j4tavla64Config.cmake.in ${CMAKE_BINARY_DIR}/generated/j4tavla64Config.cmake @ONLY)
-    write_basic_package_version_file(${CMAKE_BINARY_DIR}/generated/j4tavla64ConfigVersion.cmake
-        COMPATIBILITY SameMajorVersion)
-    # The C++ header asks for its standard.
-    add_library(j4tavla64_cpp INTERFACE)
-    target_link_libraries(j4tavla64_cpp INTERFACE j4tavla64_real)
-    target_compile_features(j4tavla64_cpp INTERFACE cxx_std_17)
-    set_target_properties(j4tavla64_cpp PROPERTIES EXPORT_NAME cpp)
-    install(TARGETS j4tavla64_cpp EXPORT j4tavla64Targets)
-    install(TARGETS j4tavla64_real EXPORT j4tavla64Targets LIBRARY DESTINATION lib COMPONENT sdk)
-    install(EXPORT j4tavla64Targets NAMESPACE j4tavla64:: DESTINATION lib/cmake/j4tavla64 COMPONENT sdk)
-    install(FILES
-        ${CMAKE_BINARY_DIR}/generated/j4tavla64Config.cmake
-        ${CMAKE_BINARY_DIR}/generated/j4tavla64ConfigVersion.cmake
-        DESTINATION lib/cmake/j4tavla64 COMPONENT sdk)
-    install(FILES ${CMAKE_BINARY_DIR}/generated/j4tavla64.pc DESTINATION lib/pkgconfig COMPONENT sdk)
-    install(FILES ${public_headers} DESTINATION include COMPONENT sdk)
     install(FILES dist/70-j4tavla.rules DESTINATION lib/udev/rules.d COMPONENT sdk)
-    j4_install_virtual(sdk lib/j4tavla64/virtual)
     set(document_folder share/doc/j4tavla64)
     set(package_readme dist/README.debian.md)
 
@@ -142,8 +157,8 @@ install(FILES /usr/share/doc/libtomlplusplus-dev/copyright DESTINATION ${documen
 install(FILES tools/report/vendor/LICENSE DESTINATION ${document_folder}/licenses COMPONENT sdk RENAME uPlot.txt)
 
 install(FILES ${package_readme} DESTINATION ${document_folder} COMPONENT sdk RENAME README.md)
-install(FILES docs/errors.md docs/languages.md docs/options.md docs/protocol.md docs/python.md docs/simulator.md
-    docs/tolerances.md
+install(FILES docs/continuous_integration.md docs/errors.md docs/languages.md docs/options.md docs/protocol.md
+    docs/python.md docs/simulator.md docs/tolerances.md
     DESTINATION ${document_folder}/docs COMPONENT sdk)
 install(FILES
     examples/scan_chart.c examples/chart_file.c examples/chart_file.h examples/colour.c examples/colour.h

@@ -44,6 +44,5 @@ else()
     target_link_libraries(j4_usb_seam PUBLIC j4_usb)
     j4_add_library(j4tavla64_real j4_clock_seam j4_usb_seam)
     set_target_properties(j4tavla64_real PROPERTIES
-        LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real
-        EXPORT_NAME j4tavla64)
+        LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real)
 endif()

@@ -3,7 +3,8 @@
 # outside the source tree are built against it with pkg-config and with find_package and run, with and without an
 # instrument's library, and its tool and examples run on the virtual table that it brings. The Python package is unpacked
 # beside it and its tests run on it. Of the Windows package the parts are compared. The first programs in four languages
-# print what their page has, those in C and C++ under Wine too. What the documents in the packages name is in them.
+# print what their page has, those in C and C++ under Wine too. The recipe for continuous integration is run as its page
+# has it, for Linux and under Wine. What the documents in the packages name is in them.
 # usage: check_package.sh [LINUX_BUILD [WINDOWS_BUILD]]
 set -eu
 cd "$(dirname "$0")/.."
@@ -47,6 +48,18 @@ require_named() {
     done
 }
 
+# block LANGUAGE NUMBER: that block of code of the page on continuous integration
+block() {
+    awk -v language="\140\140\140$1" -v wanted="$2" '/^```/ { inside = 0 } inside && found == wanted
+        $0 == language { ++found; inside = 1 }' docs/continuous_integration.md | grep . || fail "the page has no block $2 of $1"
+}
+
+# run_block LANGUAGE NUMBER: runs it as it stands, in the folder of the recipe
+run_block() {
+    block "$1" "$2" >"$work/block"
+    (cd "$work/recipe" && sh -eu "$work/block") >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "block $2 failed"; }
+}
+
 debian=$(pack "$linux" deb)
 dpkg-deb -x "$debian" "$root"
 for library in libc6 libstdc++6 libgcc-s1 libusb-1.0-0; do
@@ -57,9 +70,11 @@ require_parts "$work/Debian" <<'END'
 usr/bin/j4tavla
 usr/include/j4tavla.h
 usr/include/j4tavla.hpp
+usr/lib/cmake/j4tavla64/j4tavla64Config.cmake
 usr/lib/j4tavla64/virtual/libj4bench.so
 usr/lib/j4tavla64/virtual/libj4tavla64.so
 usr/lib/j4tavla64/virtual/libsorvane64.so
+usr/lib/pkgconfig/j4tavla64-virtual.pc
 usr/lib/udev/rules.d/70-j4tavla.rules
 usr/share/doc/j4tavla64/examples/charts/chart.cgats
 usr/share/doc/j4tavla64/examples/charts/chart.pdf
@@ -243,8 +258,10 @@ examples/scan_chart.c
 examples/scan_chart.py
 include/j4tavla.h
 include/j4tavla.hpp
+lib/cmake/j4tavla64/j4tavla64Config.cmake
 lib/j4tavla64.lib
 lib/libj4tavla64.dll.a
+lib/pkgconfig/j4tavla64-virtual.pc
 licenses/CLI11.txt
 licenses/nlohmann-json.txt
 licenses/tomlplusplus.txt
@@ -272,3 +289,26 @@ done
 rm -rf "$run"
 echo "first programs: C and C++ under Wine"
 echo "$(basename "$zip"): $(wc -l <"$work/Windows") files"
+
+# The recipe for continuous integration, in a folder that has the packages and a chart, and nothing else.
+mkdir "$work/recipe" "$work/recipe/program" "$work/bin"
+block c 1 >"$work/recipe/table_test.c"
+block cmake 1 >"$work/recipe/CMakeLists.txt"
+cp "$debian" "$zip" "$work/chart.cgats" "$work/recipe"
+unset PKG_CONFIG_PATH J4TAVLA_OPTIONS
+measured="0.220 at 380 nm, 0.470 at 730 nm"
+run_block sh 1
+grep -q '100% tests passed, 0 tests failed out of 2' "$work/log" || fail "the recipe ran no tests: $(cat "$work/log")"
+run_block sh 2
+[ "$(cat "$work/log")" = "$measured" ] || fail "without CMake it printed $(cat "$work/log")"
+ln -s "$PWD/scripts/wine.sh" "$work/bin/wine"
+ln -s "$windows/wine" "$work/recipe/wine"
+export PATH="$work/bin:$PATH"
+run_block sh 3
+grep -q '100% tests passed, 0 tests failed out of 2' "$work/log" || fail "no tests ran under Wine: $(cat "$work/log")"
+# A program that has no DLL beside it.
+cp "$work/recipe/build-windows/table_test.exe" "$work/chart.cgats" "$work/recipe/program"
+{ printf "set SDK=%%CD%%\\..\\%s\n" "$(basename "$folder")" && block bat 1; } | sed 's/$/\r/' >"$work/recipe/program/run.bat"
+(cd "$work/recipe/program" && wine cmd /c run.bat) >"$work/log" 2>&1
+tr -d '\r' <"$work/log" | grep -qxF "$measured" || fail "in Windows' command prompt: $(cat "$work/log")"
+echo "recipe for continuous integration: on Linux with CMake and pkg-config, under Wine, at the command prompt"
