@@ -33,8 +33,11 @@ endif()
 # Which places the arm reaches; the tool asks that too, before it moves anything.
 add_library(j4_arm_geometry STATIC src/Communication/j4TableArmGeometry.cpp)
 target_link_libraries(j4_arm_geometry PUBLIC j4_foundation)
+# Where nobody listens to the application's calls; a variant that has a listener links that instead.
+add_library(j4_untraced STATIC c_sdk/src/CallTrace.cpp)
+target_link_libraries(j4_untraced PUBLIC j4t_flags)
 add_library(j4_core OBJECT ${j4_core_sources})
-target_link_libraries(j4_core PUBLIC j4_arm_geometry j4_foundation)
+target_link_libraries(j4_core PUBLIC j4_untraced j4_arm_geometry j4_foundation)
 target_compile_definitions(j4_core PRIVATE J4T_CHECK_THREADS=$<BOOL:${J4T_CHECK_THREADS}>)
 target_include_directories(j4_core
     PUBLIC ${PROJECT_SOURCE_DIR}/c_sdk/include

@@ -8,6 +8,7 @@
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "c_sdk/include/j4tavla.h"
 #include "c_sdk/src/CallGuard.h"
+#include "c_sdk/src/CallTrace.h"
 #include "c_sdk/src/ContextJ4T.h"
 
 namespace Kestrelon::DeviceDriver::J4T {
@@ -36,6 +37,7 @@ public:
                     LibraryFailure onLibraryFailure)
     {
         [[maybe_unused]] const ExportGuard guard(site.name);
+        CallTrace::Begin(site.name, parameters);
         try {
             try {
                 Enter(site.name, parameters);
@@ -57,7 +59,9 @@ public:
     static J4_Result RunForStatus(const Site& site, const ExportParameters& parameters, Operation operation)
     {
         [[maybe_unused]] const ExportGuard guard(site.name);
-        return Run(site, parameters, operation) ? StoredStatus() : J4_Result{J4_ResultFrameFailure};
+        const J4_Result status = Run(site, parameters, operation) ? StoredStatus() : J4_Result{J4_ResultFrameFailure};
+        CallTrace::EndWithStatus(site.name, status);
+        return status;
     }
 
 private:

@@ -10,6 +10,7 @@
 #include "Utilities/Tools/StaticObject.h"
 #include "c_sdk/include/j4tavla.h"
 #include "c_sdk/src/CallGuard.h"
+#include "c_sdk/src/CallTrace.h"
 #include "c_sdk/src/Sandbox.h"
 #include "src/Position.h"
 #include "src/j4Bridge.h"
@@ -25,6 +26,8 @@ using Kestrelon::DeviceDriver::J4T::Sandbox;
 using Kestrelon::DeviceDriver::J4T::SDKError;
 using Kestrelon::Utilities::Tools::SmartPointer;
 using Kestrelon::Utilities::Tools::StaticObject;
+
+namespace CallTrace = Kestrelon::DeviceDriver::J4T::CallTrace;
 
 namespace {
 
@@ -72,6 +75,7 @@ int32_t J4_GetNumberOfAvailableSamples(void)
 {
     int32_t count = -1;
     Sandbox::Run(J4T_EXPORT_SITE, ExportParameters{}, [&] { count = Sdk()->J4_GetNumberOfAvailableSamples(); });
+    CallTrace::End(__func__, int64_t{count});
     return count;
 }
 
@@ -150,13 +154,16 @@ const char* J4_GetOption(const char* key)
             answer = &OptionAnswer();
             *answer = exception.what();
         });
-    return answer != nullptr ? answer->c_str() : "";
+    const char* const text = answer != nullptr ? answer->c_str() : "";
+    CallTrace::End(__func__, text);
+    return text;
 }
 
 int32_t J4_KeyPressed(void)
 {
     int32_t state = 2;
     Sandbox::Run(J4T_EXPORT_SITE, ExportParameters{}, [&] { state = Sdk()->J4_KeyPressed(); });
+    CallTrace::End(__func__, int64_t{state});
     return state;
 }
 
@@ -184,6 +191,7 @@ J4_ErrorHandler J4_RegisterErrorHandler(J4_ErrorHandler handler)
 {
     J4_ErrorHandler previous = nullptr;
     Sandbox::Run(J4T_EXPORT_SITE, ExportParameters{}, [&] { previous = Sdk()->SetErrorHandler(handler); });
+    CallTrace::End(__func__, previous != nullptr ? "set" : "null");
     return previous;
 }
 
@@ -192,6 +200,7 @@ J4_DeviceMessageHandler J4_RegisterDeviceMessageHandler(J4_DeviceMessageHandler 
     J4_DeviceMessageHandler previous = nullptr;
     Sandbox::Run(J4T_EXPORT_SITE, ExportParameters{},
                  [&] { previous = Sdk()->J4_RegisterDeviceMessageHandler(handler); });
+    CallTrace::End(__func__, previous != nullptr ? "set" : "null");
     return previous;
 }
 
@@ -250,5 +259,6 @@ intptr_t J4_Private(int32_t operation, void* record)
 {
     intptr_t result = 0;
     Sandbox::Run(J4T_EXPORT_SITE, ExportParameters{}, [&] { result = Sdk()->J4_Private(operation, record); });
+    CallTrace::End(__func__, int64_t{result});
     return result;
 }

@@ -63,14 +63,14 @@ try {
     line = found;
     serialNumber = serial;
     isOpen = true;
-    found->Note("usb open " + std::to_string(index));
+    found->Note("open " + std::to_string(index));
 }
 J4T_TRACE_FRAME
 
 void VirtualUsb::Close()
 try {
     if (const std::shared_ptr<UsbLine> open = line.lock()) {
-        open->Note("usb close");
+        open->Note("close");
     }
     line.reset();
     isOpen = false;

@@ -32,8 +32,8 @@ public:
     /// @param length  in: room in buffer; out: bytes received
     virtual Status Read(uint8_t* buffer, size_t& length) = 0;
 
-    /// Adds a line such as "usb open" to the journal.
-    virtual void Note(const std::string& line) = 0;
+    /// Adds an event such as "open 0" to the journal.
+    virtual void Note(const std::string& event) = 0;
 };
 
 class UsbLines {

@@ -1,9 +1,9 @@
 #include "simulator/instrument/InstrumentLibrary.h"
 
 #include <cstring>
-#include <locale>
 #include <optional>
 #include <sstream>
+#include <string>
 #include <utility>
 
 #include "simulator/instrument/Factors.h"
@@ -17,25 +17,12 @@ constexpr const char* CorrectionName = "j4TavlaCorrection";
 
 bool IsBenchKey(const std::string& key) { return key.starts_with(InstrumentLibrary::BenchPrefix); }
 
-/// A text in one line of the journal.
-std::string InOneLine(const std::string& text)
-{
-    std::string line;
-    for (const char character : text) {
-        line += character == '\n' ? std::string(" | ") : std::string(1, character);
-    }
-    return line;
-}
-
-void AppendWord(std::ostringstream& line, const char* text)
-{
-    line << ' ' << (text == nullptr ? "null" : InOneLine(text));
-}
+std::string Word(const char* text) { return text == nullptr ? "null" : text; }
 
 template <typename Number>
-void AppendWord(std::ostringstream& line, Number number)
+std::string Word(Number number)
 {
-    line << ' ' << number;
+    return std::to_string(number);
 }
 
 }  // namespace
@@ -110,9 +97,11 @@ int32_t InstrumentLibrary::TriggerMeasurement()
     if (!outcome.Failed()) {
         samples.Clear();
         Spectrum result{};
+        const int64_t begin = clock.Now();
         outcome = rack.Selected()->Measure(optics, clock, result);
         if (!outcome.Failed()) {
             samples.Add(result);
+            NoteSamples(begin, 1);
         }
     }
     return Finish("J4_TriggerMeasurement", std::move(outcome));
@@ -130,8 +119,12 @@ int32_t InstrumentLibrary::TriggerCountedScan(uint32_t count)
         samples.Clear();
         Instrument& instrument = *rack.Selected();
         outcome = instrument.StartScan(optics, clock);
+        const int64_t begin = clock.Now();
         for (uint32_t i = 0; i < count && !outcome.Failed(); ++i) {
             samples.Add(instrument.NextSample(optics, clock));
+        }
+        if (!outcome.Failed()) {
+            NoteSamples(begin, count);
         }
         samples.EndScan(settings.Recognition(), instrument.SampleNoise(optics));
     }
@@ -171,9 +164,9 @@ int32_t InstrumentLibrary::SetSubstrate(const float* spectrum)
 int32_t InstrumentLibrary::SetOption(const char* key, const char* value)
 {
     DeliverDeviceMessage();
-    const bool journalOff = !journal.Enabled();
+    const bool wasOff = !journal.Enabled();
     Outcome outcome = Write(key, value);
-    if (journalOff) {  // the call that switches the journal on is no part of it
+    if (wasOff && journal.Enabled()) {  // the call that switches the journal on is no part of it
         return Conclude("J4_SetOption", std::move(outcome));
     }
     return Finish("J4_SetOption", std::move(outcome), key, value);
@@ -291,18 +284,25 @@ std::string InstrumentLibrary::ExtendedError() const
     return text.str();
 }
 
+template <typename... Arguments>
+JournalEntry InstrumentLibrary::EntryOf(const char* function, const Arguments&... arguments) const
+{
+    return {.kind = JournalEntry::Kind::Library, .name = function, .arguments = {Word(arguments)...}};
+}
+
 template <typename Result, typename... Arguments>
 void InstrumentLibrary::Record(const char* function, Result result, const Arguments&... arguments)
 {
-    if (journal.Enabled()) {
-        std::ostringstream line;
-        line.imbue(std::locale::classic());
-        line << "library " << function;
-        (AppendWord(line, arguments), ...);
-        line << " =";
-        AppendWord(line, result);
-        journal.Add(line.str());
+    if (journal.Recording()) {
+        JournalEntry entry = EntryOf(function, arguments...);
+        entry.result = Word(result);
+        journal.Add(entry);
     }
+}
+
+void InstrumentLibrary::NoteSamples(int64_t begin, uint32_t count)
+{
+    journal.Add({.kind = JournalEntry::Kind::Samples, .name = rack.SelectedName(), .begin = begin, .count = count});
 }
 
 int32_t InstrumentLibrary::Conclude(const char* function, Outcome outcome)
@@ -322,7 +322,14 @@ int32_t InstrumentLibrary::Conclude(const char* function, Outcome outcome)
 template <typename... Arguments>
 int32_t InstrumentLibrary::Finish(const char* function, Outcome outcome, const Arguments&... arguments)
 {
-    Record(function, outcome.status, arguments...);
+    if (journal.Recording()) {
+        JournalEntry entry = EntryOf(function, arguments...);
+        entry.status = outcome.status;
+        if (outcome.Failed()) {
+            entry.result = outcome.text;
+        }
+        journal.Add(entry);
+    }
     return Conclude(function, std::move(outcome));
 }
 

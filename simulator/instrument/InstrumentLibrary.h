@@ -86,9 +86,13 @@ private:
     Outcome Correct(int active, const char* name, const float* vector);
     std::string ExtendedError() const;
 
-    /// Writes a call and its result to the journal.
+    template <typename... Arguments>
+    JournalEntry EntryOf(const char* function, const Arguments&... arguments) const;
+
+    /// Writes to the journal: a call and what it gave, that is no status; a run of samples.
     template <typename Result, typename... Arguments>
     void Record(const char* function, Result result, const Arguments&... arguments);
+    void NoteSamples(int64_t begin, uint32_t count);
 
     /// Keeps what a call ended with, and last calls the error handler, which may throw.
     int32_t Conclude(const char* function, Outcome outcome);

@@ -23,21 +23,25 @@ constexpr int64_t Nano = 1000;            // nanoseconds per microsecond
 constexpr int64_t Milli = 1000;           // microseconds per millisecond
 constexpr size_t PayloadSize = Bridge::PacketSize - Bridge::StatusSize;
 
-/// Adds a character to a line; a complete line goes into the journal.
-void Collect(std::string& text, char character, const char* direction, Journal& journal)
+}  // namespace
+
+Bridge::Bridge(BenchClock& clock, Journal& journal, Faults& faults, TableController& controller, std::string table)
+    : clock(clock), journal(journal), faults(faults), controller(controller), table(std::move(table))
+{}
+
+void Bridge::Note(const std::string& event)
+{
+    journal.Add({.kind = JournalEntry::Kind::Usb, .name = event, .table = table});
+}
+
+void Bridge::Collect(std::string& text, char character, JournalEntry::Kind kind, int64_t moment)
 {
     if (character != '\r') {
         text += character;
     } else {
-        journal.Add(direction + std::exchange(text, {}));
+        journal.Add({.kind = kind, .name = std::exchange(text, {}), .table = table}, moment);
     }
 }
-
-}  // namespace
-
-Bridge::Bridge(BenchClock& clock, Journal& journal, Faults& faults, TableController& controller)
-    : clock(clock), journal(journal), faults(faults), controller(controller)
-{}
 
 Bridge::Status Bridge::Probe()
 {
@@ -83,7 +87,7 @@ Bridge::Status Bridge::Control(uint8_t request, uint16_t value)
     if (const Status status = Probe(); status != Status::Done) {
         return status;
     }
-    journal.Add("usb control " + std::to_string(request) + " " + std::to_string(value));
+    Note("control " + std::to_string(request) + " " + std::to_string(value));
     RunTo(clock.Now());
     switch (request) {
     case Reset:
@@ -124,7 +128,7 @@ Bridge::Status Bridge::Write(std::string_view data)
     }
     for (const char character : data) {
         Queue(toTable, toTableFree, clock.Now() * Nano, static_cast<uint8_t>(character));
-        Collect(sentLine, character, "wire > ", journal);
+        Collect(sentLine, character, JournalEntry::Kind::Sent, clock.Now());
     }
     return Status::Done;
 }
@@ -155,7 +159,7 @@ Bridge::Status Bridge::Read(uint8_t* buffer, size_t& length)
             const uint8_t value = fromTable.front().value;
             fromTable.pop_front();
             buffer[length++] = value;
-            Collect(receivedLine, static_cast<char>(value), "wire < ", journal);
+            Collect(receivedLine, static_cast<char>(value), JournalEntry::Kind::Received, moment);
         }
     }
     clock.AdvanceTo(moment);

@@ -23,7 +23,8 @@ public:
     static constexpr int64_t LatencyTime = 16000;        ///< microseconds, until it is set otherwise
     static constexpr int64_t LongestTransfer = 1000000;  ///< microseconds
 
-    Bridge(BenchClock& clock, Journal& journal, Faults& faults, TableController& controller);
+    /// @param table  serial number by which the journal tells tables apart
+    Bridge(BenchClock& clock, Journal& journal, Faults& faults, TableController& controller, std::string table);
 
     Status Probe() override;
 
@@ -38,7 +39,7 @@ public:
     /// Time passes until the transfer ends: at its first packet that isn't full.
     Status Read(uint8_t* buffer, size_t& length) override;
 
-    void Note(const std::string& line) override { journal.Add(line); }
+    void Note(const std::string& event) override;
 
 private:
     /// A character that is complete at a moment, in nanoseconds.
@@ -46,6 +47,9 @@ private:
         int64_t moment;
         uint8_t value;
     };
+
+    /// Adds a character to a line; a complete line goes into the journal.
+    void Collect(std::string& text, char character, JournalEntry::Kind kind, int64_t moment);
 
     /// Lets bridge and controller work up to a moment.
     void RunTo(int64_t moment);
@@ -57,6 +61,7 @@ private:
     Journal& journal;
     Faults& faults;
     TableController& controller;
+    std::string table;
     std::deque<TimedByte> toTable;
     std::deque<TimedByte> fromTable;
     int64_t toTableFree = 0;    ///< nanoseconds

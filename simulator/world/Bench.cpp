@@ -26,7 +26,8 @@ Bench& Bench::Instance()
 UsbLines* J4Bench_Lines() { return &Bench::Instance(); }
 
 Bench::Bench()
-    : instruments(DefaultInstruments),
+    : journal(clock),
+      instruments(DefaultInstruments),
       optics(*this, faults, chart, noise),
       options(*this),
       library({clock, journal, faults, optics, instruments, options.Table(), refusal})
@@ -121,7 +122,7 @@ std::string Bench::SeatedInstrument(size_t tableIndex) const
 void Bench::Reset()
 {
     faults = Faults();
-    journal = Journal();
+    journal.Forget();
     clock.SetTimeScale(0.0);
     chart = PrintedChart();
     noise = Noise();

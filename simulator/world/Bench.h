@@ -84,7 +84,7 @@ public:
     std::string SeatedInstrument(size_t tableIndex) const;
 
     /// Puts the world to its power-on state: one fresh table, fresh instruments, bare paper, no faults, an empty
-    /// journal that is off. The clock goes on, and the library keeps its handlers. A handle that is open on a
+    /// journal that is off. Clock and trace go on, and the library keeps its handlers. A handle that is open on a
     /// table of before finds its device removed. May be called from within the library.
     void Reset();
 

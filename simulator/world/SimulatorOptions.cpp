@@ -26,6 +26,9 @@ constexpr double LargestShift = 1000.0;  // mm
 constexpr double LargestTurn = 360.0;    // degrees
 constexpr double TenthsPerMillimetre = 10.0;
 
+/// The value that ends the use of a file.
+constexpr const char* NoFile = "none";
+
 /// The pieces between single separators; a double one is one character of a piece. Empty pieces are left out.
 std::vector<std::string> Pieces(const std::string& text, char separator)
 {
@@ -93,9 +96,10 @@ void SimulatorOptions::AddWorld()
                    });
                },
                [this] { return std::to_string(bench.TableCount()); }});
-    table.Add({"Simulator.StateFile",
-               "file in which the first table keeps position, counters and flash for the next program",
-               [this](const std::string& text) { return KeepState(text); }, [this] { return stateFile; }});
+    table.Add(
+        {"Simulator.StateFile",
+         "file in which the first table keeps position, counters and flash for the next program; \"none\": nowhere",
+         [this](const std::string& text) { return KeepState(text); }, [this] { return stateFile; }});
     table.Add({"Simulator.Instruments", "number of instruments, 0 to 128",
                [this](const std::string& text) {
                    return OptionTable::ReadInteger(text, 0, InstrumentRack::MaximumInstruments, [this](int64_t count) {
@@ -111,6 +115,9 @@ void SimulatorOptions::AddWorld()
                    return OptionTable::ReadSwitch(text, [this](bool on) { bench.GetJournal().Enable(on); });
                },
                [this] { return bench.GetJournal().Take(); }});
+    table.Add({"Simulator.TraceFile", "file that gets a line of JSON for each call and frame; \"none\" ends it",
+               [this](const std::string& text) { return TraceTo(text); },
+               [this] { return bench.GetJournal().Tracing() ? traceFile : std::string(); }});
     table.Add({"Simulator.Clock", "virtual time in microseconds", {}, [this] {
                    return std::to_string(bench.Clock().Now());
                }});
@@ -214,12 +221,23 @@ Outcome SimulatorOptions::KeepState(const std::string& fileName)
     if (first == nullptr) {
         return {Status::InvalidValue, "There is no table."};
     }
+    const std::string name = fileName == NoFile ? "" : fileName;
     try {
-        first->Controller().KeepIn(PathOf(fileName));
+        first->Controller().KeepIn(PathOf(name));
     } catch (const std::exception& error) {
         return {Status::InvalidValue, "The table's state can't be kept in '" + fileName + "': " + error.what()};
     }
-    stateFile = fileName;
+    stateFile = name;
+    return {};
+}
+
+Outcome SimulatorOptions::TraceTo(const std::string& fileName)
+{
+    const std::string name = fileName == NoFile ? "" : fileName;
+    if (!bench.GetJournal().TraceTo(PathOf(name))) {
+        return {Status::InvalidValue, "The trace can't be written to '" + fileName + "'."};
+    }
+    traceFile = name;
     return {};
 }
 

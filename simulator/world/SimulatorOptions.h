@@ -37,6 +37,7 @@ private:
     Outcome LoadChart(const std::string& fileName);
     Outcome TurnTo(const std::string& page);
     Outcome KeepState(const std::string& fileName);
+    Outcome TraceTo(const std::string& fileName);
     Outcome MoveChart(const std::string& text);
     std::string ChartMoved() const;
     Outcome Seat(const std::string& list);
@@ -48,6 +49,7 @@ private:
     std::string chartFile;
     int64_t chartPage = 0;  ///< 0: the first
     std::string stateFile;
+    std::string traceFile;
 };
 
 }  // namespace J4Bench

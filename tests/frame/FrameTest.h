@@ -32,7 +32,9 @@ struct FrameTest : ApplicationTest {
                 carriage->NoteInstrumentCurrent();
             }
         };
-        library.record = [](const std::string& call) { Bench().GetJournal().Add("library " + call); };
+        library.record = [](const std::string& call) {
+            Bench().GetJournal().Add({J4Bench::JournalEntry::Kind::Library, call});
+        };
         Application::RegisterHandlers();
         J4_IsConnected();  // the library has its handlers
         Bench().GetJournal().Enable(true);

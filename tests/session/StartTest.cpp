@@ -1,4 +1,6 @@
 // From the first call to a paired table: what reaches instrument and wire, in which order.
+#include <fstream>
+
 #include "tests/session/Session.h"
 
 namespace J4Test {
@@ -76,6 +78,41 @@ TEST_F(StartTest, EveryTableCallConnectsByItself)
             EXPECT_THAT(failure.message, testing::StartsWith("Integration time in j4 is 0.")) << "call " << i;
         }
     }
+}
+
+TEST_F(StartTest, ATraceHasTheCallsWithArgumentsStatusAndText)
+{
+    const std::string file = testing::TempDir() + "session.trace";
+    Set("Simulator.TraceFile", file);
+    J4_SetPosition(250.5f, 300.0f);
+    J4_Scan(200.0f, 250.0f, 2000.0f, 250.0f);
+    J4_SetOption("Nonsense", nullptr);
+    J4_GetOption("J4TScanSpeed");
+    float spectrum[J4_SPECTRUM_LENGTH];
+    J4_GetSpectrum(spectrum, 3);
+    J4_KeyPressed();
+    Set("Simulator.TraceFile", "none");
+    std::ifstream stream(file);
+    std::vector<std::string> calls;
+    for (std::string line; std::getline(stream, line);) {
+        if (line.find("\"call\"") != std::string::npos || line.find("\"return\"") != std::string::npos) {
+            calls.push_back(line.substr(line.find("\"kind\"") + 7));
+        }
+    }
+    EXPECT_THAT(calls,
+                ElementsAre(R"("return","name":"J4_SetOption","status":0})",
+                            R"("call","name":"J4_SetPosition","arguments":["250.5","300"]})",
+                            R"("return","name":"J4_SetPosition","status":0})",
+                            R"("call","name":"J4_Scan","arguments":["200","250","2000","250"]})",
+                            testing::MatchesRegex(R"("return","name":"J4_Scan","status":102,"result":".+"})"),
+                            R"("call","name":"J4_SetOption","arguments":["Nonsense","null"]})",
+                            testing::StartsWith(R"("return","name":"J4_SetOption","status":)"),
+                            R"("call","name":"J4_GetOption","arguments":["J4TScanSpeed"]})",
+                            R"("return","name":"J4_GetOption","result":"160"})",
+                            R"("call","name":"J4_GetSpectrum","arguments":["3"]})",
+                            testing::StartsWith(R"("return","name":"J4_GetSpectrum","status":7,"result":")"),
+                            R"("call","name":"J4_KeyPressed"})", R"("return","name":"J4_KeyPressed","result":"0"})",
+                            R"("call","name":"J4_SetOption","arguments":["Simulator.TraceFile","none"]})"));
 }
 
 TEST_F(StartTest, WithoutAnInstrumentInTheTableNothingIsChosen)

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <fstream>
+#include <sstream>
 #include <string>
 
 #include "simulator/instrument/Status.h"
@@ -18,7 +20,7 @@ TEST(Bench, ResetMakesAFreshWorldInWhichTimeGoesOn)
     bench.Clock().Advance(5000);
     bench.GetFaults().tableSilent = true;
     bench.GetJournal().Enable(true);
-    bench.GetJournal().Add("something");
+    bench.GetJournal().Add({JournalEntry::Kind::Usb, "something"});
     bench.SetTableCount(3);
     bench.SetInstrumentCount(0);
     bench.GetNoise().SetDeviation(0.1);
@@ -71,6 +73,37 @@ TEST(Bench, OptionsOfTheEnvironmentAreAllSetOrNothingWorks)
             refused.Reset();
         }
     }
+}
+
+TEST(Bench, ATraceHasALineForEachEventAndOutlivesAReset)
+{
+    const std::string file = testing::TempDir() + "trace.jsonl";
+    Bench bench;
+    bench.GetJournal().Enable(true);
+    EXPECT_EQ(bench.Library().SetOption("Simulator.TraceFile", (file + "/none").c_str()), Status::InvalidValue);
+    ASSERT_EQ(bench.Library().SetOption("Simulator.TraceFile", file.c_str()), Status::Ok);
+    EXPECT_STREQ(bench.Library().GetOption("Simulator.TraceFile"), file.c_str());
+    bench.GetJournal().Take();
+    bench.Clock().Advance(1500);
+    bench.Library().SetOption("a\"b\n\x01", "\xff");
+    bench.Reset();
+    bench.GetJournal().Add({.kind = JournalEntry::Kind::Received, .name = ":\xe4\x7f", .table = "640001"}, 7);
+    bench.GetJournal().Add({.kind = JournalEntry::Kind::Samples, .name = "Sorvane0", .begin = 1, .count = 9});
+    std::ostringstream written;
+    written << std::ifstream(file, std::ios::binary).rdbuf();
+    const std::string text = written.str();
+    EXPECT_EQ(text.substr(text.find('\n', text.find("TraceFile")) + 1),
+              R"({"time":1500,"kind":"library","name":"J4_SetOption","arguments":["a\"b\n\u0001",")"
+              "\xef\xbf\xbd"
+              R"("],"status":5,"result":"There is no option 'a\"b\n\u0001'."})"
+              "\n"
+              R"({"time":7,"kind":"received","table":"640001","name":":)"
+              "\xc3\xa4\x7f\"}\n"
+              R"({"time":1500,"kind":"samples","name":"Sorvane0","begin":1,"count":9})"
+              "\n");
+    EXPECT_EQ(text.substr(0, text.find('\n')), R"({"time":0,"kind":"trace","version":1})");
+    EXPECT_EQ(bench.Library().SetOption("Simulator.TraceFile", "none"), Status::Ok);
+    EXPECT_STREQ(bench.Library().GetOption("Simulator.TraceFile"), "");
 }
 
 TEST(Bench, TimeScaleIsARealPace)

@@ -54,10 +54,10 @@ protected:
     }
 
     BenchClock clock;
-    Journal journal;
+    Journal journal{clock};
     Faults faults;
     TableController table{clock, faults};
-    Bridge bridge{clock, journal, faults, table};
+    Bridge bridge{clock, journal, faults, table, "640001"};
 };
 
 TEST_F(BridgeTest, IdleLineGivesTwoBytesEverySixteenMilliseconds)
