@@ -39,6 +39,8 @@ public:
     /// @throws ToolError unless the whole chart is measured and written
     void Run();
 
+    const Measurements& Measured() const { return measurements; }
+
 private:
     std::vector<size_t> ScanRows();
     void CheckColours();

@@ -1,9 +1,11 @@
 // What was measured of one patch, and how.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "chart/colour/Densities.h"
@@ -23,6 +25,13 @@ inline constexpr std::array<std::string_view, 3> WayNames = {"RECOGNISED", "FITT
 
 /// For people, in the same order.
 inline constexpr std::array<const char*, 3> WayWords = {"by recognition", "by a fit of raw samples", "by spots"};
+
+/// What a file says of the way, for people.
+inline std::string WordsOfWay(const std::string& name)
+{
+    const auto known = std::find(WayNames.begin(), WayNames.end(), name);
+    return known == WayNames.end() ? name : WayWords[static_cast<size_t>(known - WayNames.begin())];
+}
 
 struct PatchReading {
     J4Chart::Spectrum spectrum{};

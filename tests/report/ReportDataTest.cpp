@@ -10,7 +10,7 @@ namespace {
 
 const std::string labFields = "SAMPLE_ID SAMPLE_NAME LAB_L LAB_A LAB_B";
 
-TEST(ReportData, DifferencesByBothFormulas)
+TEST(ReportData, DifferencesByBothFormulasAndThoseOfTheTolerances)
 {
     // Pairs of Sharma, Wu and Dalal (2005) with their CIEDE2000.
     const ColourFile measured = SourceOf(labFields,
@@ -23,9 +23,20 @@ TEST(ReportData, DifferencesByBothFormulas)
                                           "8 A2 50 0 0\n"
                                           "7 A1 50 2.6772 -79.7751\n"
                                           "6 A9 50 0 0\n");
-    const ReportData data(measured, &reference);
+    Tolerances tolerances;
+    tolerances.rules.resize(2);
+    tolerances.rules[0].limits[0] = 40.0;
+    tolerances.rules[1].formula = J4Chart::ColourDifference::FindFormula("CIE 1994");
+    tolerances.rules[1].limits[2] = 40.0;
+    EXPECT_FALSE(ReportData(measured, &reference).Verdict());
+    const ReportData data(measured, &reference, &tolerances);
+    ASSERT_TRUE(data.Verdict());
+    EXPECT_EQ(data.Verdict()->Overall(), Judgement::Verdict::NotJudged) << "A4 has no reference";
     ASSERT_EQ(data.Patches().size(), 4u);
-    ASSERT_EQ(data.Formulas().size(), 2u);
+    ASSERT_EQ(data.Formulas().size(), 3u);
+    EXPECT_EQ(data.Formulas()[2].name, "CIE 1994");
+    EXPECT_EQ(data.Formulas()[2].summary.Maximum(), *data.Verdict()->Lines()[1].value);
+    EXPECT_EQ(data.Patches()[2].parts.lightness, 23.0);
     const double expected[][2] = {{2.0425, 4.0011}, {2.3669, 2.2361}, {27.1492, 36.8680}};
     for (size_t i = 0; i < 3; ++i) {
         SCOPED_TRACE(data.Patches()[i].name);
@@ -95,6 +106,11 @@ TEST(ReportData, TellsHowPatchesWereRead)
                 testing::ElementsAre("1 patch was read by recognition.",
                                      "2 patches were read by a fit of raw samples; samples of one patch agree within "
                                      "0.31 (CIE 1976), the edges of a row within 0.03 mm."));
+    ASSERT_EQ(data.Readings().size(), 2u);  // by way, all in one row, as the file does not tell rows
+    EXPECT_EQ(data.Readings()[0].way, "by a fit of raw samples");
+    EXPECT_EQ(data.Readings()[0].patches, 2u);
+    EXPECT_EQ(data.Readings()[0].fewestSamples, 7u);
+    EXPECT_EQ(data.Readings()[0].spread, 0.31);
 }
 
 TEST(ReportData, RowsOfTheScan)

@@ -56,6 +56,7 @@ chart() {
     awk -v columns="$1" -v rows="$2" -v shift="$3" 'BEGIN {
         print "CGATS.17\nKEYWORD \"SCAN_SPEED\"\nSCAN_SPEED \"160\"\nKEYWORD \"INTEGRATION_TIME\""
         print "INTEGRATION_TIME \"0.005\"\nBEGIN_DATA_FORMAT\nSAMPLE_NAME X Y WIDTH HEIGHT SCAN_ROW SCAN_COLUMN"
+        print "SCAN_WAY SCAN_SAMPLES SCAN_SPREAD SCAN_RESIDUAL"
         for (w = 380; w <= 730; w += 10) printf "SPECTRAL_NM%d ", w
         print "\nEND_DATA_FORMAT\nBEGIN_DATA"
         for (i = 0; i < columns * rows; ++i) {
@@ -64,7 +65,7 @@ chart() {
             name = sprintf("P%d_%d", row + 1, column + 1)
             if (i == 2) name = "</script><script>console.error(1)</script>"
             if (i == 3) name = "<img src=x>&amp;"
-            printf "\"%s\" %d %d 12 12 %d %d", name, 200 + 14 * column, 200 + 14 * row, row + 1, column + 1
+            printf "\"%s\" %d %d 12 12 %d %d FITTED 7 0.1 0.02", name, 200 + 14 * column, 200 + 14 * row, row + 1, column + 1
             for (w = 380; w <= 730; w += 10) {
                 top = 400 + (i * 37) % 300
                 printf " %.5f", 0.1 + 0.6 * exp(-((w - top) / (40 + i % 60)) ^ 2) + shift * (1 + i % 5)
@@ -89,13 +90,21 @@ done
 head='CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_NAME LAB_L LAB_A LAB_B\nEND_DATA_FORMAT\nBEGIN_DATA\n'
 printf "$head"'A1 50 0 -82.7485\nA2 50 -1 2\nA3 73 25 -18\nA4 50 0 0\nEND_DATA\n' >pairs.cgats
 printf "$head"'A1 50 2.6772 -79.7751\nA2 50 0 0\nA3 50 2.5 0\nEND_DATA\n' >pairs-reference.cgats
-"$tool" report pairs.cgats --reference pairs-reference.cgats -o pairs.html >/dev/null
+printf '%s\n' 'title = "Trial"' 'subset = true' '[[rule]]' 'name = "<b>all</b>"' 'mean = 12' 'maximum = 27.14' >limits.toml
+status=0
+"$tool" report pairs.cgats --reference pairs-reference.cgats --tolerances limits.toml -o pairs.html >/dev/null 2>&1 || status=$?
+[ $status -eq 12 ] || fail "a report of a chart that fails ended with $status"
 expect pairs.html <<'EXPECTED'
 subject: 4 patches of pairs.cgats, compared with pairs-reference.cgats
 patches: 4
 names: A1, CIEDE2000 2.04 | A2, CIEDE2000 2.37 | A3, CIEDE2000 27.15 | A4
+verdict: shown
 summary: shown
+readings: hidden
 travel: hidden
+told verdict: fail 1 of 2 limits not held
+limits: <b>all</b>CIEDE2000, mean 12.00 10.52 pass 3 A3 27.15A2 2.37A1 2.04 | <b>all</b>CIEDE2000, maximum 27.14 27.15 fail 3 A3 27.15A2 2.37A1 2.04
+marks: 3
 spectrum plot: no canvas
 histogram plot: drawn
 hover: Patch A1
@@ -111,11 +120,14 @@ chart 12 8 0 >reference.cgats
 "$tool" report chart.cgats --reference reference.cgats -o chart.html >/dev/null
 expect chart.html <<'EXPECTED'
 patches: 96
+verdict: hidden
 summary: shown
 differences: shown
 worst: shown
+readings: shown
 travel: shown
 conditions: shown
+sideways: 
 spectrum plot: drawn
 histogram plot: drawn
 travel plot: drawn
@@ -147,14 +159,29 @@ EXPECTED
 chart 100 100 0.002 >large.cgats
 chart 100 100 0 >large-reference.cgats
 "$tool" report large.cgats --reference large-reference.cgats -o large.html >/dev/null
-expect large.html <<'EXPECTED'
+# Only what differs by more than the first limit has a mark.
+marked=$(grep -o '"differences":\[[0-9.]*' large.html | awk -F'[' '$2 > 1' | wc -l)
+expect large.html <<EXPECTED
 patches: 10000
+marks: $marked
 histogram plot: drawn
 right: Patch P1_2
 down: Patch P2_2
 end: Patch P100_100
 rows to choose: 100
 EXPECTED
+
+# On a phone. The browser makes no window that narrow, so the page stands in a frame.
+cat >phone.html <<'PAGE'
+<!DOCTYPE html><meta charset="utf-8"><link rel="icon" href="data:,">
+<body style="margin:0"><iframe src="probed-chart.html" width="320" height="2600" style="border:0"></iframe>
+<script>addEventListener('message', event => {
+    document.body.append(Object.assign(document.createElement('pre'), {id: 'seen', textContent: event.data}));
+});</script>
+PAGE
+browse phone.html --dump-dom --screenshot="$folder/phone.png" >phone.dom
+grep -qxF 'sideways: ' phone.dom || { grep 'sideways' phone.dom >&2; fail "the report does not fit a phone"; }
+grep -qxF 'travel plot: drawn' phone.dom || fail "the report does not draw itself on a phone"
 
 browse probed-chart.html --blink-settings=preferredColorScheme=0 --screenshot="$folder/chart-dark.png" \
     --no-pdf-header-footer --print-to-pdf="$folder/chart.pdf" >/dev/null

@@ -31,9 +31,16 @@
         see('subject', text('subject'));
         see('patches', options.length);
         see('names', options.slice(0, 4).map(option => option.getAttribute('aria-label')).join(' | '));
-        for (const section of ['summary', 'differences', 'worst', 'travel', 'conditions']) {
+        for (const section of ['verdict', 'summary', 'differences', 'worst', 'readings', 'travel', 'conditions']) {
             see(section, shown(section + '-section') ? 'shown' : 'hidden');
         }
+        see('told verdict', text('verdict') + ' ' + text('verdict-words'));
+        see('limits', [...byId('verdict-table').querySelectorAll('tbody tr')].map(row =>
+            [...row.cells].map(cell => cell.textContent.trim()).join(' ')).join(' | '));
+        see('marks', options.filter(option => getComputedStyle(option, '::after').content !== 'none').length);
+        // What reaches beyond the window and lies in no box of its own that scrolls.
+        see('sideways', [...document.body.querySelectorAll('*')].filter(node => !node.closest('.scroll, .plot') &&
+            node.getBoundingClientRect().right > innerWidth + 0.5).map(node => node.tagName + ' ' + node.id).join(', '));
         see('selected', text('patch-name') + ' ' + text('patch-figures'));
         for (const id of ['spectrum', 'histogram', 'travel']) {
             see(id + ' plot', inkOf(id));
@@ -88,6 +95,7 @@
             list.hidden = true;
             list.textContent = '\n' + lines.join('\n') + '\n';
             document.body.append(list);
+            parent.postMessage(list.textContent, '*');
         }, 100);
     }, 300);
 })();

@@ -297,13 +297,17 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(run.returncode, DONE, run.stderr)
             self.assert_measured("m.cgats", "samples.cgats")
 
-    def test_scans_a_thousand_patches_in_little_memory(self):
+    def test_scans_a_thousand_patches_and_reports_ten_thousand_in_little_memory(self):
         write("large.cgats", chart(25, 40))
         run = tool("scan --virtual large.cgats -o m.cgats --json")
         self.assertEqual(run.returncode, DONE, run.stderr)
         self.assertIn('{"event":"start","rowsDone":0,"rows":25,"patchesDone":0,"patches":1000}', run.stdout)
         self.assertIn('"patchesDone":1000,"patches":1000,"result":"done","file":"m.cgats"', run.stdout)
         self.assert_measured("m.cgats", "large.cgats")
+        write("larger.cgats", chart(100, 100))
+        write("limits.toml", "[[rule]]\nname = 'all'\nmaximum = 0.001\n")
+        run = tool("report larger.cgats --reference larger.cgats --tolerances limits.toml -o r.html")
+        self.assertEqual(run.returncode, DONE, run.stderr)
         if not SANITIZED and not WINDOWS:
             self.assertLess(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss, 100 * 1024, "KiB")
 
@@ -511,8 +515,28 @@ class ToolTest(unittest.TestCase):
         self.assertEqual([verdicts[name]["verdict"] for name in ("measured", "spoilt", "short")], ["pass", "fail", "not judged"])
         self.assertEqual({line["worst"][0]["patch"] for line in verdicts["spoilt"]["limits"] if line["verdict"] == "fail"}, {"M"})
         self.assertIn("1 patch of the reference not measured", verdicts["short"]["limits"][-1]["reason"])
+        run = tool("report spoilt.cgats --reference reference.cgats --tolerances limits.toml -o spoilt.html --json")
+        self.assertEqual(run.returncode, TOLERANCE, run.stderr)
+        self.assertEqual(json.loads(run.stdout)["judgement"], verdicts["spoilt"])
+        self.assertIn('"verdict":"fail"', content_of("spoilt.html"))
         run = tool(judge.format("spoilt")[:-7])
         self.assertRegex(run.stdout, r"(?m)^CIE 1976 all +7  CIE 1976, maximum +[\d.]+ +13.+ fail  M, ")
+
+    def test_gives_a_verdict_behind_a_scan(self):
+        write("limits.toml", "[[rule]]\nname = 'all'\nmaximum = 0.5\n")
+        write("other.cgats", chart(4, 10).replace("0.12", "0.18"))
+        write("places.cgats", re.sub(r" SPECTRAL_NM\d+", "", re.sub(r"(?m)^(R.* 10 8) .*", r"\1", chart(4, 10))))
+        scan = "scan --virtual chart.cgats -o m.cgats --force --json --tolerances limits.toml"
+        for more, code, verdict in (("", DONE, "pass"), (" --reference other.cgats", TOLERANCE, "fail")):
+            run = tool(scan + more)
+            self.assertEqual(run.returncode, code, run.stderr)
+            event = json.loads(run.stdout.splitlines()[-1])
+            self.assertEqual((event["event"], event["verdict"], event["limits"][0]["patches"]), ("verdict", verdict, 40))
+            self.assert_measured("m.cgats", "chart.cgats")
+        run = tool("--virtual --chart chart.cgats scan places.cgats -o p.cgats --tolerances limits.toml")
+        self.assertEqual(run.returncode, USAGE)
+        self.assertIn("the layout tells no colours to judge by", run.stderr)
+        self.assertFalse(os.path.exists("p.cgats"))
 
     def test_files_of_others_stay(self):
         for name in ("m.cgats", "m.cgats.tmp", "m.cgats.1.tmp"):

@@ -25,6 +25,8 @@
 #include "tools/Terminal.h"
 #include "tools/ToolError.h"
 #include "tools/commands/ChartArguments.h"
+#include "tools/judge/JudgementText.h"
+#include "tools/judge/ScanVerdict.h"
 
 namespace J4Tool {
 
@@ -36,6 +38,8 @@ namespace {
 struct ScanArguments {
     ChartArguments chart;
     std::string output;
+    std::string tolerances;
+    std::string reference;
     std::optional<double> margin;
     int retries = 2;
     int repeats = 1;
@@ -70,6 +74,9 @@ public:
           progress(arguments.output == "-" ? stderr : stdout, ProgressForm())
     {
         MeasurementFile::RequireHolds(layout);
+        if (!arguments.tolerances.empty()) {
+            verdict.emplace(arguments.tolerances, arguments.reference, layout);
+        }
     }
 
     void Run()
@@ -79,8 +86,9 @@ public:
             return;
         }
         const ChartScan::Files files{
-            OutputFile(arguments.output, arguments.force, {arguments.chart.layout, context.chartFile}), arguments.form,
-            partialName};
+            OutputFile(arguments.output, arguments.force,
+                       {arguments.chart.layout, context.chartFile, arguments.tolerances, arguments.reference}),
+            arguments.form, partialName};
         std::optional<FileLock> lock;
         if (files.whole.IsStandardOutput()) {
             lock.emplace(partialName);
@@ -117,11 +125,27 @@ public:
         }
         Interrupt::SetNotice(context.json ? nullptr : "\nthe row is being ended; then the table is let go\n");
         scan.Run();
+        if (verdict) {
+            Tell(verdict->On(scan.Measured()));
+        }
     }
 
 private:
     /// Of an instrument of this kind, s; for a plan before it is calibrated and tells its own.
     static constexpr double UsualIntegrationTime = 0.01;
+
+    void Tell(const Judgement& judgement) const
+    {
+        std::FILE* const stream = arguments.output == "-" ? stderr : stdout;
+        if (context.json) {
+            Json event = {{"event", "verdict"}};
+            event.update(JudgementJson(judgement));
+            PrintJson(event, stream);
+        } else {
+            PrintJudgement(judgement, stream);
+        }
+        RequirePass(judgement);
+    }
 
     Progress::Form ProgressForm() const
     {
@@ -282,6 +306,7 @@ private:
     Units units;
     std::string partialName;
     ChartLayout layout;
+    std::optional<ScanVerdict> verdict;
     Progress progress;
     Session* session = nullptr;
 };
@@ -312,6 +337,16 @@ void AddScanCommand(CLI::App& app, ToolContext& context)
     command->add_option("-o,--output", arguments->output, "file to write, whole or not at all; - for standard output")
         ->type_name("MEASURED");
     command->add_flag("--force", arguments->force, "replace MEASURED if it exists");
+    CLI::Option* tolerances =
+        command
+            ->add_option("--tolerances", arguments->tolerances,
+                         "give a verdict behind the scan, by these rules with their limits (TOML)")
+            ->type_name("TOLERANCES");
+    command
+        ->add_option("--reference", arguments->reference,
+                     "what the chart should measure, CGATS.17; else the colours of the layout")
+        ->type_name("REF")
+        ->needs(tolerances);
     command->add_flag("--dry-run", arguments->dryRun, "only show how each row would be read, and how long that takes");
     command->add_option("--margin", arguments->margin, "bare paper before and behind a row (default 8 mm)")
         ->check(FiniteNumber())

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <limits>
 #include <map>
-#include <span>
 
 #include "chart/ScanMotion.h"
 #include "chart/cgats/CgatsFields.h"
@@ -25,6 +24,20 @@ ReportData::Side SideOf(const J4Chart::Patch& patch)
 {
     const Colorimetry::Triple lab = *patch.Colour();
     return {lab, J4Chart::ScreenColourOf(lab), patch.spectrum};
+}
+
+/// The two usual ones, and those of the tolerances.
+std::vector<ColourDifference::Formula> FormulasOf(const Tolerances* tolerances)
+{
+    std::vector<ColourDifference::Formula> formulas(ColourDifference::Formulas.begin(),
+                                                    ColourDifference::Formulas.begin() + 2);
+    for (const Tolerances::Rule& rule : tolerances == nullptr ? std::vector<Tolerances::Rule>() : tolerances->rules) {
+        if (std::none_of(formulas.begin(), formulas.end(),
+                         [&](const auto& formula) { return formula.name == rule.formula->name; })) {
+            formulas.push_back(*rule.formula);
+        }
+    }
+    return formulas;
 }
 
 std::string Counted(size_t count, const char* one, const char* several)
@@ -66,12 +79,16 @@ private:
 
 }  // namespace
 
-ReportData::ReportData(const ColourFile& measured, const ColourFile* reference)
+ReportData::ReportData(const ColourFile& measured, const ColourFile* reference, const Tolerances* tolerances)
     : measuredName(measured.name),
       referenceName(reference == nullptr ? "" : reference->name),
       conditions(measured.chart.conditions)
 {
-    TakePatches(measured.chart, reference == nullptr ? nullptr : &reference->chart);
+    TakePatches(measured.chart, reference == nullptr ? nullptr : &reference->chart, tolerances);
+    if (tolerances != nullptr && reference != nullptr) {
+        verdict.emplace(*tolerances, measured.chart, reference->chart);
+    }
+    TakeReadings(measured.chart);
     TakeRows(measured.chart);
     TellWays();
 }
@@ -107,11 +124,39 @@ void ReportData::TellWays()
     }
 }
 
-void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Chart* reference)
+void ReportData::TakeReadings(const J4Chart::Chart& measured)
+{
+    std::map<std::pair<size_t, std::string>, RowReading> found;  // by row and way
+    for (size_t i = 0; i < patches.size(); ++i) {
+        const Patch& patch = patches[i];
+        if (!patch.reading) {
+            continue;
+        }
+        const size_t row = measured.rowPlaces.empty() ? 0 : measured.rowPlaces[i].row;
+        const auto [entry, isNew] = found.try_emplace({row, patch.reading->way});
+        RowReading& reading = entry->second;
+        if (isNew) {
+            reading.row = row == 0 ? "all" : std::to_string(row);
+            reading.way = WordsOfWay(patch.reading->way);
+            reading.fewestSamples = patch.reading->samples;
+        }
+        ++reading.patches;
+        reading.fewestSamples = std::min(reading.fewestSamples, patch.reading->samples);
+        reading.spread = std::max(reading.spread, patch.reading->spread);
+        reading.residual = std::max(reading.residual, patch.reading->residual);
+        reading.repeatSpread = std::max(reading.repeatSpread, patch.repeatSpread.value_or(0.0));
+    }
+    for (auto& [key, reading] : found) {
+        readings.push_back(std::move(reading));
+    }
+}
+
+void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Chart* reference,
+                             const Tolerances* tolerances)
 {
     const size_t count = measured.patches.size();
     const PatchMatch references = reference == nullptr ? PatchMatch(count) : MatchPatches(measured, *reference);
-    const std::span kinds(ColourDifference::Formulas.data(), 2);  // the usual ones
+    const std::vector<ColourDifference::Formula> kinds = FormulasOf(tolerances);
     std::vector<std::vector<double>> differences(kinds.size());
     size_t missing = 0;
     size_t outside = 0;
@@ -127,6 +172,7 @@ void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Char
         outside += patch.measured.colour.inGamut ? 0 : 1;
         if (references[i]) {
             patch.reference = SideOf(reference->patches[*references[i]]);
+            patch.parts = ColourDifference::PartsOf(patch.reference->lab, patch.measured.lab);
         } else {
             ++missing;
         }

@@ -1,5 +1,5 @@
-// Everything that the report shows, computed: the patches with their measured and reference colours, the
-// differences with their figures, and the travel of the rows.
+// Everything that the report shows, computed: the verdict, the patches with their measured and reference colours, the
+// differences with their figures, how the rows were read, and their travel.
 #pragma once
 
 #include <array>
@@ -9,9 +9,11 @@
 #include <vector>
 
 #include "chart/Chart.h"
+#include "chart/colour/ColourDifference.h"
 #include "chart/colour/DifferenceSummary.h"
 #include "chart/colour/ScreenColour.h"
 #include "tools/ColourFile.h"
+#include "tools/judge/Judgement.h"
 #include "tools/report/RowTravel.h"
 
 namespace J4Tool {
@@ -41,6 +43,7 @@ public:
         std::optional<J4Chart::Densities> densities;  ///< as the instrument told them
         std::optional<double> repeatSpread;           ///< of several scans from their mean, CIEDE2000
         std::vector<double> differences;              ///< one for each formula; empty without a reference
+        J4Chart::ColourDifference::Parts parts;
     };
 
     struct Formula {
@@ -48,14 +51,30 @@ public:
         J4Chart::DifferenceSummary summary;
     };
 
+    /// The patches of a row that were read in the same way.
+    struct RowReading {
+        std::string row;
+        size_t patches = 0;
+        std::string way;            ///< for people
+        size_t fewestSamples = 0;   ///< of a patch; 0 where the instrument does not tell
+        double spread = 0.0;        ///< the largest of a patch
+        double residual = 0.0;      ///< the largest, mm
+        double repeatSpread = 0.0;  ///< the largest of a patch
+    };
+
     /// Patches are matched by MatchPatches().
+    /// @param tolerances  by which a verdict is wanted; needs a reference
     /// @throws ToolError when no measured patch has a reference
-    explicit ReportData(const ColourFile& measured, const ColourFile* reference = nullptr);
+    explicit ReportData(const ColourFile& measured, const ColourFile* reference = nullptr,
+                        const Tolerances* tolerances = nullptr);
 
     const std::string& MeasuredName() const { return measuredName; }
 
     /// Empty without a reference.
     const std::string& ReferenceName() const { return referenceName; }
+
+    /// Nothing where none was wanted.
+    const std::optional<Judgement>& Verdict() const { return verdict; }
 
     /// The keywords of the measured file, in its order.
     const std::vector<std::pair<std::string, std::string>>& Conditions() const { return conditions; }
@@ -69,16 +88,20 @@ public:
     /// In the order of the measured file.
     const std::vector<Patch>& Patches() const { return patches; }
 
-    /// CIEDE2000 and CIE 1976; none without a reference.
+    /// CIEDE2000, CIE 1976, and what others the tolerances take; none without a reference.
     const std::vector<Formula>& Formulas() const { return formulas; }
+
+    /// In the order of the rows; none where the file does not tell how they were read.
+    const std::vector<RowReading>& Readings() const { return readings; }
 
     /// None where the files do not tell places, rows and speed.
     const std::vector<RowTravel>& Rows() const { return rows; }
 
 private:
-    void TakePatches(const J4Chart::Chart& measured, const J4Chart::Chart* reference);
+    void TakePatches(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const Tolerances* tolerances);
     void TakePlaces(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const PatchMatch& references);
     void TakeRows(const J4Chart::Chart& measured);
+    void TakeReadings(const J4Chart::Chart& measured);
     void TellWays();
 
     std::string measuredName;
@@ -88,7 +111,9 @@ private:
     bool placed = true;
     std::vector<Patch> patches;
     std::vector<Formula> formulas;
+    std::vector<RowReading> readings;
     std::vector<RowTravel> rows;
+    std::optional<Judgement> verdict;
 };
 
 }  // namespace J4Tool

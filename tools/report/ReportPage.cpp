@@ -5,6 +5,7 @@
 #include <cmath>
 #include <initializer_list>
 #include <nlohmann/json.hpp>
+#include <numeric>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "Version.h"
 #include "tools/Json.h"
 #include "tools/PatchReading.h"
+#include "tools/judge/JudgementText.h"
 #include "tools/report/ReportFiles.h"
 
 namespace J4Tool {
@@ -84,9 +86,7 @@ Json PatchObject(const ReportData::Patch& patch)
                    {"place", Rounded(std::array{place.x, place.y, place.width, place.height}, 3)},
                    {"measured", SideObject(patch.measured)}};
     if (patch.reading) {
-        const auto known = std::find(WayNames.begin(), WayNames.end(), patch.reading->way);
-        object["reading"] = {{"way", known == WayNames.end() ? patch.reading->way
-                                                             : WayWords[static_cast<size_t>(known - WayNames.begin())]},
+        object["reading"] = {{"way", WordsOfWay(patch.reading->way)},
                              {"samples", patch.reading->samples},
                              {"spread", Rounded(patch.reading->spread, 3)},
                              {"residual", Rounded(patch.reading->residual, 3)}};
@@ -100,6 +100,7 @@ Json PatchObject(const ReportData::Patch& patch)
     if (patch.reference) {
         object["reference"] = SideObject(*patch.reference);
         object["differences"] = Rounded(patch.differences, 4);
+        object["parts"] = Rounded(std::array{patch.parts.lightness, patch.parts.chroma, patch.parts.hue}, 3);
     }
     return object;
 }
@@ -135,23 +136,82 @@ Json RowObject(const RowTravel& row)
         {"notes", row.Notes()}};
 }
 
-/// The data of the page. It may stand in a script element: no "<" is left in it, which JSON has in texts only.
+Json ReadingObject(const ReportData::RowReading& reading)
+{
+    return {{"row", reading.row},
+            {"patches", reading.patches},
+            {"way", reading.way},
+            {"samples", reading.fewestSamples},
+            {"spread", Rounded(reading.spread, 3)},
+            {"residual", Rounded(reading.residual, 3)},
+            {"repeatSpread", Rounded(reading.repeatSpread, 4)}};
+}
+
+Json LineObject(const Judgement::Line& line)
+{
+    Json behind = Json::array();
+    for (const Judgement::PatchValue& patch : line.behind) {
+        behind.push_back({{"patch", patch.patch}, {"value", Rounded(patch.value, 4)}});
+    }
+    return {{"rule", line.rule.name},
+            {"source", line.rule.source},
+            {"what", line.What()},
+            {"patches", line.patches},
+            {"limit", line.LimitText()},
+            {"value", line.ValueText()},
+            {"verdict", VerdictText(line.verdict)},
+            {"reason", line.reason},
+            {"behind", behind}};
+}
+
+Json VerdictObject(const Judgement& judgement)
+{
+    return {{"verdict", VerdictText(judgement.Overall())},
+            {"words", judgement.Words()},
+            {"title", judgement.Title()},
+            {"source", judgement.Source()},
+            {"lines", Objects(judgement.Lines(), LineObject)}};
+}
+
+/// Adds a member to the object in a text. One by one, as the objects of thousands of patches take many times the memory of
+/// their text.
+template <class List, class Make>
+void AddList(std::string& text, const char* name, const List& list, Make make)
+{
+    text.back() = ',';
+    text += std::string("\"") + name + "\":";
+    char before = '[';
+    for (const auto& item : list) {
+        text += before + JsonText(make(item));
+        before = ',';
+    }
+    text += list.empty() ? "[]}" : "]}";
+}
+
 std::string DataText(const ReportData& data)
 {
-    const Json object = {{"program", programName},
-                         {"measured", data.MeasuredName()},
-                         {"reference", data.ReferenceName()},
-                         {"placed", data.IsPlaced()},
-                         {"notices", data.Notices()},
-                         {"conditions", Objects(data.Conditions(),
-                                                [](const auto& condition) -> Json {
-                                                    return {{"name", condition.first}, {"value", condition.second}};
-                                                })},
-                         {"formulas", Objects(data.Formulas(), FormulaObject)},
-                         {"patches", Objects(data.Patches(), PatchObject)},
-                         {"rows", Objects(data.Rows(), RowObject)}};
-    return Replaced(JsonText(object), {{'<', "\\u003c"}});
+    Json object = {{"program", programName},
+                   {"measured", data.MeasuredName()},
+                   {"reference", data.ReferenceName()},
+                   {"placed", data.IsPlaced()},
+                   {"notices", data.Notices()},
+                   {"conditions", Objects(data.Conditions(),
+                                          [](const auto& condition) -> Json {
+                                              return {{"name", condition.first}, {"value", condition.second}};
+                                          })},
+                   {"formulas", Objects(data.Formulas(), FormulaObject)},
+                   {"readings", Objects(data.Readings(), ReadingObject)}};
+    if (data.Verdict()) {
+        object["verdict"] = VerdictObject(*data.Verdict());
+    }
+    std::string text = JsonText(object);
+    AddList(text, "patches", data.Patches(), PatchObject);
+    AddList(text, "rows", data.Rows(), RowObject);
+    return text;
 }
+
+/// The data of the page as it may stand in a script element: no "<" is left in it, which JSON has in texts only.
+std::string ScriptText(const ReportData& data) { return Replaced(DataText(data), {{'<', "\\u003c"}}); }
 
 }  // namespace
 
@@ -161,13 +221,15 @@ std::string MakeReportPage(const ReportData& data)
         {"{{title}}", Replaced("Colour report: " + data.MeasuredName(), {{'&', "&amp;"}, {'<', "&lt;"}})},
         {"{{plot-style}}", std::string(plotStyle)},
         {"{{style}}", std::string(pageStyle)},
-        {"{{data}}", DataText(data)},
+        {"{{data}}", ScriptText(data)},
         {"{{plot-licence}}", std::string(plotLicence)},
         {"{{plot-script}}", std::string(plotScript)},
         {"{{script}}", std::string(pageScript)},
     };
     // The parts stand in the template in this order, so what was put in is never searched.
     std::string page;
+    page.reserve(std::accumulate(std::begin(parts), std::end(parts), pageTemplate.size(),
+                                 [](size_t size, const auto& part) { return size + part.second.size(); }));
     std::string_view rest = pageTemplate;
     for (const auto& [mark, text] : parts) {
         const size_t at = rest.find(mark);

@@ -49,7 +49,7 @@
     function plot(id, height, options, values) {
         plots.get(id)?.made.destroy();
         const place = byId(id);
-        const width = onPaper ? paperWidth : Math.max(240, place.clientWidth);
+        const width = onPaper ? paperWidth : Math.max(200, place.clientWidth);
         const axis = (axisOptions, index) => ({
             stroke: colourOf('--text'), grid: {stroke: colourOf('--grid'), width: 1},
             ticks: {stroke: colourOf('--line'), width: 1}, font: '12px system-ui, "DejaVu Sans", sans-serif',
@@ -81,6 +81,9 @@
             (residual > 0 ? `, edges of the row within ${figure(residual)} mm` : '') + '.';
     }
 
+    const partHeads = ['dL*', 'dC*ab', 'dH*ab'];
+    const partColumns = partHeads.map((head, i) => ({head, cell: ({patch}) => figure(patch.parts?.[i])}));
+
     function drawPatch() {
         const patch = data.patches[shown];
         const sides = [['Measured', patch.measured], ['Reference', patch.reference]].filter(([, side]) => side);
@@ -89,23 +92,25 @@
             table('', [
                 {head: '', text: true, cell: ([name, side]) => element('span', {}, swatch(side), name)},
                 ...['L*', 'a*', 'b*'].map((head, i) => ({head, cell: ([, side]) => figure(side.lab[i])})),
-            ], sides),
+            ], sides));
+        byId('patch-notes').replaceChildren(
             element('p', {}, patch.differences
-                ? data.formulas.map(({name}, i) => `${name} ${differenceText(patch.differences[i])}`).join(', ')
+                ? [...data.formulas.map(({name}, i) => `${name} ${differenceText(patch.differences[i])}`),
+                    ...partHeads.map((name, i) => `${name} ${figure(patch.parts[i])}`)].join(', ')
                 : data.reference ? 'No difference: the reference does not have this patch.' : ''));
         if (patch.reading) {
-            byId('patch-figures').append(element('p', {class: 'note'}, readingText(patch.reading)));
+            byId('patch-notes').append(element('p', {class: 'note'}, readingText(patch.reading)));
         }
         if (patch.densities) {
-            byId('patch-figures').append(element('p', {class: 'note'}, 'Densities of the instrument: ' +
+            byId('patch-notes').append(element('p', {class: 'note'}, 'Densities of the instrument: ' +
                 ['red', 'green', 'blue', 'visual'].map((name, i) => `${name} ${figure(patch.densities[i])}`).join(', ')));
         }
         if (patch.repeatSpread != null) {
-            byId('patch-figures').append(element('p', {class: 'note'},
+            byId('patch-notes').append(element('p', {class: 'note'},
                 `Average of several scans, ${figure(patch.repeatSpread, 3)} from their mean (CIEDE2000).`));
         }
         if (sides.some(([, side]) => !side.inGamut)) {
-            byId('patch-figures').append(element('p', {class: 'note'},
+            byId('patch-notes').append(element('p', {class: 'note'},
                 'This colour lies outside what an sRGB screen can show.'));
         }
         const spectra = sides.filter(([, side]) => side.spectrum);
@@ -135,9 +140,9 @@
 
     // --- the chart
 
-    // From pale to dark, told apart without colour vision too; the last class has no upper limit.
-    const classes = [['#ffffcc', '#111'], ['#fed976', '#111'], ['#fd8d3c', '#111'], ['#d7191c', '#fff'],
-        ['#6a0026', '#fff']];
+    // Marks of the differences above the first limit, from pale to dark, told apart without colour vision too; the last
+    // class has no upper limit.
+    const classes = ['#fed976', '#fd8d3c', '#d7191c', '#6a0026'];
     const limitSets = [[0.1, 0.2, 0.5, 1], [1, 2, 3, 5]];
     let formulaIndex = 0;
     let overlaid = true;
@@ -147,10 +152,12 @@
         return limitSets[data.formulas[formulaIndex].percentile95 <= 0.5 ? 0 : 1];
     }
 
-    function classOf(difference) {
-        const found = limits().findIndex(limit => difference <= limit);
-        return classes[found < 0 ? classes.length - 1 : found];
-    }
+    const classOf = difference => classes[Math.min(classes.length - 1,
+        limits().slice(1).filter(limit => difference > limit).length)];
+
+    // Diameter of a mark as a part of the patch: in proportion to the difference, as far as it can be seen and something
+    // of the patch too.
+    const markSize = difference => Math.max(0.16, 0.62 * Math.min(1, difference / (1.2 * limits().at(-1))));
 
     function select(index, focus) {
         if (selected >= 0) {
@@ -261,20 +268,27 @@
                 : `${patch.name}, ${data.formulas[formulaIndex].name} ${differenceText(difference)}`;
             options[index].setAttribute('aria-label', label);
             options[index].title = label;
-            if (difference != null) {
-                const [fill, text] = classOf(difference);
-                options[index].style.setProperty('--d', fill);
-                options[index].style.setProperty('--on-d', text);
-                options[index].dataset.figure = figure(difference, difference < 10 ? 2 : 1);
+            const option = options[index];
+            const isMarked = difference != null && difference > limits()[0];
+            option.classList.toggle('marked', isMarked);
+            if (isMarked) {
+                const [, , width, height] = patch.place;
+                option.style.setProperty('--d', classOf(difference));
+                option.style.setProperty('--mark-size',
+                    `${100 * markSize(difference) * Math.min(1, height / width)}%`);
+                option.style.setProperty('--on-m', patch.measured.lab[0] > 55 ? '#000' : '#fff');
+                option.dataset.figure = figure(difference, difference < 10 ? 2 : 1);
             }
         });
         if (data.formulas.length === 0) {
             return;
         }
         const list = limits();
-        byId('scale').replaceChildren(...classes.map(([fill], i) => element('span', {},
-            element('span', {class: 'swatch', background: fill}),
-            i < list.length ? `up to ${list[i]}` : `above ${list[list.length - 1]}`)));
+        const mark = (limit, fill) => element('span', {class: 'mark', background: fill,
+            '--size': `${Math.round(30 * markSize(limit))}px`});
+        byId('scale').replaceChildren(element('span', {}, `up to ${list[0]}: no mark`),
+            ...classes.map((fill, i) => element('span', {}, mark(list[i + 1] ?? 2 * list[i], fill),
+                i + 1 < list.length ? `up to ${list[i + 1]}` : `above ${list[i]}`)));
     }
 
     function buildOverlayChoice() {
@@ -298,17 +312,21 @@
     const labColumns = (title, side) => ['L*', 'a*', 'b*'].map((head, i) => ({head: `${title} ${head}`,
         cell: ({patch}) => figure(patch[side]?.lab[i])}));
 
+    function link(index) {
+        const button = element('button', {type: 'button', class: 'link'}, data.patches[index].name);
+        button.addEventListener('click', () => select(index, true));
+        return button;
+    }
+
     function patchColumns() {
-        const link = ({patch, index}) => {
-            const button = element('button', {type: 'button', class: 'link'}, patch.name);
-            button.addEventListener('click', () => select(index, true));
-            return element('span', {}, swatch(patch.measured), swatch(patch.reference), button);
-        };
+        const named = ({patch, index}) =>
+            element('span', {}, swatch(patch.measured), swatch(patch.reference), link(index));
         const hasReference = data.formulas.length > 0;
         return [
-            {head: 'Patch', text: true, cell: link},
+            {head: 'Patch', text: true, cell: named},
             ...data.formulas.map((formula, i) => ({head: formula.name,
                 cell: ({patch}) => differenceText(patch.differences?.[i])})),
+            ...(hasReference ? partColumns : []),
             ...labColumns('Measured', 'measured'),
             ...(hasReference ? labColumns('Reference', 'reference') : []),
         ];
@@ -501,6 +519,46 @@
             data.rows[row].duration - 2 * data.rows[row].rampEnd, data.rows[row].duration));
     }
 
+    // --- verdict and readings
+
+    // Of a verdict's text: how it looks.
+    const verdictClass = text => 'verdict ' + (['pass', 'fail'].includes(text) ? text : 'open');
+
+    function buildVerdict({verdict, words, title, source, lines}) {
+        byId('verdict').textContent = verdict;
+        byId('verdict').className = verdictClass(verdict);
+        byId('verdict-words').textContent = words.replace(/^[^:]*: /, '');
+        byId('verdict-source').textContent = [title, source].filter(text => text).join('. ');
+        const behind = line => element('span', {}, line.reason, ...(line.reason ? [' '] : []),
+            ...line.behind.slice(0, 4).map(({patch, value}) =>
+                element('span', {class: 'behind'}, link(patch), ` ${figure(value)}`)));
+        const hasSources = lines.some(line => line.source);
+        byId('verdict-table').replaceChildren(table('Each limit; patches with the largest values, largest first', [
+            {head: 'Rule', text: true, cell: line => element('span', {}, line.rule,
+                element('span', {class: 'what'}, line.what))},
+            {head: 'Limit', cell: line => line.limit},
+            {head: 'Value', cell: line => line.value},
+            {head: 'Verdict', cell: line => element('span', {class: verdictClass(line.verdict)}, line.verdict)},
+            {head: 'Patches', cell: line => String(line.patches)},
+            {head: 'Behind it', text: true, cell: behind},
+            ...(hasSources ? [{head: 'Source of the limit', text: true, cell: line => line.source}] : []),
+        ], lines));
+    }
+
+    function buildReadings() {
+        byId('readings-table').replaceChildren(table('Of each row and way: the fewest samples of a patch, the rest the ' +
+            'largest of a patch', [
+            {head: 'Row', cell: reading => reading.row},
+            {head: 'Patches', cell: reading => String(reading.patches)},
+            {head: 'Read', text: true, cell: reading => reading.way},
+            {head: 'Samples', cell: reading => reading.samples > 0 ? String(reading.samples) : '–'},
+            {head: 'Spread, CIE 1976', cell: reading => reading.samples > 0 ? figure(reading.spread) : '–'},
+            {head: 'Edges, mm', cell: reading => reading.residual > 0 ? figure(reading.residual) : '–'},
+            ...(data.readings.some(reading => reading.repeatSpread > 0) ? [{head: 'Scans from their mean, CIEDE2000',
+                cell: reading => figure(reading.repeatSpread, 3)}] : []),
+        ], data.readings));
+    }
+
     // --- the page
 
     function buildHead() {
@@ -543,6 +601,12 @@
     }
     drawOverlay();
     buildTravel();
+    if (data.verdict) {
+        buildVerdict(data.verdict);
+    }
+    buildReadings();
+    byId('verdict-section').classList.toggle('hidden', !data.verdict);
+    byId('readings-section').classList.toggle('hidden', data.readings.length === 0);
     byId('previous-page').addEventListener('click', () => turnPage(-1));
     byId('next-page').addEventListener('click', () => turnPage(1));
     drawPage();
