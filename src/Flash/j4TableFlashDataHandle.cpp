@@ -25,7 +25,7 @@ constexpr int32_t BlockToWrite = 3;
 constexpr int32_t BlockToUnlock = 1;
 
 constexpr uint32_t FirstRead = 256;
-constexpr uint32_t LargestBlock = j4TableComFlash::SectorSize;
+constexpr uint32_t LargestImage = j4TableComFlash::SectorSize;
 constexpr int32_t TransferAttempts = 2;
 constexpr uint8_t ErasedByte = 0xFF;
 
@@ -54,7 +54,7 @@ try {
     std::vector<uint8_t> bytes;
     comManager->GetFlash()->ReadMemory(bytes, address, FirstRead, TransferAttempts);
     const uint32_t size = j4TableFlashData::GetConfigDataSize(bytes);
-    if (size > LargestBlock) {
+    if (size > LargestImage) {
         throw EEPromException("Invalid property size.");
     }
     const uint32_t got = static_cast<uint32_t>(bytes.size());
@@ -84,7 +84,7 @@ try {
     }
     // An image that is a multiple of the write size already grows by a whole write all the same.
     image.resize(image.size() + j4TableComFlash::WriteSize - image.size() % j4TableComFlash::WriteSize, ErasedByte);
-    if (image.size() > LargestBlock) {
+    if (image.size() > LargestImage) {
         throw EEPromException("Flash data is too big.");
     }
     if (address % j4TableComFlash::SectorSize != 0) {

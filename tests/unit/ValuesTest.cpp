@@ -20,7 +20,7 @@ constexpr PositionUnit Millimetre = PositionUnitMillimetre;
 constexpr PositionUnit Tenth = PositionUnitTenthMillimetre;
 constexpr PositionUnit Inch = PositionUnitInch;
 constexpr PositionUnit User = PositionUnitUserDefined;
-constexpr PositionUnit Unknown = static_cast<PositionUnit>(7);
+constexpr PositionUnit UnknownUnit = static_cast<PositionUnit>(7);
 
 // Expected values are those of one multiplication and one division in doubles; most differ in the last bit
 // from what a factor of 10 or 254 would give.
@@ -56,12 +56,12 @@ TEST(Position, ConvertsWithoutAnyRoundingOfItsOwn)
 TEST(Position, FailuresChangeNothing)
 {
     Position position{1.0, 2.0, Inch, 5.0};
-    const Position foreign{1.0, 2.0, Unknown, 0.0};
+    const Position foreign{1.0, 2.0, UnknownUnit, 0.0};
     const std::string noFactor = "CalculationProblemException: Unit factor is 0.0!";
     EXPECT_EQ(Thrown([&] { position.SetUnit(User, 0.0); }), noFactor);
     EXPECT_EQ(Thrown([&] { position.ConvertTo(User, 0.0); }), noFactor);
     EXPECT_EQ(Thrown([&] { position.Convert(1.0, User, 0.0); }), noFactor);
-    EXPECT_EQ(Thrown([&] { position.ConvertTo(Unknown, 1.0); }), "CalculationProblemException: Unit not defined (2)")
+    EXPECT_EQ(Thrown([&] { position.ConvertTo(UnknownUnit, 1.0); }), "CalculationProblemException: Unit not defined (2)")
         << "the object's own unit";
     EXPECT_EQ(Thrown([&] { foreign.Convert(1.0, Millimetre, 0.0); }),
               "CalculationProblemException: Unit not defined (7)");

@@ -12,8 +12,6 @@ using J4Bench::Bridge;
 
 namespace {
 
-constexpr uint8_t StringType = 3;
-
 /// The characters of a transfer without the status bytes of its packets.
 std::string Unpacked(const Bytes& transfer)
 {

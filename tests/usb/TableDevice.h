@@ -26,6 +26,9 @@ enum class UsbEnd {
     Never     ///< the transfer never ends by itself; some characters may have gone over before
 };
 
+/// Of string descriptors (USB 2.0, table 9-5).
+inline constexpr uint8_t StringType = 3;
+
 /// The pauses of the library under test take no real time: each passes on the bench.
 void PassOnBench(unsigned milliseconds);
 

@@ -19,7 +19,7 @@ constexpr uint8_t DirectionIn = 0x80;
 constexpr uint8_t RequestTypeMask = 0x60;
 constexpr uint8_t VendorRequest = 0x40;
 constexpr uint8_t GetDescriptor = 6;
-constexpr uint8_t StringType = 3;
+
 constexpr size_t SetupSize = 8;
 
 struct Unreference {

@@ -9,6 +9,8 @@ j4_add_test_program(usb_tests
     libusb/MockedBus.cpp
     libusb/UsbLibusbTest.cpp
     RUNNER ${UMOCKDEV_WRAPPER})
+# Its types hold what lies in an unnamed namespace, which is well only in a source by itself.
+set_source_files_properties(libusb/DeviceFile.cpp PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 target_link_libraries(usb_tests PRIVATE j4_clock_seam PkgConfig::UMOCKDEV)
 
 # The library and the instrument's stand-in have folders of their own; the folder of the stand-in also has the
