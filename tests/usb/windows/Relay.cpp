@@ -14,9 +14,6 @@ constexpr uint32_t NotBound = 0xE0001009;
 constexpr uint32_t Removed = 0xE000100A;
 constexpr uint32_t WrongDirection = 0xE0001010;
 
-constexpr uint8_t EndpointOut = 0x02;
-constexpr uint8_t EndpointIn = 0x81;
-
 /// Larger than the largest transfer with its header.
 constexpr size_t ExchangeRoom = 0x21000;
 

@@ -18,6 +18,10 @@
 
 namespace J4Test {
 
+/// Of the bridge.
+inline constexpr uint8_t EndpointOut = 0x02;
+inline constexpr uint8_t EndpointIn = 0x81;
+
 class Relay {
 public:
     struct Answer {

@@ -14,9 +14,6 @@ namespace {
 using testing::Each;
 using testing::ElementsAre;
 
-constexpr uint8_t EndpointOut = 0x02;
-constexpr uint8_t EndpointIn = 0x81;
-
 struct UsbIoTest : OverDriver<OnStand<testing::Test>> {
     void SetUp() override
     {
