@@ -19,8 +19,8 @@ Place Place::Turned(double radians) const
 
 double Place::Rotation() const { return std::atan2(along.y, along.x); }
 
-double Place::Width() const { return 2.0 * std::hypot(along.x, along.y); }
+double Place::Width() const { return 2.0 * Length(along); }
 
-double Place::Height() const { return 2.0 * std::hypot(across.x, across.y); }
+double Place::Height() const { return 2.0 * Length(across); }
 
 }  // namespace J4Chart

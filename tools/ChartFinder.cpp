@@ -3,13 +3,13 @@
 #include <Eigen/Dense>
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <numbers>
 #include <optional>
 #include <utility>
 
 #include "tools/CrossedPatches.h"
+#include "tools/Formatted.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -29,20 +29,6 @@ constexpr double Inside = 0.2;
 
 /// Below it a look takes too long, mm/s.
 constexpr int SlowestLook = 20;
-
-Point Minus(Point a, Point b) { return {a.x - b.x, a.y - b.y}; }
-Point Plus(Point a, Point b) { return {a.x + b.x, a.y + b.y}; }
-Point Times(Point a, double factor) { return {a.x * factor, a.y * factor}; }
-double Dot(Point a, Point b) { return a.x * b.x + a.y * b.y; }
-double Length(Point a) { return std::hypot(a.x, a.y); }
-Point Unit(Point a) { return Times(a, 1.0 / Length(a)); }
-
-std::string Text(const char* format, double value)
-{
-    char text[64];
-    std::snprintf(text, sizeof text, format, value);
-    return text;
-}
 
 [[noreturn]] void ThrowAmbiguous()
 {
@@ -173,8 +159,9 @@ bool ChartFinder::TravelOnce(const Line& line)
         throw ToolError(ExitCode::Check,
                         "what lies on the bed is not the chart of the layout, or lies quite elsewhere: the edges of "
                         "its patches are " +
-                            Text("%.1f mm", fit.Residual()) + " off, and " +
-                            Text("%.0f %%", 100.0 * fit.Unexplained()) + " of what was seen there is not explained",
+                            Formatted("%.1f mm", fit.Residual()) + " off, and " +
+                            Formatted("%.0f %%", 100.0 * fit.Unexplained()) +
+                            " of what was seen there is not explained",
                         "Look whether it is this chart, the right way round, and where the layout says; or let the "
                         "instrument find it "
                         "with --align, which bears half a patch and two degrees.");
@@ -337,8 +324,8 @@ std::string ChartFinder::Fault(const Finding& found) const
 std::string ChartFinder::Words(const Finding& found) const
 {
     const Placement& placement = found.placement;
-    return Text("%.1f", placement.shift.x) + " mm in x and " + Text("%.1f", placement.shift.y) +
-           " mm in y, turned by " + Text("%.2f", placement.rotation * 180.0 / std::numbers::pi) + " degrees,";
+    return Formatted("%.1f", placement.shift.x) + " mm in x and " + Formatted("%.1f", placement.shift.y) +
+           " mm in y, turned by " + Formatted("%.2f", placement.rotation * 180.0 / std::numbers::pi) + " degrees,";
 }
 
 }  // namespace J4Tool

@@ -34,7 +34,7 @@ std::vector<std::array<std::optional<size_t>, Sides>> Neighbours(const ChartLayo
             const auto nearestIn = [&](const ChartLayout::Row& other) {
                 const auto distance = [&](size_t patch) {
                     const J4Chart::Place& there = layout.Places()[patch];
-                    return std::hypot(there.centre.x - here.centre.x, there.centre.y - here.centre.y);
+                    return Distance(there.centre, here.centre);
                 };
                 return *std::min_element(other.begin(), other.end(),
                                          [&](size_t a, size_t b) { return distance(a) < distance(b); });

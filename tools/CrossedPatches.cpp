@@ -28,7 +28,7 @@ void Clip(double from, double step, double& first, double& last)
 CrossedPatches::CrossedPatches(const ChartLayout& layout, Point start, Point end)
 {
     constexpr double shortest = 0.5;  // mm; a line that only grazes a patch says nothing of it
-    const double length = std::hypot(end.x - start.x, end.y - start.y);
+    const double length = Distance(start, end);
     const Point along{(end.x - start.x) / length, (end.y - start.y) / length};
     std::vector<std::pair<LineFit::Stretch, size_t>> found;
     for (size_t i = 0; i < layout.Patches().size(); ++i) {

@@ -29,8 +29,7 @@ LineScan::Samples LineScan::Take(Point start, Point end, int speed)
     session.SetOption("J4TScanSpeed", std::to_string(speed));
     const std::vector<J4Chart::Spectrum> all = session.Scan(start, end);
 
-    const J4Chart::MotionProfile profile(std::hypot(end.x - start.x, end.y - start.y), speed,
-                                         J4Chart::ScanMotion::UsualAcceleration);
+    const J4Chart::MotionProfile profile(Distance(start, end), speed, J4Chart::ScanMotion::UsualAcceleration);
     Samples samples;
     samples.blur = speed * integrationTime;
     for (size_t i = 0; i < all.size(); ++i) {

@@ -43,8 +43,6 @@ constexpr double FarthestPromised = 0.6;
 /// Holds the colours of patches that were hardly seen near the mean of all, as a number of samples.
 constexpr double Ridge = 0.01;
 
-double Dot(Point a, Point b) { return a.x * b.x + a.y * b.y; }
-
 double Distance(const LineFit::Light& a, const LineFit::Light& b)
 {
     double squares = 0.0;
@@ -174,8 +172,7 @@ private:
             return LineFit::ShareBefore((half - at) / LineFit::Aperture) -
                    LineFit::ShareBefore((-half - at) / LineFit::Aperture);
         };
-        return within(off.x, std::hypot(patch.along.x, patch.along.y)) *
-               within(off.y, std::hypot(patch.across.x, patch.across.y));
+        return within(off.x, Length(patch.along)) * within(off.y, Length(patch.across));
     }
 
     const ChartLayout& layout;
@@ -192,14 +189,14 @@ private:
 PlacementSearch::PlacementSearch(const ChartLayout& layout) : layout(layout)
 {
     const J4Chart::Place& first = layout.Places().front();
-    const double along = std::hypot(first.along.x, first.along.y);
-    const double across = std::hypot(first.across.x, first.across.y);
+    const double along = Length(first.along);
+    const double across = Length(first.across);
     unitAlong = {first.along.x / along, first.along.y / along};
     unitAcross = {first.across.x / across, first.across.y / across};
     pitchAlong = pitchAcross = std::numeric_limits<double>::max();
     for (const J4Chart::Place& patch : layout.Places()) {
-        pitchAlong = std::min(pitchAlong, 2.0 * std::hypot(patch.along.x, patch.along.y));
-        pitchAcross = std::min(pitchAcross, 2.0 * std::hypot(patch.across.x, patch.across.y));
+        pitchAlong = std::min(pitchAlong, 2.0 * Length(patch.along));
+        pitchAcross = std::min(pitchAcross, 2.0 * Length(patch.across));
     }
     map = std::make_unique<Map>(layout, unitAlong, unitAcross);
     for (const double u : {map->Low().x, map->High().x}) {
@@ -207,7 +204,7 @@ PlacementSearch::PlacementSearch(const ChartLayout& layout) : layout(layout)
             corners.push_back({u * unitAlong.x + v * unitAcross.x, u * unitAlong.y + v * unitAcross.y});
         }
     }
-    lever = 0.5 * std::hypot(map->High().x - map->Low().x, map->High().y - map->Low().y);
+    lever = 0.5 * Distance(map->High(), map->Low());
 }
 
 PlacementSearch::~PlacementSearch() = default;

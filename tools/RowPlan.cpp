@@ -10,8 +10,6 @@ namespace {
 
 using Pass = RowPlan::Pass;
 
-double Distance(Point from, Point to) { return std::hypot(to.x - from.x, to.y - from.y); }
-
 /// A place beyond the edge of a patch; side is -1 before it and 1 behind it.
 Point Beyond(const J4Chart::Place& place, double margin, double side)
 {

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 
 #include "chart/colour/Colorimetry.h"
 #include "tools/Agreement.h"
 #include "tools/CrossedPatches.h"
+#include "tools/Formatted.h"
 #include "tools/LineFit.h"
 #include "tools/RowSpeed.h"
 #include "tools/ToolError.h"
@@ -45,15 +45,6 @@ constexpr double LargestMeanNoise = 0.005;
 /// instrument that was calibrated anew may make.
 constexpr size_t Rechecked = 4;
 constexpr double LargestRecheck = 5.0;
-
-double Length(Point vector) { return std::hypot(vector.x, vector.y); }
-
-std::string Text(const char* format, double value)
-{
-    char text[64];
-    std::snprintf(text, sizeof text, format, value);
-    return text;
-}
 
 /// The densities of what several samples make together; nothing where none were read.
 std::optional<J4Chart::Densities> DensitiesOf(const std::vector<J4Chart::Densities>& samples,
@@ -105,7 +96,7 @@ std::string RowReader::Fit(const RowPlan::Pass& pass, int carried, Readings& rea
     }
 
     // Where the chart was found, the row has to be found too.
-    const double length = Length({wide.end.x - wide.start.x, wide.end.y - wide.start.y});
+    const double length = Distance(wide.start, wide.end);
     const Point along{(wide.end.x - wide.start.x) / length, (wide.end.y - wide.start.y) / length};
     const Point middle{0.5 * (wide.start.x + wide.end.x), 0.5 * (wide.start.y + wide.end.y)};
     const Point found = expected.placement.Of(middle);
@@ -127,12 +118,12 @@ std::string RowReader::Fit(const RowPlan::Pass& pass, int carried, Readings& rea
         return "the edges of the patches can't be found";
     }
     if (fit.Remainder() > LargestRemainder && fit.Unexplained() > LargestUnexplained) {
-        return "what was seen does not look like the row: " + Text("%.0f %%", 100.0 * fit.Unexplained()) +
+        return "what was seen does not look like the row: " + Formatted("%.0f %%", 100.0 * fit.Unexplained()) +
                " of it is not explained";
     }
     if (fit.Residual() > LargestResidual || fit.WorstEdge() > LargestEdgeError) {
-        return "the edges of the patches are " + Text("%.2f mm", fit.Residual()) + " off, the worst " +
-               Text("%.2f mm", fit.WorstEdge());
+        return "the edges of the patches are " + Formatted("%.2f mm", fit.Residual()) + " off, the worst " +
+               Formatted("%.2f mm", fit.WorstEdge());
     }
     if (fit.Located() && fit.Distinctness() < LeastDistinctness) {
         return "it can't be told which of two places along the row is right";
@@ -278,7 +269,7 @@ std::string RowReader::Recheck(const Measurements& earlier)
         session.Move(expected.placement.Of(layout.Places()[chosen.patch].centre));
         const double off = Colorimetry::Distance(Colorimetry::Lab(session.Measure()), chosen.colour);
         if (off > LargestRecheck) {
-            return "patch " + layout.Patches()[chosen.patch].name + " now differs by " + Text("%.1f", off) +
+            return "patch " + layout.Patches()[chosen.patch].name + " now differs by " + Formatted("%.1f", off) +
                    " from what was measured of it before: another chart, or it lies otherwise";
         }
         for (Known& other : known) {
@@ -326,7 +317,7 @@ std::optional<PatchReading> RowReader::MeasureOne(size_t patch)
     double span = 0.0;
     for (const size_t i : group.members) {
         for (const size_t k : group.members) {
-            span = std::max(span, Length({spots[i].x - spots[k].x, spots[i].y - spots[k].y}));
+            span = std::max(span, Distance(spots[k], spots[i]));
         }
     }
     if (group.members.size() < spectra.size() &&

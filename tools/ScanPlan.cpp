@@ -28,8 +28,6 @@ constexpr double ScanOverhead = 0.8;  // s
 constexpr double SpotSeconds = 0.34;  // s, with the step to it
 constexpr double MoveSpeed = 300.0;   // mm/s
 
-double Length(Point vector) { return std::hypot(vector.x, vector.y); }
-
 double ShortestOf(const ChartLayout& layout, size_t row)
 {
     double shortest = std::numeric_limits<double>::infinity();
@@ -139,8 +137,7 @@ bool ScanPlan::CanBeRecognised(size_t row) const
         }
         if (i > 0) {
             const J4Chart::Place& before = layout.Places()[patches[i - 1]];
-            const double gap = Length({patch.centre.x - before.centre.x, patch.centre.y - before.centre.y}) -
-                               Length(patch.along) - Length(before.along);
+            const double gap = Distance(before.centre, patch.centre) - Length(patch.along) - Length(before.along);
             if (gap > WidestGap) {
                 return false;
             }
@@ -159,7 +156,7 @@ double ScanPlan::Seconds(size_t row, ReadingWay way, int speed, double margin) c
         return toTheRow + RowReader::FirstSpots * SpotSeconds * static_cast<double>(patches.size());
     }
     const RowPlan::Pass pass = RowPlan::Along(layout, row, margin, false);
-    const double length = Length({pass.end.x - pass.start.x, pass.end.y - pass.start.y});
+    const double length = Distance(pass.start, pass.end);
     return toTheRow + ScanOverhead + J4Chart::MotionProfile(length, speed, acceleration).Duration();
 }
 

@@ -9,11 +9,7 @@
 
 namespace J4Tool {
 
-namespace {
-
-double Distance(Point from, Point to) { return std::hypot(to.x - from.x, to.y - from.y); }
-
-}  // namespace
+namespace {}  // namespace
 
 ScanState Scanner::State(const Measurements& measurements) const
 {

@@ -13,6 +13,7 @@
 #include "tools/ChartFinder.h"
 #include "tools/ChartScan.h"
 #include "tools/DateText.h"
+#include "tools/Formatted.h"
 #include "tools/Interrupt.h"
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
@@ -227,9 +228,8 @@ private:
             return found;
         }
         layout.MoveTo(found.placement);
-        char residual[64];
-        std::snprintf(residual, sizeof residual, "%.2f mm", found.residual);
-        progress.Step("found: " + finder.Words(found) + " from where the layout has it; edges within " + residual);
+        progress.Step("found: " + finder.Words(found) + " from where the layout has it; edges within " +
+                      Formatted("%.2f mm", found.residual));
         found.placement = Placement{found.placement.middle, {}, 0.0, 1.0, 1.0};
         return found;
     }
