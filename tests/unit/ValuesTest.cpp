@@ -61,7 +61,8 @@ TEST(Position, FailuresChangeNothing)
     EXPECT_EQ(Thrown([&] { position.SetUnit(User, 0.0); }), noFactor);
     EXPECT_EQ(Thrown([&] { position.ConvertTo(User, 0.0); }), noFactor);
     EXPECT_EQ(Thrown([&] { position.Convert(1.0, User, 0.0); }), noFactor);
-    EXPECT_EQ(Thrown([&] { position.ConvertTo(UnknownUnit, 1.0); }), "CalculationProblemException: Unit not defined (2)")
+    EXPECT_EQ(Thrown([&] { position.ConvertTo(UnknownUnit, 1.0); }),
+              "CalculationProblemException: Unit not defined (2)")
         << "the object's own unit";
     EXPECT_EQ(Thrown([&] { foreign.Convert(1.0, Millimetre, 0.0); }),
               "CalculationProblemException: Unit not defined (7)");
