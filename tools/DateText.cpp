@@ -1,7 +1,10 @@
 #include "tools/DateText.h"
 
 #include <chrono>
-#include <cstdio>
+#include <iomanip>
+#include <locale>
+#include <sstream>
+#include <string_view>
 
 #include "chart/cgats/CgatsFields.h"
 
@@ -14,6 +17,24 @@ std::string Formatted(std::time_t seconds, const char* format)
     char text[64];
     const std::tm* parts = std::gmtime(&seconds);
     return parts == nullptr ? std::string() : std::string(text, std::strftime(text, sizeof text, format, parts));
+}
+
+/// Of a zone such as "Z" or "+01:00"; 0 for none.
+std::optional<int> MinutesEast(const std::string& zone)
+{
+    if (zone.empty() || zone == "Z") {
+        return 0;
+    }
+    constexpr std::string_view form = "+00:00";
+    bool fits = zone.size() == form.size() && (zone[0] == '+' || zone[0] == '-') && zone[3] == ':';
+    for (const size_t digit : {1, 2, 4, 5}) {
+        fits = fits && zone[digit] >= '0' && zone[digit] <= '9';
+    }
+    if (!fits) {
+        return std::nullopt;
+    }
+    const int minutes = 60 * std::stoi(zone.substr(1, 2)) + std::stoi(zone.substr(4, 2));
+    return zone[0] == '-' ? -minutes : minutes;
 }
 
 }  // namespace
@@ -33,29 +54,29 @@ std::string DateForFileName(std::time_t seconds) { return Formatted(seconds, "%Y
 
 std::string DateForPdf(std::time_t seconds) { return Formatted(seconds, "%Y%m%d%H%M%SZ"); }
 
-std::optional<std::time_t> ParseDate(const std::string& text)
+std::optional<std::time_t> ParseDate(const std::string& date)
 {
-    int year = 0;
-    unsigned month = 0, day = 0, hours = 0, minutes = 0, seconds = 0;
-    int end = 0;
-    const auto isWhole = [&] { return end > 0 && static_cast<size_t>(end) == text.size(); };
-    const bool hasTime = std::sscanf(text.c_str(), "%4d-%2u-%2uT%2u:%2u:%2uZ%n", &year, &month, &day, &hours, &minutes,
-                                     &seconds, &end) == 6 &&
-                         isWhole();
-    if (!hasTime) {
-        hours = minutes = seconds = 0;
-        end = 0;
-        if (std::sscanf(text.c_str(), "%4d-%2u-%2u%n", &year, &month, &day, &end) != 3 || !isWhole()) {
-            return std::nullopt;
+    for (const char* format : {"%Y-%m-%dT%H:%M:%S", "%Y-%m-%d %H:%M:%S", "%Y-%m-%d", "%a %b %d %H:%M:%S %Y"}) {
+        std::istringstream text(date);
+        text.imbue(std::locale::classic());
+        std::tm parts{};
+        if (!(text >> std::get_time(&parts, format))) {
+            continue;
+        }
+        const std::chrono::year_month_day day{std::chrono::year(parts.tm_year + 1900),
+                                              std::chrono::month(static_cast<unsigned>(parts.tm_mon + 1)),
+                                              std::chrono::day(static_cast<unsigned>(parts.tm_mday))};
+        std::string zone;
+        std::getline(text, zone);
+        const std::optional<int> east = MinutesEast(zone);
+        if (day.ok() && east) {
+            const std::chrono::seconds time =
+                std::chrono::sys_days(day).time_since_epoch() + std::chrono::hours(parts.tm_hour) +
+                std::chrono::minutes(parts.tm_min - *east) + std::chrono::seconds(parts.tm_sec);
+            return static_cast<std::time_t>(time.count());
         }
     }
-    const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
-    if (!date.ok() || hours > 23 || minutes > 59 || seconds > 59) {
-        return std::nullopt;
-    }
-    const std::chrono::sys_seconds time = std::chrono::sys_days(date) + std::chrono::hours(hours) +
-                                          std::chrono::minutes(minutes) + std::chrono::seconds(seconds);
-    return static_cast<std::time_t>(time.time_since_epoch().count());
+    return std::nullopt;
 }
 
 }  // namespace J4Tool

@@ -19,7 +19,9 @@ std::string DateForFileName(std::time_t seconds);
 /// For instance "20260301120000Z".
 std::string DateForPdf(std::time_t seconds);
 
-/// Reads "2026-03-01" or "2026-03-01T12:00:00Z"; nothing of any other text.
-std::optional<std::time_t> ParseDate(const std::string& text);
+/// The time of a text such as "2026-03-01T12:00:00Z", "2026-03-01 12:00:00+01:00", "2026-03-01" or "Sun Mar  1 12:00:00
+/// 2026"; without a zone it is taken as UTC.
+/// @return nothing for any other text
+std::optional<std::time_t> ParseDate(const std::string& date);
 
 }  // namespace J4Tool

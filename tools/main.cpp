@@ -145,6 +145,7 @@ int main(int argc, char** argv)
     AddJudgeCommand(app, context);
     AddReportCommand(app, context);
     AddSeriesCommands(app, context);
+    AddTrendCommand(app, context);
     const std::vector<std::string> words = Arguments(argc, argv, app);
     try {
         try {

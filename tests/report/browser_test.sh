@@ -171,20 +171,43 @@ end: Patch P100_100
 rows to choose: 100
 EXPECTED
 
+# Several measurements, given in another order than that of time; the last is lighter, which its curves show.
+for day in 3 1 2 4; do
+    chart 6 2 "0.00$((day == 4 ? 9 : 2 + day % 2))" |
+        sed "s/^CGATS.17/&\nCREATED \"2026-03-0${day}T12:00:00Z\"/" >"<b>$day.cgats"
+done
+chart 6 2 0 >trend-reference.cgats
+"$tool" trend '<b>3.cgats' '<b>1.cgats' '<b>4.cgats' '<b>2.cgats' --reference trend-reference.cgats --baseline 3 \
+    -o trend.html >/dev/null
+expect trend.html <<'EXPECTED'
+subject: 4 measurements of 12 patches, 2026-03-01T12:00:00Z to 2026-03-04T12:00:00Z, compared with trend-reference.cgats
+notices: The control limits are of 3 measurements only: they are rough.
+sideways: 
+curves: all patches: CIEDE2000, mean | all patches: CIEDE2000, 95th percentile | all patches: CIEDE2000, maximum
+curve plots: drawn drawn drawn
+rings: 1 1 1
+patch plots: 12 drawn
+patch table: 12
+order: <b>1.cgats <b>2.cgats <b>3.cgats <b>4.cgats
+EXPECTED
+grep -q '</script><script>console.error(1)</script>: ' trend.html.seen || fail "a name was changed"
+
 # On a phone. The browser makes no window that narrow, so the page stands in a frame.
-cat >phone.html <<'PAGE'
+for page in chart trend; do
+    cat >$page-phone.html <<PAGE
 <!DOCTYPE html><meta charset="utf-8"><link rel="icon" href="data:,">
-<body style="margin:0"><iframe src="probed-chart.html" width="320" height="2600" style="border:0"></iframe>
+<body style="margin:0"><iframe src="probed-$page.html" width="320" height="2600" style="border:0"></iframe>
 <script>addEventListener('message', event => {
     document.body.append(Object.assign(document.createElement('pre'), {id: 'seen', textContent: event.data}));
 });</script>
 PAGE
-browse phone.html --dump-dom --screenshot="$folder/phone.png" >phone.dom
-grep -qxF 'sideways: ' phone.dom || { grep 'sideways' phone.dom >&2; fail "the report does not fit a phone"; }
-grep -qxF 'travel plot: drawn' phone.dom || fail "the report does not draw itself on a phone"
+    browse $page-phone.html --dump-dom --screenshot="$folder/$page-phone.png" >phone.dom
+    grep -qxF 'sideways: ' phone.dom || { grep 'sideways' phone.dom >&2; fail "$page.html does not fit a phone"; }
+    grep -qE '^(travel plot: drawn|curve plots: drawn.*)$' phone.dom || fail "$page.html does not draw itself on a phone"
 
-browse probed-chart.html --blink-settings=preferredColorScheme=0 --screenshot="$folder/chart-dark.png" \
-    --no-pdf-header-footer --print-to-pdf="$folder/chart.pdf" >/dev/null
-! cmp -s chart.png chart-dark.png || fail "the dark scheme looks like the light one"
-[ -s chart.pdf ] || fail "the report can't be printed"
+    browse probed-$page.html --blink-settings=preferredColorScheme=0 --screenshot="$folder/$page-dark.png" \
+        --no-pdf-header-footer --print-to-pdf="$folder/$page.pdf" >/dev/null
+    ! cmp -s $page.png $page-dark.png || fail "the dark scheme of $page.html looks like the light one"
+    [ -s $page.pdf ] || fail "$page.html can't be printed"
+done
 rm -rf profile config cache

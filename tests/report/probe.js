@@ -27,7 +27,26 @@
         return colours.size > 3 ? 'drawn' : 'empty';
     };
 
-    const look = () => {
+    // What reaches beyond the window and lies in no box of its own that scrolls.
+    const seeSideways = () => see('sideways', [...document.body.querySelectorAll('*')].filter(node =>
+        !node.closest('.scroll, .plot') && node.getBoundingClientRect().right > innerWidth + 0.5).map(node =>
+        node.tagName + ' ' + node.id).join(', '));
+
+    const lookAtTrend = () => {
+        const list = selector => [...document.querySelectorAll(selector)];
+        see('subject', text('subject'));
+        see('notices', text('notices'));
+        seeSideways();
+        see('curves', list('#curves h3').map(node => node.textContent).join(' | '));
+        see('curve plots', list('#curves .plot').map(({id}) => inkOf(id)).join(' '));
+        see('rings', list('#glance tbody tr').map(row => row.lastElementChild.textContent).join(' '));
+        see('patch plots', list('#worst .plot').filter(({id}) => inkOf(id) === 'drawn').length + ' drawn');
+        see('patch table', rows('worst-table'));
+        see('patches', list('#worst h3').map(node => node.textContent).join(' | '));
+        see('order', list('#measurements tbody td:nth-child(2)').map(node => node.textContent).join(' '));
+    };
+
+    const lookAtReport = () => {
         see('subject', text('subject'));
         see('patches', options.length);
         see('names', options.slice(0, 4).map(option => option.getAttribute('aria-label')).join(' | '));
@@ -38,9 +57,7 @@
         see('limits', [...byId('verdict-table').querySelectorAll('tbody tr')].map(row =>
             [...row.cells].map(cell => cell.textContent.trim()).join(' ')).join(' | '));
         see('marks', options.filter(option => getComputedStyle(option, '::after').content !== 'none').length);
-        // What reaches beyond the window and lies in no box of its own that scrolls.
-        see('sideways', [...document.body.querySelectorAll('*')].filter(node => !node.closest('.scroll, .plot') &&
-            node.getBoundingClientRect().right > innerWidth + 0.5).map(node => node.tagName + ' ' + node.id).join(', '));
+        seeSideways();
         see('selected', text('patch-name') + ' ' + text('patch-figures'));
         for (const id of ['spectrum', 'histogram', 'travel']) {
             see(id + ' plot', inkOf(id));
@@ -84,12 +101,12 @@
 
     setTimeout(() => {
         try {
-            look();
+            (byId('curves') ? lookAtTrend : lookAtReport)();
         } catch (error) {
             see('failed', error);
         }
         setTimeout(() => {
-            see('travel table', rows('travel-table') > 0 ? 'filled' : 'empty');
+            see('travel table', byId('travel-table') && rows('travel-table') > 0 ? 'filled' : 'empty');
             const list = document.createElement('pre');
             list.id = 'probe';
             list.hidden = true;

@@ -622,6 +622,62 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(tool(words).returncode, code, words)
         self.assertFalse(os.path.exists("n.cgats"))
 
+    def test_a_trend_shows_many_measurements_in_the_order_of_time(self):
+        # Three patches, in four measurements that are given in another order than that of time.
+        fields = "CMYK_C CMYK_M CMYK_Y CMYK_K LAB_L LAB_A LAB_B"
+        wanted = {"paper": (0, 0, 0, 0, 95, 0, -2), "cyan": (100, 0, 0, 0, 55, -36, -50), "mix": (30, 40, 0, 0, 60, 20, -10)}
+        write("ref.cgats", labs([(name, *values) for name, values in wanted.items()], fields))
+        dates = ["2026-03-01", "2026-03-01T09:30:00+01:00", "Sun Mar  1 09:00:00 2026", "2026-03-02 00:00:00Z"]
+        shifts = [(0.5, 1, 0), (0.7, 1.4, 0.3), (0.4, 0.8, 0.2), (3, 4, 2)]
+        measured = []
+        for date, (l, a, b) in zip(dates, shifts):
+            measured.append({name: (v[4] - l, v[5] + a * (1 + (name == "mix")), v[6] + b) for name, v in wanted.items()})
+            write(f"m{len(measured) - 1}.cgats", labs([(name, *wanted[name][:4], *lab) for name, lab in measured[-1].items()],
+                                                      fields, f'CREATED "{date}"'))
+        write("tolerances.toml", '[[rule]]\nname = "ink"\npatches = "primaries"\nof = "lightness"\nmaximum = 2\n')
+        run = tool("trend m2.cgats m0.cgats m3.cgats m1.cgats --reference ref.cgats --baseline 3 -o t.html --json "
+                   "--tolerances tolerances.toml")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        told = json.loads(run.stdout)
+        self.assertEqual([entry["file"] for entry in told["measurements"]], [f"m{k}.cgats" for k in range(4)])
+        self.assertEqual([entry["verdict"] for entry in told["measurements"]], ["pass"] * 3 + ["fail"])
+        of = {name: [ciede2000(values[4:], each[name]) for each in measured] for name, values in wanted.items()}
+        every = [sorted(column) for column in zip(*of.values())]
+        expected = {("ink", "dL*, maximum"): [l for l, _, _ in shifts], ("paper", "CIEDE2000, maximum"): of["paper"],
+                    ("primaries", "CIEDE2000, maximum"): of["cyan"],
+                    ("all patches", "CIEDE2000, mean"): [sum(each) / 3 for each in every],
+                    ("all patches", "CIEDE2000, 95th percentile"): [0.1 * each[1] + 0.9 * each[2] for each in every],
+                    ("all patches", "CIEDE2000, maximum"): [each[2] for each in every]}
+        curves = {(curve["name"], curve["what"]): curve for curve in told["curves"]}
+        self.assertEqual(set(curves), set(expected))
+        for key, values in expected.items():
+            curve = curves[key]
+            for one, other in zip(curve["values"], values):
+                self.assertAlmostEqual(one, other, delta=1e-9)
+            mean = sum(values[:3]) / 3
+            reach = 2.66 * (abs(values[1] - values[0]) + abs(values[2] - values[1])) / 2
+            for limit, should in (("mean", mean), ("lower", max(0, mean - reach)), ("upper", mean + reach)):
+                self.assertAlmostEqual(curve["control"][limit], should, delta=1e-9)
+            self.assertEqual(curve["outside"], [3] if values[3] > mean + reach else [])
+        self.assertEqual(curves["ink", "dL*, maximum"]["limit"], 2)
+        self.assertEqual(curves["all patches", "CIEDE2000, mean"]["outside"], [3])
+        worst = max(of, key=lambda name: max(of[name]))
+        self.assertEqual(told["worst"][0]["patch"], worst)
+        self.assertEqual(len(told["worst"]), 3)
+
+        write("undated.cgats", content_of("ref.cgats"))
+        run = tool("trend m2.cgats undated.cgats m0.cgats --reference ref.cgats -o u.html")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        self.assertIn("in the order in which they were given: undated.cgats tells no date", run.stdout)
+        write("other.cgats", content_of("ref.cgats").replace("mix", "green"))
+        for words, code, reason in (("m0.cgats other.cgats --reference ref.cgats", FILE, "other.cgats: the patch 'mix' is missing"),
+                                    ("m0.cgats --reference ref.cgats", USAGE, "only one measurement"),
+                                    ("m0.cgats m1.cgats --reference ref.cgats --baseline 1", USAGE, "--baseline"),
+                                    ("m0.cgats m1.cgats --reference none.cgats", FILE, "none.cgats")):
+            run = tool(f"trend {words} -o n.html")
+            self.assertEqual((run.returncode, os.path.exists("n.html")), (code, False), words)
+            self.assertIn(reason, run.stderr)
+
     def test_white_bases_are_saved_before_they_are_replaced(self):
         backups = lambda: len([name for name in os.listdir() if name.startswith("whitebase-640001-")])
         self.assertEqual(tool("--virtual whitebase --save old.cgats").returncode, DONE)

@@ -22,6 +22,7 @@ void AddRescueCommand(CLI::App& app, ToolContext& context);
 void AddReportCommand(CLI::App& app, ToolContext& context);
 /// average, compare.
 void AddSeriesCommands(CLI::App& app, ToolContext& context);
+void AddTrendCommand(CLI::App& app, ToolContext& context);
 void AddJudgeCommand(CLI::App& app, ToolContext& context);
 
 }  // namespace J4Tool

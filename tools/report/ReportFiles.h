@@ -1,4 +1,4 @@
-// The files of the report's page, built into the program.
+// The files of the pages, built into the program.
 #pragma once
 
 #include <string_view>
@@ -8,6 +8,11 @@ namespace J4Tool {
 extern const std::string_view pageTemplate;
 extern const std::string_view pageStyle;
 extern const std::string_view pageScript;
+extern const std::string_view reportBody;
+extern const std::string_view reportScript;
+extern const std::string_view trendBody;
+extern const std::string_view trendStyle;
+extern const std::string_view trendScript;
 extern const std::string_view plotStyle;
 extern const std::string_view plotScript;
 extern const std::string_view plotLicence;

@@ -3,65 +3,12 @@
 (function () {
     'use strict';
 
-    const data = JSON.parse(document.getElementById('report-data').textContent);
+    const {data, byId, figure, colourOf, element, table, swatch, plots, plot, keepDrawn} = kit;
     const bands = Array.from({length: 36}, (_, i) => 380 + 10 * i);
     const patchesOnPage = 250;
-    const paperWidth = 640;  // pixels that fit on upright A4 and Letter
-    const byId = id => document.getElementById(id);
-    const figure = (value, digits = 2) => value == null ? '–' : value.toFixed(digits);
     // Differences that are all tiny are told apart by more decimals.
     const largest = Math.max(0, ...data.formulas.map(formula => formula.maximum));
     const differenceText = value => figure(value, largest >= 0.1 ? 2 : 4);
-    const colourOf = name => getComputedStyle(document.documentElement).getPropertyValue(name).trim();
-
-    // attributes: class, style properties that start with "--", and any attribute
-    function element(tag, attributes = {}, ...children) {
-        const made = document.createElement(tag);
-        for (const [name, value] of Object.entries(attributes)) {
-            if (name.startsWith('--') || name === 'background') {
-                made.style.setProperty(name, value);
-            } else {
-                made.setAttribute(name, value);
-            }
-        }
-        made.append(...children);
-        return made;
-    }
-
-    // Columns: {head, text (left-aligned), cell(row) giving a text or a node}
-    function table(caption, columns, rows) {
-        const kind = column => column.text ? {class: 'text'} : {};
-        return element('table', {}, element('caption', {}, caption),
-            element('thead', {}, element('tr', {},
-                ...columns.map(column => element('th', {scope: 'col', ...kind(column)}, column.head)))),
-            element('tbody', {}, ...rows.map(row => element('tr', {}, ...columns.map((column, i) => i === 0
-                ? element('th', {scope: 'row', ...kind(column)}, column.cell(row))
-                : element('td', kind(column), column.cell(row)))))));
-    }
-
-    function swatch(side) {
-        return side ? element('span', {class: 'swatch', background: side.colour}) : '';
-    }
-
-    // --- plots: kept in a list, so that they are drawn anew for another width, scheme or for paper
-
-    const plots = new Map();
-    function plot(id, height, options, values) {
-        plots.get(id)?.made.destroy();
-        const place = byId(id);
-        const width = onPaper ? paperWidth : Math.max(200, place.clientWidth);
-        const axis = (axisOptions, index) => ({
-            stroke: colourOf('--text'), grid: {stroke: colourOf('--grid'), width: 1},
-            ticks: {stroke: colourOf('--line'), width: 1}, font: '12px system-ui, "DejaVu Sans", sans-serif',
-            labelFont: '13px system-ui, "DejaVu Sans", sans-serif', labelSize: 20, labelGap: 0,
-            size: index === 0 ? 34 : 50, ...axisOptions});
-        const made = new uPlot({width, height, ...options, axes: options.axes.map(axis)}, values, place);
-        const drawing = made.root.querySelector('.u-wrap');
-        drawing.setAttribute('role', 'img');
-        drawing.setAttribute('aria-label', options.description + '; the table below has its figures');
-        plots.set(id, {made, width});
-    }
-    let onPaper = false;
 
     // --- one patch
 
@@ -620,17 +567,5 @@
     select(data.formulas[0]?.worst[0] ?? 0, false);
     drawPlots();
 
-    matchMedia('(prefers-color-scheme: dark)').addEventListener('change', drawPlots);
-    const setPaper = paper => {
-        onPaper = paper;
-        document.documentElement.classList.toggle('on-paper', paper);
-        drawPlots();
-    };
-    addEventListener('beforeprint', () => setPaper(true));
-    addEventListener('afterprint', () => setPaper(false));
-    let waiting = 0;
-    addEventListener('resize', () => {
-        clearTimeout(waiting);
-        waiting = setTimeout(drawPlots, 150);
-    });
+    keepDrawn(drawPlots);
 })();

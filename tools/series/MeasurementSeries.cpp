@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <numeric>
-#include <optional>
 
-#include "chart/ChartReader.h"
+#include "chart/cgats/CgatsError.h"
 #include "chart/cgats/CgatsFields.h"
-#include "chart/cgats/CgatsFile.h"
+#include "tools/ColourFile.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -20,18 +18,6 @@ using J4Chart::Chart;
 using J4Chart::Patch;
 
 using Index = std::map<std::string, size_t>;
-
-Chart Read(const std::string& file, bool spectra)
-{
-    J4Chart::ChartReader::Wanted wanted;
-    wanted.spectra = spectra;
-    wanted.colours = !spectra;
-    Chart chart = J4Chart::ChartReader::Read(J4Chart::CgatsFile::Read(file), wanted);
-    if (chart.patches.empty()) {
-        throw CgatsError(0, "there are no patches");
-    }
-    return chart;
-}
 
 Index IndexOf(const Chart& chart)
 {
@@ -107,18 +93,12 @@ void Match(const Chart& first, Chart& other)
 MeasurementSeries::MeasurementSeries(const std::vector<std::string>& files, bool spectra)
 {
     for (const std::string& file : files) {
-        std::optional<Measurement> measurement;
-        try {
-            measurement = Measurement{file, Read(file, spectra)};
-        } catch (const CgatsError& error) {
-            throw ToolError(ExitCode::File, file + ": " + error.what(),
-                            spectra
-                                ? "A measurement has SAMPLE_NAME or SAMPLE_ID and a spectrum for each patch."
-                                : "A measurement has SAMPLE_NAME or SAMPLE_ID and for each patch a spectrum, LAB or "
-                                  "XYZ values.");
+        ColourFile read = ColourFile::Load(file);
+        if (spectra && !read.chart.patches.front().spectrum) {
+            throw ToolError(ExitCode::File, file + ": the patches have no spectra", "Colours can't be averaged alone.");
         }
         try {
-            Add(std::move(*measurement));
+            Add({file, read.name, std::move(read.chart)});
         } catch (const CgatsError& error) {
             throw ToolError(ExitCode::File,
                             file + ": " + error.what() + (measurements.empty() ? "" : ", unlike in " + files.front()),

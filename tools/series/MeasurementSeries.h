@@ -13,6 +13,7 @@ class MeasurementSeries {
 public:
     struct Measurement {
         std::string file;
+        std::string name;      ///< of the file, without folders
         J4Chart::Chart chart;  ///< every patch has a colour; the patches are in the order of the first file
     };
 

@@ -1,0 +1,180 @@
+#include "tools/report/TrendData.h"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+
+#include "chart/colour/ColourDifference.h"
+#include "tools/DateText.h"
+#include "tools/Plural.h"
+#include "tools/judge/Judgement.h"
+#include "tools/judge/JudgementText.h"
+
+namespace J4Tool {
+
+namespace {
+
+using J4Chart::Chart;
+
+/// What is looked at whatever is tolerated: rules that everything holds.
+Tolerances UsualFigures()
+{
+    constexpr double any = std::numeric_limits<double>::infinity();
+    Tolerances figures;
+    figures.subset = true;
+    const auto add = [&](const char* name, const char* part, Tolerances::Quantity quantity, auto... statistics) {
+        Tolerances::Rule& rule = figures.rules.emplace_back();
+        rule.name = name;
+        rule.patches = *PatchGroup::OfPart(part);
+        rule.quantity = quantity;
+        rule.optional = true;
+        ((rule.limits[static_cast<size_t>(statistics)] = any), ...);
+    };
+    using Quantity = Tolerances::Quantity;
+    using Statistic = Tolerances::Statistic;
+    add("all patches", "all", Quantity::Difference, Statistic::Mean, Statistic::Percentile95, Statistic::Maximum);
+    add("paper", "paper", Quantity::Difference, Statistic::Maximum);
+    add("primaries", "primaries", Quantity::Difference, Statistic::Maximum);
+    add("grey balance", "greys", Quantity::Grey, Statistic::Mean);
+    return figures;
+}
+
+}  // namespace
+
+TrendData::TrendData(const MeasurementSeries& series, const ColourFile& reference, const Tolerances* tolerances,
+                     size_t baseline)
+    : referenceName(reference.name),
+      patchCount(series.Patches().size()),
+      baseline(std::min(baseline, series.Measurements().size()))
+{
+    std::vector<const Chart*> charts;
+    for (const size_t index : TakeMeasurements(series)) {
+        charts.push_back(&series.Measurements()[index].chart);
+    }
+    if (tolerances != nullptr) {
+        TakeCurves(charts, reference.chart, *tolerances, true);
+        for (size_t i = 0; i < charts.size(); ++i) {
+            measurements[i].verdict = VerdictText(Judgement(*tolerances, *charts[i], reference.chart).Overall());
+        }
+    }
+    TakeCurves(charts, reference.chart, UsualFigures(), false);
+    TakeWorst(charts, reference.chart);
+    constexpr size_t fewest = 5;
+    if (this->baseline < fewest) {
+        notices.push_back("The control limits are of " + Plural(this->baseline, "measurement") +
+                          " only: they are rough.");
+    }
+}
+
+std::vector<size_t> TrendData::TakeMeasurements(const MeasurementSeries& series)
+{
+    std::vector<Measurement> given;
+    const Measurement* undated = nullptr;
+    for (const MeasurementSeries::Measurement& measurement : series.Measurements()) {
+        const std::string date = measurement.chart.Condition("CREATED");
+        given.push_back({measurement.name, date, ParseDate(date), ""});
+    }
+    for (const Measurement& measurement : given) {
+        undated = undated == nullptr && !measurement.time ? &measurement : undated;
+    }
+    std::vector<size_t> order(given.size());
+    std::iota(order.begin(), order.end(), size_t{0});
+    dated = undated == nullptr;
+    if (dated) {
+        std::stable_sort(order.begin(), order.end(),
+                         [&](size_t first, size_t second) { return *given[first].time < *given[second].time; });
+    } else {
+        notices.push_back("The measurements are in the order in which they were given: " + undated->name +
+                          (undated->date.empty()
+                               ? " tells no date (CREATED)."
+                               : " tells a date that can't be read (CREATED \"" + undated->date + "\")."));
+    }
+    for (const size_t index : order) {
+        measurements.push_back(given[index]);
+    }
+    return order;
+}
+
+void TrendData::TakeCurves(const std::vector<const Chart*>& charts, const Chart& reference, const Tolerances& rules,
+                           bool haveLimits)
+{
+    std::vector<Curve> found;
+    for (const Chart* chart : charts) {
+        const Judgement judgement(rules, *chart, reference);
+        found.resize(judgement.Lines().size());
+        for (size_t i = 0; i < found.size(); ++i) {
+            const Judgement::Line& line = judgement.Lines()[i];
+            found[i].name = line.rule.name;
+            found[i].what = line.What();
+            found[i].patches = line.patches;
+            found[i].limit = haveLimits ? std::optional(line.limit) : std::nullopt;
+            found[i].values.push_back(line.value);
+        }
+    }
+    for (Curve& curve : found) {
+        const bool isKnown =
+            std::any_of(curve.values.begin(), curve.values.end(), [](const auto& value) { return value; });
+        const bool isThere = std::any_of(curves.begin(), curves.end(), [&](const Curve& other) {
+            return other.what == curve.what && other.patches == curve.patches && other.values == curve.values;
+        });
+        if (haveLimits || (isKnown && !isThere)) {
+            FindOutside(curve);
+            curves.push_back(std::move(curve));
+        }
+    }
+}
+
+void TrendData::FindOutside(Curve& curve) const
+{
+    std::vector<double> first;
+    for (size_t i = 0; i < baseline; ++i) {
+        if (curve.values[i]) {
+            first.push_back(*curve.values[i]);
+        }
+    }
+    curve.control = ControlLimits::Of(first);
+    if (!curve.control) {
+        return;
+    }
+    curve.control->lower = std::max(0.0, curve.control->lower);
+    for (size_t i = 0; i < curve.values.size(); ++i) {
+        if (curve.values[i] && !curve.control->Has(*curve.values[i])) {
+            curve.outside.push_back(i);
+        }
+    }
+}
+
+void TrendData::TakeWorst(const std::vector<const Chart*>& charts, const Chart& reference)
+{
+    constexpr size_t shown = 12;
+    const PatchMatch match = MatchPatches(*charts.front(), reference);
+    std::vector<std::pair<double, size_t>> largest;
+    for (size_t i = 0; i < match.size(); ++i) {
+        double difference = 0.0;
+        for (const Chart* chart : charts) {
+            difference = !match[i] ? -1.0
+                                   : std::max(difference,
+                                              J4Chart::ColourDifference::Ciede2000(
+                                                  *reference.patches[*match[i]].Colour(), *chart->patches[i].Colour()));
+        }
+        if (match[i]) {
+            largest.emplace_back(difference, i);
+        }
+    }
+    std::stable_sort(largest.begin(), largest.end(),
+                     [](const auto& first, const auto& second) { return first.first > second.first; });
+    largest.resize(std::min(shown, largest.size()));
+    for (const auto& [difference, patch] : largest) {
+        const J4Chart::Colorimetry::Triple wanted = *reference.patches[*match[patch]].Colour();
+        PatchCurve curve = {charts.front()->patches[patch].name,
+                            J4Chart::ScreenColourOf(wanted),
+                            J4Chart::ScreenColourOf(*charts.back()->patches[patch].Colour()),
+                            {}};
+        for (const Chart* chart : charts) {
+            curve.values.push_back(J4Chart::ColourDifference::Ciede2000(wanted, *chart->patches[patch].Colour()));
+        }
+        worst.push_back(std::move(curve));
+    }
+}
+
+}  // namespace J4Tool
