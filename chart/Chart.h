@@ -60,6 +60,7 @@ struct Chart {
     size_t table = 0;  ///< which one of its file
     Conditions conditions;
     std::vector<std::string> deviceFields;  ///< for instance "CMYK_C"
+    BandRange bands;                        ///< that the file's spectra have; the others repeat the nearest of them
     std::vector<Patch> patches;
     std::vector<Place> places;        ///< one for each patch, or none at all
     std::vector<RowPlace> rowPlaces;  ///< one for each patch, or none at all

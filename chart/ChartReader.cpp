@@ -14,6 +14,8 @@
 
 #include "chart/cgats/CgatsError.h"
 #include "chart/cgats/CgatsFields.h"
+#include "chart/cgats/SpectralColumns.h"
+#include "chart/colour/ColourConditions.h"
 
 namespace J4Chart {
 
@@ -175,36 +177,36 @@ FieldGroup<Count> FindGroup(const CgatsTable& table, const std::array<std::strin
 class SpectralFields {
 public:
     explicit SpectralFields(const CgatsTable& table)
-        : group(Names(), FindSpectralFields(table)),
+        : columns(table),
           norm(OneNumber(table, "SPECTRAL_NORM", diffuser).value_or(1.0)),
           scale(norm == 1.0 ? " (percentages need SPECTRAL_NORM \"100\")"
                             : " (SPECTRAL_NORM is " + NumberText(norm) + ")")
     {}
 
-    const FieldGroup<SpectrumLength>& Group() const { return group; }
+    /// True when there are spectra.
+    explicit operator bool() const { return columns.Fault().empty(); }
+
+    const SpectralColumns& Columns() const { return columns; }
 
     Spectrum Read(const CgatsTable& table, const CgatsTable::Row& row) const
     {
         const Range range = {ChartReader::LowestReflectance * norm, ChartReader::HighestReflectance * norm,
                              "a reflectance factor", scale.c_str()};
-        const auto values = group.Read(table, row, range);
-        Spectrum spectrum{};
-        std::transform(values.begin(), values.end(), spectrum.begin(),
-                       [this](double value) { return static_cast<float>(value / norm); });
-        return spectrum;
+        std::vector<double> values;
+        values.reserve(columns.Columns().size());
+        for (const SpectralColumns::Column& column : columns.Columns()) {
+            const std::string& text = row.values[column.field];
+            double value = 0.0;
+            if (!range.Takes(text, value)) {
+                Refuse(row.line, table.fields[column.field], text, range.Text());
+            }
+            values.push_back(value / norm);
+        }
+        return columns.SpectrumOf(values);
     }
 
 private:
-    static std::array<std::string, SpectrumLength> Names()
-    {
-        std::array<std::string, SpectrumLength> names;
-        for (size_t band = 0; band < names.size(); ++band) {
-            names[band] = SpectralField(band);
-        }
-        return names;
-    }
-
-    FieldGroup<SpectrumLength> group;
+    SpectralColumns columns;
     double norm;  ///< what the table writes for the perfect diffuser
     std::string scale;
 };
@@ -219,15 +221,6 @@ void RequireEachOnce(const std::vector<std::string>& fields)
             throw CgatsError(0, "the field " + field + " stands there twice");
         }
     }
-}
-
-bool IsDeviceField(const std::string& field)
-{
-    const auto starts = [&field](const char* prefix) { return field.starts_with(prefix); };
-    const bool manyInks = field.size() > 5 && std::isxdigit(static_cast<unsigned char>(field[0])) != 0 &&
-                          field.compare(1, 4, "CLR_") == 0;
-    const bool spot = starts("SPOT_") && field.find_first_not_of("0123456789", 5) == std::string::npos;
-    return starts("RGB_") || starts("CMY_") || starts("CMYK_") || starts("GRAY") || manyInks || spot;
 }
 
 class TableReader {
@@ -246,6 +239,7 @@ public:
           lab(FindGroup<3>(table, {"LAB_L", "LAB_A", "LAB_B"})),
           xyz(FindGroup<3>(table, {"XYZ_X", "XYZ_Y", "XYZ_Z"})),
           grid(wanted.grid),
+          coloursWanted(wanted.colours),
           asGrid(wanted.grid.rows || wanted.grid.columns || !places.Any())
     {
         FillCount(table, "LAYOUT_ROWS", grid.rows);
@@ -272,7 +266,11 @@ public:
         }
         chart.paper = Paper();
         chart.blemishes = Blemishes();
+        chart.bands = spectra ? spectra.Columns().Bands() : BandRange();
         std::copy_if(table.fields.begin(), table.fields.end(), std::back_inserter(chart.deviceFields), IsDeviceField);
+        if (coloursWanted && !spectra) {
+            RequireUsualColours(chart.conditions);
+        }
         const bool atCorner = IsAtCorner();
         const double rotation = OneNumber(table, "LAYOUT_ROTATION", angle).value_or(0.0) * std::numbers::pi / 180.0;
         chart.patches.reserve(table.rows.size());
@@ -306,10 +304,17 @@ private:
                 return fault;
             }
         }
-        if (wanted.spectra && !spectra.Group()) {
-            return spectra.Group().Missing();
+        if (wanted.spectra) {
+            const std::string& lack = wanted.otherBands ? spectra.Columns().Fault() : spectra.Columns().Missing();
+            if (!lack.empty()) {
+                return lack;
+            }
         }
-        return wanted.colours && !spectra.Group() && !lab && !xyz ? "no patches with spectra, LAB or XYZ values" : "";
+        if (!wanted.colours || spectra || lab || xyz) {
+            return {};
+        }
+        return spectra.Columns().Columns().empty() ? "no patches with spectra, LAB or XYZ values"
+                                                   : spectra.Columns().Fault();
     }
 
     /// One factor, or 36 in order of wavelength.
@@ -355,6 +360,17 @@ private:
         return origin != nullptr && origin->value == "CORNER";
     }
 
+    /// Colours that no spectrum tells are taken as they are, so they have to be what all others are.
+    void RequireUsualColours(const Chart::Conditions& conditions) const
+    {
+        const auto stated = ColourConditions::StatedBy(conditions);
+        if (stated && !stated->AreUsual()) {
+            throw CgatsError(table.FindKeyword("WEIGHTING_FUNCTION")->line,
+                             "the colours are for " + stated->Words() + ", and there are no spectra; those for " +
+                                 ColourConditions().Words() + " are wanted");
+        }
+    }
+
     Patch ReadPatch(const CgatsTable::Row& row) const
     {
         const auto text = [&row](int field) {
@@ -369,7 +385,7 @@ private:
                 patch.device.push_back(row.values[field]);
             }
         }
-        if (spectra.Group()) {
+        if (spectra) {
             patch.spectrum = spectra.Read(table, row);
         }
         if (way >= 0 && reading) {
@@ -414,6 +430,7 @@ private:
     FieldGroup<3> lab;
     FieldGroup<3> xyz;
     Grid grid;
+    bool coloursWanted;
     bool asGrid;  ///< the patches lie as the grid says
     std::string missing;
 };

@@ -17,6 +17,9 @@ public:
         bool spectra = false;  ///< all 36 bands
         bool colours = false;  ///< spectra, Lab or XYZ
 
+        /// With spectra: also those of other wavelengths that cover 400 to 700 nm (SpectralColumns).
+        bool otherBands = false;
+
         /// Goes before the keywords of the file, with a number of rows or columns also before its places.
         Grid grid;
 

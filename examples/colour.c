@@ -15,7 +15,7 @@ Lab LabOfSpectrum(const float* spectrum)
     double x = 0.0, y = 0.0, z = 0.0;
     double whiteX = 0.0, whiteY = 0.0, whiteZ = 0.0;
     for (int band = 0; band < CieBands; ++band) {
-        const CieBand* weight = &cieTable[band];
+        const CieRow* weight = &cieTable[CieRowsPerBand * band];
         x += weight->d50 * weight->x * spectrum[band];
         y += weight->d50 * weight->y * spectrum[band];
         z += weight->d50 * weight->z * spectrum[band];

@@ -143,6 +143,7 @@ int main(int argc, char** argv)
     AddWhitebaseCommand(app, context);
     AddRescueCommand(app, context);
     AddJudgeCommand(app, context);
+    AddConvertCommand(app, context);
     AddReportCommand(app, context);
     AddSeriesCommands(app, context);
     AddTrendCommand(app, context);

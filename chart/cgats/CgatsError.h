@@ -1,4 +1,4 @@
-// What is wrong with a CGATS file, and where.
+// What is wrong with a file of a chart, which is a CGATS file as a rule, and where.
 #pragma once
 
 #include <stdexcept>

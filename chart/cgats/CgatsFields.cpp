@@ -1,17 +1,22 @@
 #include "chart/cgats/CgatsFields.h"
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
+
+#include "chart/colour/Spectrum.h"
 
 namespace J4Chart {
 
 namespace {
 
-template <class T>
-std::string ShortestText(T value)
+/// @param form  general where none is given: the shorter of the two
+template <class T, class... Form>
+std::string ShortestText(T value, Form... form)
 {
-    char text[64];
-    const auto [end, failure] = std::to_chars(text, text + sizeof text, value);
+    char text[400];
+    const auto [end, failure] = std::to_chars(text, text + sizeof text, value, form...);
     return failure == std::errc() ? std::string(text, end) : std::string();
 }
 
@@ -29,12 +34,19 @@ std::string NumberText(double value) { return ShortestText(value); }
 
 std::string NumberText(float value) { return ShortestText(value); }
 
+std::string PlainNumberText(double value) { return ShortestText(value, std::chars_format::fixed); }
+
+std::string PlainNumberText(float value) { return ShortestText(value, std::chars_format::fixed); }
+
 int WavelengthOf(const std::string& field)
 {
+    std::string name = field;
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](unsigned char character) { return static_cast<char>(std::toupper(character)); });
     for (const char* prefix : {"SPECTRAL_NM_", "SPECTRAL_NM", "SPECTRAL_", "SPEC_", "NM_", "NM"}) {
         const std::string start = prefix;
         double wavelength = 0.0;
-        if (field.starts_with(start) && ParseNumber(field.substr(start.size()), wavelength)) {
+        if (name.starts_with(start) && ParseNumber(name.substr(start.size()), wavelength)) {
             const bool usable = wavelength == std::floor(wavelength) && wavelength >= 0.0 && wavelength < 1e6;
             return usable ? static_cast<int>(wavelength) : -1;
         }
@@ -42,22 +54,18 @@ int WavelengthOf(const std::string& field)
     return -1;
 }
 
-std::string SpectralField(size_t band)
+std::string SpectralField(size_t band, const std::string& prefix)
 {
-    return "SPECTRAL_NM" + std::to_string(FirstWavelength + WavelengthStep * static_cast<int>(band));
+    return prefix + std::to_string(FirstWavelength + WavelengthStep * static_cast<int>(band));
 }
 
-std::array<int, SpectrumLength> FindSpectralFields(const CgatsTable& table)
+bool IsDeviceField(const std::string& field)
 {
-    std::array<int, SpectrumLength> bands;
-    bands.fill(-1);
-    for (size_t i = 0; i < table.fields.size(); ++i) {
-        const int fromFirst = WavelengthOf(table.fields[i]) - FirstWavelength;
-        if (fromFirst >= 0 && fromFirst % WavelengthStep == 0 && fromFirst / WavelengthStep < SpectrumLength) {
-            bands[static_cast<size_t>(fromFirst / WavelengthStep)] = static_cast<int>(i);
-        }
-    }
-    return bands;
+    const auto starts = [&field](const char* prefix) { return field.starts_with(prefix); };
+    const bool manyInks = field.size() > 5 && std::isxdigit(static_cast<unsigned char>(field[0])) != 0 &&
+                          field.compare(1, 4, "CLR_") == 0;
+    const bool spot = starts("SPOT_") && field.find_first_not_of("0123456789", 5) == std::string::npos;
+    return starts("RGB_") || starts("CMY_") || starts("CMYK_") || starts("GRAY") || manyInks || spot;
 }
 
 }  // namespace J4Chart

@@ -1,11 +1,8 @@
 // What the fields of a CGATS table are called, and the texts of numbers in it.
 #pragma once
 
-#include <array>
+#include <cstddef>
 #include <string>
-
-#include "chart/cgats/CgatsTable.h"
-#include "chart/colour/Spectrum.h"
 
 namespace J4Chart {
 
@@ -16,14 +13,18 @@ bool ParseNumber(const std::string& text, double& value);
 std::string NumberText(double value);
 std::string NumberText(float value);
 
-/// The wavelength in nanometres that a field name such as "SPECTRAL_NM380", "NM_380" or "SPEC_380" stands for;
-/// -1 for any other field.
+/// The same without an exponent, which not every reader takes.
+std::string PlainNumberText(double value);
+std::string PlainNumberText(float value);
+
+/// The wavelength in nanometres that a field name such as "SPECTRAL_NM380", "nm380" or "SPEC_380" stands for, in
+/// capitals or not; -1 for any other field.
 int WavelengthOf(const std::string& field);
 
 /// Name of the field for a band, "SPECTRAL_NM380" for 0.
-std::string SpectralField(size_t band);
+std::string SpectralField(size_t band, const std::string& prefix = "SPECTRAL_NM");
 
-/// The field of each band of the spectrum; -1 where the table has none.
-std::array<int, SpectrumLength> FindSpectralFields(const CgatsTable& table);
+/// Whether a field holds an ink or screen value, for instance "CMYK_C" or "6CLR_1".
+bool IsDeviceField(const std::string& field);
 
 }  // namespace J4Chart

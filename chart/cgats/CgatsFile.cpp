@@ -288,7 +288,7 @@ std::string NameText(const std::string& name, const char* what, int line)
 }
 
 /// @param sets  how many rows will follow; nothing where that is not known yet
-void WriteHead(const CgatsTable& table, std::optional<size_t> sets, std::ostream& output)
+void WriteHead(const CgatsTable& table, std::optional<size_t> sets, char separator, std::ostream& output)
 {
     output << (table.kind.empty() ? "CGATS.17" : NameText(table.kind, "kind of table", 0)) << "\n";
     for (const CgatsTable::Keyword& keyword : table.keywords) {
@@ -303,7 +303,7 @@ void WriteHead(const CgatsTable& table, std::optional<size_t> sets, std::ostream
     }
     output << "NUMBER_OF_FIELDS " << table.fields.size() << "\nBEGIN_DATA_FORMAT\n";
     for (size_t i = 0; i < table.fields.size(); ++i) {
-        output << (i > 0 ? "\t" : "") << NameText(table.fields[i], "field", table.fieldsLine);
+        output << (i > 0 ? std::string(1, separator) : "") << NameText(table.fields[i], "field", table.fieldsLine);
     }
     output << "\nEND_DATA_FORMAT\n";
     if (sets) {
@@ -315,14 +315,7 @@ void WriteHead(const CgatsTable& table, std::optional<size_t> sets, std::ostream
 /// @param back  what was read of what had been written
 void RequireSame(const CgatsTable& table, const CgatsTable& back)
 {
-    if (back.fields != table.fields || back.rows.size() != table.rows.size()) {
-        throw CgatsError(table.fieldsLine, "the table reads back as another one");
-    }
-    for (size_t i = 0; i < table.rows.size(); ++i) {
-        if (back.rows[i].values != table.rows[i].values) {
-            throw CgatsError(table.rows[i].line, "the data set reads back as another one");
-        }
-    }
+    table.RequireSameRows(back);
     for (const CgatsTable::Keyword& keyword : table.keywords) {
         if (!IsCount(keyword.name) && back.ValueOf(keyword.name) != table.ValueOf(keyword.name)) {
             throw CgatsError(keyword.line, "the keyword " + keyword.name + " reads back as another one");
@@ -351,27 +344,27 @@ CgatsFile CgatsFile::Read(const std::string& fileName)
 std::string CgatsFile::HeadText(const CgatsTable& table)
 {
     std::ostringstream text;
-    WriteHead(table, std::nullopt, text);
+    WriteHead(table, std::nullopt, '\t', text);
     return text.str();
 }
 
-std::string CgatsFile::RowText(const CgatsTable::Row& row)
+std::string CgatsFile::RowText(const CgatsTable::Row& row, char separator)
 {
     std::string text;
     for (const std::string& value : row.values) {
-        text += (text.empty() ? "" : "\t") + ValueText(value, row.line);
+        text += (text.empty() ? "" : std::string(1, separator)) + ValueText(value, row.line);
     }
     return text + "\n";
 }
 
-std::string CgatsFile::Text() const
+std::string CgatsFile::Text(char separator) const
 {
     std::ostringstream output;
     for (size_t i = 0; i < tables.size(); ++i) {
         output << (i > 0 ? "\n" : "");
-        WriteHead(tables[i], tables[i].rows.size(), output);
+        WriteHead(tables[i], tables[i].rows.size(), separator, output);
         for (const CgatsTable::Row& row : tables[i].rows) {
-            output << RowText(row);
+            output << RowText(row, separator);
         }
         output << "END_DATA\n";
     }

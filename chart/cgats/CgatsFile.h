@@ -21,9 +21,10 @@ public:
     static CgatsFile Read(const std::string& fileName);
 
     /// All tables in the form that the common readers take: counts first, keywords that are not of the standard
-    /// announced by KEYWORD, values in quotes, tabs between the values of a row. It has been read back, and is the same.
+    /// announced by KEYWORD, values in quotes. It has been read back, and is the same.
+    /// @param separator  between fields and between the values of a row, a tab or a blank
     /// @throws CgatsError for a text that no file can hold, with the line it came from
-    std::string Text() const;
+    std::string Text(char separator = '\t') const;
 
     /// A table up to BEGIN_DATA, without the number of sets, for a file that grows row by row.
     /// @throws CgatsError as Text()
@@ -31,7 +32,7 @@ public:
 
     /// One row as it stands in a file, with the end of its line.
     /// @throws CgatsError as Text()
-    static std::string RowText(const CgatsTable::Row& row);
+    static std::string RowText(const CgatsTable::Row& row, char separator = '\t');
 
     const std::vector<CgatsTable>& Tables() const { return tables; }
     void Add(CgatsTable table) { tables.push_back(std::move(table)); }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "chart/cgats/CgatsError.h"
+
 namespace J4Chart {
 
 const CgatsTable::Keyword* CgatsTable::FindKeyword(const std::string& name) const
@@ -32,6 +34,18 @@ int CgatsTable::FindField(const std::string& name) const
 {
     const auto found = std::find(fields.begin(), fields.end(), name);
     return found == fields.end() ? -1 : static_cast<int>(found - fields.begin());
+}
+
+void CgatsTable::RequireSameRows(const CgatsTable& back) const
+{
+    if (back.fields != fields || back.rows.size() != rows.size()) {
+        throw CgatsError(fieldsLine, "the table reads back as another one");
+    }
+    for (size_t i = 0; i < rows.size(); ++i) {
+        if (back.rows[i].values != rows[i].values) {
+            throw CgatsError(rows[i].line, "the data set reads back as another one");
+        }
+    }
 }
 
 }  // namespace J4Chart

@@ -36,6 +36,10 @@ struct CgatsTable {
 
     /// Index of a field; -1 where there is none.
     int FindField(const std::string& name) const;
+
+    /// @param back  what was read of what had been written
+    /// @throws CgatsError where its fields or rows are others, with the line that they came from
+    void RequireSameRows(const CgatsTable& back) const;
 };
 
 }  // namespace J4Chart

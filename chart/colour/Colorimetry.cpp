@@ -12,7 +12,7 @@ Triple WeightedSums(const Spectrum& reflectance)
     Triple sums{};
     double diffuser = 0.0;
     for (size_t band = 0; band < reflectance.size(); ++band) {
-        const CieBand& weight = cieTable[band];
+        const CieRow& weight = cieTable[CieRowsPerBand * band];
         const double power = weight.d50 * static_cast<double>(reflectance[band]);
         sums[0] += power * weight.x;
         sums[1] += power * weight.y;
@@ -63,11 +63,11 @@ const Triple& White()
     return white;
 }
 
-Triple LabOfTristimulus(const Triple& values)
+Triple LabOfTristimulus(const Triple& values, const Triple& white)
 {
-    const double x = LabFunction(values[0] / White()[0]);
-    const double y = LabFunction(values[1] / White()[1]);
-    const double z = LabFunction(values[2] / White()[2]);
+    const double x = LabFunction(values[0] / white[0]);
+    const double y = LabFunction(values[1] / white[1]);
+    const double z = LabFunction(values[2] / white[2]);
     return {116.0 * y - 16.0, 500.0 * (x - y), 200.0 * (y - z)};
 }
 

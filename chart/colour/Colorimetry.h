@@ -16,8 +16,8 @@ Triple TristimulusValues(const Spectrum& reflectance);
 /// X, Y, Z of the perfect diffuser, by the same sums.
 const Triple& White();
 
-/// L*, a*, b* (CIE 15) of tristimulus values, relative to White().
-Triple LabOfTristimulus(const Triple& values);
+/// L*, a*, b* (CIE 15) of tristimulus values, relative to a white.
+Triple LabOfTristimulus(const Triple& values, const Triple& white = White());
 
 /// The inverse of it, relative to a white (CIE 15).
 Triple TristimulusOfLab(const Triple& lab, const Triple& white);

@@ -15,4 +15,12 @@ inline constexpr int WavelengthStep = CieWavelengthStep;    ///< nm
 /// Reflectance factors, 1.0 is the perfect diffuser.
 using Spectrum = std::array<float, SpectrumLength>;
 
+/// Bands of a spectrum, counted from 0, the last one included.
+struct BandRange {
+    size_t first = 0;
+    size_t last = SpectrumLength - 1;
+
+    bool operator==(const BandRange&) const = default;
+};
+
 }  // namespace J4Chart

@@ -58,6 +58,7 @@ PrintedChart PrintedChart::Load(const std::string& fileName, std::optional<size_
     J4Chart::ChartReader::Wanted wanted;
     wanted.places = true;
     wanted.spectra = true;
+    wanted.otherBands = true;
     return PrintedChart(
         J4Chart::ChartReader::Read(J4Chart::ChartPages::Select(J4Chart::CgatsFile::Read(fileName), page), wanted));
 }

@@ -157,7 +157,8 @@ TEST(CgatsFields, NumbersKeepTheirValueAsText)
 
 TEST(CgatsFields, KnowsSpectralFieldsByManyNames)
 {
-    for (const char* field : {"SPECTRAL_NM380", "SPECTRAL_NM_380", "SPECTRAL_380", "SPEC_380", "NM_380", "NM380"}) {
+    for (const char* field :
+         {"SPECTRAL_NM380", "SPECTRAL_NM_380", "SPECTRAL_380", "SPEC_380", "NM_380", "NM380", "nm380"}) {
         EXPECT_EQ(WavelengthOf(field), 380) << field;
     }
     for (const char* other : {"SPEC_380.5", "SPECTRAL_DEC", "NMX", "LAB_L", "SPEC_1e99", "NM-1e300", "NM-1"}) {

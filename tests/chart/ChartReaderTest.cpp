@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
+#include <tuple>
 
 #include "tests/support/ChartText.h"
 
@@ -104,6 +106,59 @@ TEST(ChartReader, ColoursFromWhateverTheFileHas)
     EXPECT_FALSE(Patch().Colour());
 }
 
+/// A file with one patch of Lab 9, 9, 9 and a spectrum that is straight, 0.1 at 300 nm and 0.1 more each 100 nm.
+std::string Straight(int first, int last, int step, const char* colours = "LAB_L LAB_A LAB_B")
+{
+    std::string fields = std::string("SAMPLE_ID ") + colours;
+    std::string values = *colours == 0 ? "1" : "1 9 9 9";
+    for (int wavelength = first; wavelength <= last; wavelength += step) {
+        fields += " NM" + std::to_string(wavelength);
+        values += " " + std::to_string((wavelength - 200) / 1000.0);
+    }
+    return CgatsText(fields, values + "\n");
+}
+
+TEST(ChartReader, TakesSpectraOfOtherRangesAndSteps)
+{
+    const std::tuple<int, int, int, BandRange> cases[] = {
+        {380, 730, 10, {0, 35}}, {400, 700, 10, {2, 32}}, {360, 780, 5, {0, 35}},
+        {380, 730, 1, {0, 35}},  {395, 715, 20, {2, 33}}, {391, 713, 7, {2, 33}},
+    };
+    for (const auto& [first, last, step, bands] : cases) {
+        SCOPED_TRACE(std::to_string(first) + " to " + std::to_string(last) + " in " + std::to_string(step));
+        const Chart chart = Read(Straight(first, last, step), Wanted(false, false, true));
+        EXPECT_EQ(chart.bands, bands);
+        for (int band = 0; band < SpectrumLength; ++band) {
+            const int lastTaken = first + (last - first) / step * step;
+            const int wavelength = std::clamp(FirstWavelength + WavelengthStep * band, first, lastTaken);
+            EXPECT_NEAR((*chart.patches[0].spectrum)[static_cast<size_t>(band)], (wavelength - 200) / 1000.0, 1e-6)
+                << band;
+        }
+    }
+    // What doesn't cover the range is no spectrum: the patch's own colour counts, or there is none.
+    const Chart lab = Read(Straight(410, 700, 10), Wanted(false, false, true));
+    EXPECT_FALSE(lab.patches[0].spectrum);
+    EXPECT_EQ((*lab.patches[0].Colour())[0], 9.0);
+}
+
+TEST(ChartReader, BendsAreInterpolatedByACubic)
+{
+    std::string fields = "SAMPLE_ID";
+    std::string values = "1";
+    const auto cubic = [](int wavelength) {
+        const double x = (wavelength - 550) / 200.0;
+        return 0.5 + 0.3 * x - 0.2 * x * x - 0.1 * x * x * x;
+    };
+    for (int wavelength = 375; wavelength <= 735; wavelength += 20) {
+        fields += " NM" + std::to_string(wavelength);
+        values += " " + std::to_string(cubic(wavelength));
+    }
+    const Chart chart = Read(CgatsText(fields, values + "\n"), Wanted(false, false, true));
+    for (int band = 2; band < SpectrumLength - 2; ++band) {  // the first and the last interval have three samples
+        EXPECT_NEAR((*chart.patches[0].spectrum)[static_cast<size_t>(band)], cubic(380 + 10 * band), 2e-6) << band;
+    }
+}
+
 TEST(ChartReader, RefusalsNameLineAndReason)
 {
     const auto lab = [](const char* values, const char* head = "") {
@@ -159,6 +214,12 @@ TEST(ChartReader, RefusalsNameLineAndReason)
         {CgatsText("SAMPLE_ID SCAN_ROW SCAN_COLUMN LAB_L LAB_A LAB_B", "1 1.5 1 50 0 0\n"),
          "line 6: SCAN_ROW '1.5' is not a whole number from 1 to 99999"},
         {CgatsText("SAMPLE_ID CMYK_C", "1 50\n"), "no patches with spectra, LAB or XYZ values"},
+        {Straight(410, 700, 10, ""), "the spectra have 410 to 700 nm and do not cover 400 to 700 nm"},
+        {Straight(380, 690, 10, ""), "the spectra have 380 to 690 nm and do not cover 400 to 700 nm"},
+        {Straight(380, 755, 25, ""), "the spectra have nothing between 380 and 405 nm; steps up to 20 nm are taken"},
+        {lab("50 0 0", "WEIGHTING_FUNCTION \"ILLUMINANT,D65;OBSERVER,10 degree\"\n"),
+         "line 2: the colours are for D65 and 10 degrees, and there are no spectra; those for D50 and 2 degrees are "
+         "wanted"},
     };
     const auto expectRefusal = [](const Case& test, const ChartReader::Wanted& wanted) {
         try {

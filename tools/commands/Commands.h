@@ -19,6 +19,7 @@ void AddMotionCommands(CLI::App& app, ToolContext& context);
 void AddOptionCommands(CLI::App& app, ToolContext& context);
 void AddWhitebaseCommand(CLI::App& app, ToolContext& context);
 void AddRescueCommand(CLI::App& app, ToolContext& context);
+void AddConvertCommand(CLI::App& app, ToolContext& context);
 void AddReportCommand(CLI::App& app, ToolContext& context);
 /// average, compare.
 void AddSeriesCommands(CLI::App& app, ToolContext& context);
