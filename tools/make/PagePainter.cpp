@@ -18,7 +18,7 @@ constexpr double RowNames = 10.0;  // where they end
 constexpr double ColumnNames = 18.5;
 constexpr double TitleLine = 9.5;
 
-std::string Length(double millimetres) { return J4Chart::NumberText(std::round(millimetres * 100.0) / 100.0); }
+std::string Rounded(double millimetres) { return J4Chart::NumberText(std::round(millimetres * 100.0) / 100.0); }
 
 }  // namespace
 
@@ -97,9 +97,9 @@ std::string PagePainter::Hint(const std::string& paper) const
     const Point patch = pages.Chosen().patch;
     const Point corner = pages.OnBed({});
     const double across = pages.Marks()[1].x - pages.Marks()[0].x;
-    return paper + ", patches " + Length(patch.x) + " \xc3\x97 " + Length(patch.y) +
-           " mm. Print at 100 % without colour management: 1 to 2 measures " + Length(across) +
-           " mm. This page's upper left corner lies at x " + Length(corner.x) + ", y " + Length(corner.y) + " mm.";
+    return paper + ", patches " + Rounded(patch.x) + " \xc3\x97 " + Rounded(patch.y) +
+           " mm. Print at 100 % without colour management: 1 to 2 measures " + Rounded(across) +
+           " mm. This page's upper left corner lies at x " + Rounded(corner.x) + ", y " + Rounded(corner.y) + " mm.";
 }
 
 }  // namespace J4Tool

@@ -12,8 +12,6 @@ namespace {
 
 using PdfText::Number;
 
-constexpr size_t ProcessInks = 4;
-
 // Objects in the order in which they stand in the file; those of the pages follow, two for each.
 enum Object { Catalog = 1, PageTree, Information, Font, BoldFont, Inks, FirstPage };
 
@@ -53,20 +51,20 @@ PdfDocument::PdfDocument(About about, std::vector<SpotInk> spots) : about(std::m
 /// A function from all inks to C, M, Y and K, for who has no spot inks: what each stands for is added up.
 std::string PdfDocument::AllInks() const
 {
-    const size_t inks = ProcessInks + spots.size();
+    const size_t inks = PdfPage::ProcessInks + spots.size();
     std::string code = "{";
-    for (size_t out = 0; out < ProcessInks; ++out) {
+    for (size_t out = 0; out < PdfPage::ProcessInks; ++out) {
         // On the stack are the inks and the results so far; "index" counts from its top.
         const auto copy = [&](size_t ink, size_t above) {
             return std::to_string(inks + out + above - 1 - ink) + " index ";
         };
         code += " " + copy(out, 0);
         for (size_t spot = 0; spot < spots.size(); ++spot) {
-            code += copy(ProcessInks + spot, 1) + Number(spots[spot].cmyk[out]) + " mul add ";
+            code += copy(PdfPage::ProcessInks + spot, 1) + Number(spots[spot].cmyk[out]) + " mul add ";
         }
         code += "dup 1 gt {pop 1} if\n";
     }
-    code += " " + std::to_string(inks + ProcessInks) + " " + std::to_string(ProcessInks) + " roll";
+    code += " " + std::to_string(inks + PdfPage::ProcessInks) + " " + std::to_string(PdfPage::ProcessInks) + " roll";
     std::string domain;
     for (size_t ink = 0; ink < inks; ++ink) {
         code += " pop";

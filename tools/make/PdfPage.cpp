@@ -8,8 +8,6 @@ namespace J4Tool {
 
 namespace {
 
-constexpr size_t ProcessInks = 4;
-
 std::string Points(double millimetres) { return PdfText::Number(millimetres * PdfPage::PointsPerMillimetre); }
 
 std::string Numbers(PdfPage::Colour::const_iterator begin, PdfPage::Colour::const_iterator end)

@@ -1,6 +1,7 @@
 // One page of a PDF file while it is drawn: rectangles, lines and words in device colours.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,9 @@ public:
     /// R, G, B as DeviceRGB; C, M, Y, K as DeviceCMYK; where more follow, the document's spot inks: a single spot ink as its
     /// own Separation, a mixture as DeviceN. 0 to 1.
     using Colour = std::vector<double>;
+
+    /// C, M, Y and K.
+    static constexpr size_t ProcessInks = 4;
 
     /// Where a word stands from the place that is given.
     enum class Align { Left, Middle, Right };
