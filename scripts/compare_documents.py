@@ -8,6 +8,7 @@
   virtual table in docs/simulator.md.
 - Every command of the table's protocol stands in docs/protocol.md, and every frame there has its right checksum.
 - Every status stands in docs/errors.md.
+- Every keyword and field of the tool's files stands in docs/files.md, and the exit codes there are the tool's.
 - Links between the documents, and to their headings, lead somewhere.
 """
 import re
@@ -176,6 +177,23 @@ def check_statuses(errors):
     return len(statuses)
 
 
+def check_files(files):
+    """Names such as "LAYOUT_ROWS" are keywords and fields, but for those of the environment and of the format itself."""
+    words = {text for folder in ("chart", "tools") for path in sorted((ROOT / folder).rglob("*.[ch]*"))
+             if path.name != "CgatsFile.cpp" and path.suffix in (".h", ".cpp")
+             for text in literals(path) if re.fullmatch(r"[A-Z][A-Z0-9]*(_[A-Z0-9]+)+", text)}
+    words -= {"XDG_STATE_HOME", "SOURCE_DATE_EPOCH", "J4TAVLA_OPTIONS"}
+    for word in sorted(words):
+        group = re.sub(r"(CMYK|CMY|RGB|LAB|XYZ)_[A-Z]$", lambda name: name[1] + "_" + name[1][0], word)
+        require(word in files or group in files, f"docs/files.md does not tell of {word}")
+    header = (ROOT / "tools/ExitCode.h").read_text(encoding="utf-8")
+    values = dict(re.findall(r"(\w+) = (\d+),", header))
+    codes = [f"| {values[name]} | {text} |" for name, text in re.findall(r'\{ExitCode::(\w+), "(.*?)"\}', header)]
+    section = files.split("\n## Exit codes\n")[1]
+    require(re.findall(r"^\| \d.*\|$", section, flags=re.M) == codes, "docs/files.md has other exit codes than the tool")
+    return len(words) and len(codes) and len(words) + len(codes)
+
+
 def anchor(heading):
     return re.sub(r"[^\w\- ]", "", heading.strip().lower()).replace(" ", "-")
 
@@ -204,6 +222,7 @@ def main():
         "keys and numbers": check_keys(options),
         "commands and frames": check_protocol(protocol),
         "statuses": check_statuses(errors),
+        "keywords, fields and exit codes": check_files(document("files.md")),
         "links": check_links(),
     }
     for problem in problems:
