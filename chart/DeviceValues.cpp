@@ -28,7 +28,10 @@ std::vector<double> Numbers(const std::vector<std::string>& texts)
 DeviceValues::DeviceValues(const Chart& chart) : fields(chart.deviceFields)
 {
     for (const std::string& field : fields) {
-        channels.push_back(field.substr(field.rfind('_') + 1));
+        const std::string spot = field.starts_with("SPOT_") ? chart.Condition(field + "_NAME") : "";
+        channels.push_back(!spot.empty()                ? spot
+                           : field.starts_with("SPOT_") ? field
+                                                        : field.substr(field.rfind('_') + 1));
         inks = inks || (!field.starts_with("RGB_") && !field.starts_with("GRAY"));
     }
     double largest = 0.0;

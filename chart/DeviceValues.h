@@ -14,7 +14,8 @@ class DeviceValues {
 public:
     explicit DeviceValues(const Chart& chart);
 
-    /// The inks or lights by what their fields end in, for instance "C" for CMYK_C; empty where the chart tells none.
+    /// The inks or lights by what their fields end in, for instance "C" for CMYK_C, and spot inks by the name that the chart
+    /// tells, else by their field; empty where the chart tells none.
     const std::vector<std::string>& Channels() const { return channels; }
 
     /// @param name  of a channel, or its whole field

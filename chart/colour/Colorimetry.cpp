@@ -71,6 +71,15 @@ Triple LabOfTristimulus(const Triple& values, const Triple& white)
     return {116.0 * y - 16.0, 500.0 * (x - y), 200.0 * (y - z)};
 }
 
+Triple LightnessOfEach(const Triple& values)
+{
+    Triple lightness{};
+    for (size_t i = 0; i < lightness.size(); ++i) {
+        lightness[i] = 116.0 * LabFunction(values[i] / White()[i]) - 16.0;
+    }
+    return lightness;
+}
+
 Triple TristimulusOfLab(const Triple& lab, const Triple& white)
 {
     const double y = (lab[0] + 16.0) / 116.0;

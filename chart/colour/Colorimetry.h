@@ -19,7 +19,10 @@ const Triple& White();
 /// L*, a*, b* (CIE 15) of tristimulus values, relative to a white.
 Triple LabOfTristimulus(const Triple& values, const Triple& white = White());
 
-/// The inverse of it, relative to a white (CIE 15).
+/// Of X, Y and Z each what L* is of Y, relative to White().
+Triple LightnessOfEach(const Triple& values);
+
+/// The inverse of LabOfTristimulus(), relative to a white (CIE 15).
 Triple TristimulusOfLab(const Triple& lab, const Triple& white);
 
 /// L*, a*, b* (CIE 15) relative to the perfect diffuser under D50.

@@ -56,7 +56,7 @@ chart() {
     awk -v columns="$1" -v rows="$2" -v shift="$3" 'BEGIN {
         print "CGATS.17\nKEYWORD \"SCAN_SPEED\"\nSCAN_SPEED \"160\"\nKEYWORD \"INTEGRATION_TIME\""
         print "INTEGRATION_TIME \"0.005\"\nBEGIN_DATA_FORMAT\nSAMPLE_NAME X Y WIDTH HEIGHT SCAN_ROW SCAN_COLUMN"
-        print "SCAN_WAY SCAN_SAMPLES SCAN_SPREAD SCAN_RESIDUAL"
+        print "SCAN_WAY SCAN_SAMPLES SCAN_SPREAD SCAN_RESIDUAL CMYK_C CMYK_M CMYK_Y CMYK_K"
         for (w = 380; w <= 730; w += 10) printf "SPECTRAL_NM%d ", w
         print "\nEND_DATA_FORMAT\nBEGIN_DATA"
         for (i = 0; i < columns * rows; ++i) {
@@ -66,9 +66,14 @@ chart() {
             if (i == 2) name = "</script><script>console.error(1)</script>"
             if (i == 3) name = "<img src=x>&amp;"
             printf "\"%s\" %d %d 12 12 %d %d FITTED 7 0.1 0.02", name, 200 + 14 * column, 200 + 14 * row, row + 1, column + 1
+            # the last row of the small chart is a ramp of cyan, which covers 1.2 times what it should up to 83 percent
+            ramp = row == 7 && columns == 12
+            printf ramp ? " %d 0 0 0" : " 5 %d 5 5", ramp ? (column > 9 ? 100 : 10 * column) : 5
+            covered = column > 8 ? 1 : 0.12 * column
             for (w = 380; w <= 730; w += 10) {
                 top = 400 + (i * 37) % 300
-                printf " %.5f", 0.1 + 0.6 * exp(-((w - top) / (40 + i % 60)) ^ 2) + shift * (1 + i % 5)
+                if (ramp) printf " %.5f", covered * (w > 590 ? 0.05 : 0.8) + (1 - covered) * 0.85
+                else printf " %.5f", 0.1 + 0.6 * exp(-((w - top) / (40 + i % 60)) ^ 2) + shift * (1 + i % 5)
             }
             print ""
         }
@@ -124,12 +129,15 @@ verdict: hidden
 summary: shown
 differences: shown
 worst: shown
+tones: shown
 readings: shown
 travel: shown
 conditions: shown
+tone values: C 0 0.0 0.0 | C 10 12.0 2.0 | C 20 24.0 4.0 | C 30 36.0 6.0 | C 40 48.0 8.0 | C 50 60.0 10.0
 sideways: 
 spectrum plot: drawn
 histogram plot: drawn
+tones plot: drawn
 travel plot: drawn
 hover: Patch P1_1
 in tab order: 1

@@ -50,16 +50,18 @@
         see('subject', text('subject'));
         see('patches', options.length);
         see('names', options.slice(0, 4).map(option => option.getAttribute('aria-label')).join(' | '));
-        for (const section of ['verdict', 'summary', 'differences', 'worst', 'readings', 'travel', 'conditions']) {
+        for (const section of ['verdict', 'summary', 'differences', 'worst', 'tones', 'readings', 'travel', 'conditions']) {
             see(section, shown(section + '-section') ? 'shown' : 'hidden');
         }
         see('told verdict', text('verdict') + ' ' + text('verdict-words'));
         see('limits', [...byId('verdict-table').querySelectorAll('tbody tr')].map(row =>
             [...row.cells].map(cell => cell.textContent.trim()).join(' ')).join(' | '));
         see('marks', options.filter(option => getComputedStyle(option, '::after').content !== 'none').length);
+        see('tone values', [...byId('tones-table').querySelectorAll('tbody tr')].slice(0, 6).map(row =>
+            [...row.cells].slice(0, 4).map(cell => cell.textContent.trim()).join(' ')).join(' | '));
         seeSideways();
         see('selected', text('patch-name') + ' ' + text('patch-figures'));
-        for (const id of ['spectrum', 'histogram', 'travel']) {
+        for (const id of ['spectrum', 'histogram', 'tones', 'travel']) {
             see(id + ' plot', inkOf(id));
         }
         see('rows in tables', ['all-table', 'worst-table', 'histogram-table', 'spectrum-table'].map(rows).join(' '));

@@ -1,5 +1,5 @@
 // Everything that the report shows, computed: the verdict, the patches with their measured and reference colours, the
-// differences with their figures, how the rows were read, and their travel.
+// differences with their figures, tone values, how the rows were read, and their travel.
 #pragma once
 
 #include <array>
@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "chart/Chart.h"
+#include "chart/ToneCurve.h"
 #include "chart/colour/ColourDifference.h"
 #include "chart/colour/DifferenceSummary.h"
 #include "chart/colour/ScreenColour.h"
@@ -51,6 +52,12 @@ public:
         J4Chart::DifferenceSummary summary;
     };
 
+    /// The ramp of one ink.
+    struct Tones {
+        J4Chart::ToneCurve measured;
+        std::optional<J4Chart::ToneCurve> reference;
+    };
+
     /// The patches of a row that were read in the same way.
     struct RowReading {
         std::string row;
@@ -91,6 +98,9 @@ public:
     /// CIEDE2000, CIE 1976, and what others the tolerances take; none without a reference.
     const std::vector<Formula>& Formulas() const { return formulas; }
 
+    /// In the order of the inks; none where the chart has no ramps of single inks.
+    const std::vector<Tones>& Ramps() const { return ramps; }
+
     /// In the order of the rows; none where the file does not tell how they were read.
     const std::vector<RowReading>& Readings() const { return readings; }
 
@@ -101,6 +111,7 @@ private:
     void TakePatches(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const Tolerances* tolerances);
     void TakePlaces(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const PatchMatch& references);
     void TakeRows(const J4Chart::Chart& measured);
+    void TakeRamps(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const PatchMatch& references);
     void TakeReadings(const J4Chart::Chart& measured);
     void TellWays();
 
@@ -111,6 +122,7 @@ private:
     bool placed = true;
     std::vector<Patch> patches;
     std::vector<Formula> formulas;
+    std::vector<Tones> ramps;
     std::vector<RowReading> readings;
     std::vector<RowTravel> rows;
     std::optional<Judgement> verdict;

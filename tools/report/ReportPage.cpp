@@ -83,6 +83,32 @@ Json RowObject(const RowTravel& row)
             {"notes", row.Notes()}};
 }
 
+Json CurveObject(const J4Chart::ToneCurve& curve)
+{
+    return {{"light", curve.light},
+            {"filter", curve.filter},
+            {"points", HtmlPage::Objects(curve.points, [](const J4Chart::ToneCurve::Point& point) -> Json {
+                 Json object = {{"nominal", HtmlPage::Rounded(point.nominal, 2)},
+                                {"toneValue", HtmlPage::Rounded(point.toneValue, 2)},
+                                {"sctv", HtmlPage::Rounded(point.sctv, 2)}};
+                 if (point.ofDensities) {
+                     object["ofDensities"] = HtmlPage::Rounded(*point.ofDensities, 2);
+                 }
+                 return object;
+             })}};
+}
+
+Json RampObject(const ReportData::Tones& ramp)
+{
+    Json object = {{"ink", ramp.measured.ink},
+                   {"colour", J4Chart::ScreenColourOf(ramp.measured.solid).code},
+                   {"measured", CurveObject(ramp.measured)}};
+    if (ramp.reference) {
+        object["reference"] = CurveObject(*ramp.reference);
+    }
+    return object;
+}
+
 Json ReadingObject(const ReportData::RowReading& reading)
 {
     return {{"row", reading.row},
@@ -147,6 +173,7 @@ std::string DataText(const ReportData& data)
                                                         return {{"name", condition.first}, {"value", condition.second}};
                                                     })},
                    {"formulas", HtmlPage::Objects(data.Formulas(), FormulaObject)},
+                   {"ramps", HtmlPage::Objects(data.Ramps(), RampObject)},
                    {"readings", HtmlPage::Objects(data.Readings(), ReadingObject)}};
     if (data.Verdict()) {
         object["verdict"] = VerdictObject(*data.Verdict());

@@ -466,6 +466,60 @@
             data.rows[row].duration - 2 * data.rows[row].rampEnd, data.rows[row].duration));
     }
 
+    // --- tone values
+
+    // Yellow can't be seen on white, nor black on black.
+    const inkColour = ({ink, colour}) =>
+        ({C: '#0a8fc4', M: '#d0218a', Y: '#b79500', K: colourOf('--text')})[ink] ?? colour;
+
+    function drawTones() {
+        const nominal = [...new Set(data.ramps.flatMap(ramp => ['measured', 'reference'].flatMap(side =>
+            (ramp[side]?.points ?? []).map(point => point.nominal))))].sort((a, b) => a - b);
+        const curves = data.ramps.flatMap(ramp => ['measured', 'reference'].filter(side => ramp[side])
+            .map(side => ({ramp, side, points: new Map(ramp[side].points.map(point => [point.nominal, point]))})));
+        plot('tones', 320, {
+            description: 'Tone value increase of each ink over the nominal tone value',
+            scales: {x: {time: false, range: [0, 100]}},
+            axes: [{label: 'Nominal tone value, %'}, {label: 'Increase, %'}],
+            series: [{label: 'nominal', value: (_, value) => figure(value, 0)}, ...curves.map(({ramp, side}) => ({
+                label: ramp.ink + (side === 'reference' ? ' reference' : ''), stroke: inkColour(ramp), width: 2,
+                dash: side === 'reference' ? [5, 4] : [], spanGaps: true, points: {show: side === 'measured', size: 5},
+                value: (_, value) => figure(value, 1)}))],
+        }, [nominal, ...curves.map(({points}) => nominal.map(value => {
+            const point = points.get(value);
+            return point ? point.toneValue - point.nominal : null;
+        }))]);
+    }
+
+    function buildTones() {
+        const points = data.ramps.flatMap(ramp => ramp.measured.points.map(point => ({ramp, point,
+            aim: ramp.reference?.points.find(({nominal}) => nominal === point.nominal)})));
+        const has = key => points.some(({point, aim}) => key === 'aim' ? aim : point[key] != null);
+        const increase = point => figure(point && point.toneValue - point.nominal, 1);
+        byId('tones-notes').replaceChildren(...data.ramps.map(({ink, measured, reference}) => element('li', {},
+            `${ink}: Murray-Davies of the ${measured.light}` +
+            (reference && reference.light !== measured.light ? `, of the reference at its ${reference.light}` : '') +
+            (measured.filter ? `; of the instrument's densities with the ${measured.filter} filter` : '') + '.')),
+        element('li', {}, 'SCTV: tone value of spot colours by ISO 20654, of tristimulus values; its aim is the nominal value.'));
+        byId('tones-table').replaceChildren(table('Tone values in percent', [
+            {head: 'Ink', text: true, cell: ({ramp}) => element('span', {}, element('span',
+                {class: 'swatch', background: ramp.colour}), ramp.ink)},
+            {head: 'Nominal', cell: ({point}) => figure(point.nominal, 0)},
+            {head: 'Tone value', cell: ({point}) => figure(point.toneValue, 1)},
+            {head: 'Increase', cell: ({point}) => increase(point)},
+            ...(has('aim') ? [
+                {head: 'Reference', cell: ({aim}) => figure(aim?.toneValue, 1)},
+                {head: 'its increase', cell: ({aim}) => increase(aim)},
+            ] : []),
+            ...(has('ofDensities') ? [
+                {head: 'Of densities', cell: ({point}) => figure(point.ofDensities, 1)},
+                {head: 'Increase', cell: ({point}) => figure(point.ofDensities && point.ofDensities - point.nominal, 1)},
+            ] : []),
+            {head: 'SCTV', cell: ({point}) => figure(point.sctv, 1)},
+            {head: 'SCTV off nominal', cell: ({point}) => figure(point.sctv - point.nominal, 1)},
+        ], points));
+    }
+
     // --- verdict and readings
 
     // Of a verdict's text: how it looks.
@@ -535,6 +589,9 @@
         if (data.formulas.length > 0) {
             drawDifferences();
         }
+        if (data.ramps.length > 0) {
+            drawTones();
+        }
         if (data.rows.length > 0) {
             drawTravel();
         }
@@ -551,6 +608,8 @@
     if (data.verdict) {
         buildVerdict(data.verdict);
     }
+    buildTones();
+    byId('tones-section').classList.toggle('hidden', data.ramps.length === 0);
     buildReadings();
     byId('verdict-section').classList.toggle('hidden', !data.verdict);
     byId('readings-section').classList.toggle('hidden', data.readings.length === 0);
