@@ -136,6 +136,7 @@ int main(int argc, char** argv)
     AddInfoCommand(app, context);
     AddChartCommand(app, context);
     AddScanCommand(app, context);
+    AddJoinCommand(app, context);
     AddAlignCommand(app, context);
     AddSpotCommand(app, context);
     AddMotionCommands(app, context);

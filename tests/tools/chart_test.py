@@ -161,6 +161,12 @@ class ChartTest(unittest.TestCase):
                         self.assertEqual(device_values(row), device_values(found))
                     names += [row["SAMPLE_NAME"] for row in measured]
                 self.assertEqual(names, [row["SAMPLE_NAME"] for row in rows])
+                pages = [f"m{page}.cgats" for page in range(1, pages + 1)]
+                self.assertEqual(tool(["join", *pages, "-o", "all.cgats", "--force"]).returncode, DONE)
+                dropped = ["SAMPLE_ID", "PAGE", "X", "Y", "WIDTH", "HEIGHT", "SCAN_ROW", "SCAN_COLUMN"]
+                for i, (row, joined) in enumerate(zip((row for page in pages for row in table(page)), table("all.cgats"), strict=True)):
+                    self.assertEqual(joined, {"SAMPLE_ID": str(i + 1), "PAGE": rows[i]["PAGE"]} |
+                                     {field: value for field, value in row.items() if field not in dropped})
 
     def test_a_list_gives_the_same_chart_each_time(self):
         first = self.make(SPOTS + " --simulated-print print.cgats"), *map(content_of, ("chart.cgats", "print.cgats"))
@@ -194,6 +200,9 @@ class ChartTest(unittest.TestCase):
     def test_refuses_with_the_reason(self):
         write("twice.cgats", content_of(SPOTS).replace("C10M0Y0K0 ", "C5M0Y0K0 "))
         write("two.cgats", content_of(SPOTS))
+        one = "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID LAB_L LAB_A LAB_B\nEND_DATA_FORMAT\nBEGIN_DATA\na 1 2 3\nEND_DATA\n"
+        write("one.cgats", one)
+        write("other.cgats", one.replace("LAB_B", "LAB_B GRAY").replace("a 1 2 3", "b 1 2 3 4"))
         self.make("--list rgb6 --patch 12,12")
         out = " -o c.pdf --layout c.cgats"
         for arguments, code, complaint in (
@@ -208,13 +217,16 @@ class ChartTest(unittest.TestCase):
                 ("chart --list rgb --date 2026-02-30" + out, USAGE, "--date '2026-02-30'"),
                 ("chart --list rgb -o chart.pdf --layout c.cgats", FILE, "--force"),
                 ("chart two.cgats -o two.cgats --layout c.cgats --force", USAGE, "is read by this command"),
+                ("join one.cgats one.cgats -o j.cgats", FILE, "one.cgats: line 6: patch a stands in 'one.cgats' too"),
+                ("join one.cgats two.cgats -o j.cgats", FILE, "two.cgats: no patches with spectra, LAB or XYZ values"),
+                ("join one.cgats other.cgats -o j.cgats", FILE, "other.cgats: line 3: the fields are not those of 'one.cgats'"),
                 ("--virtual scan chart.cgats --dry-run", USAGE, "the layout has 2 pages, and one of them lies on the bed"),
                 ("--virtual scan chart.cgats --dry-run --page 3", FILE, "there is no page 3; the pages are 1, 2")):
             with self.subTest(arguments):
                 ended = tool(arguments)
                 self.assertEqual(ended.returncode, code, ended.stderr)
                 self.assertIn(complaint, ended.stderr)
-                self.assertFalse(os.path.exists("c.cgats") or os.path.exists("c.pdf"))
+                self.assertFalse(os.path.exists("j.cgats") or os.path.exists("c.cgats") or os.path.exists("c.pdf"))
 
 
 if __name__ == "__main__":

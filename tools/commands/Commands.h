@@ -10,6 +10,7 @@ namespace J4Tool {
 
 void AddInfoCommand(CLI::App& app, ToolContext& context);
 void AddChartCommand(CLI::App& app, ToolContext& context);
+void AddJoinCommand(CLI::App& app, ToolContext& context);
 void AddAlignCommand(CLI::App& app, ToolContext& context);
 void AddScanCommand(CLI::App& app, ToolContext& context);
 void AddSpotCommand(CLI::App& app, ToolContext& context);
