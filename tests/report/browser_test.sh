@@ -196,7 +196,19 @@ curve plots: drawn drawn drawn
 rings: 1 1 1
 patch plots: 12 drawn
 patch table: 12
+tones: hidden
 order: <b>1.cgats <b>2.cgats <b>3.cgats <b>4.cgats
+EXPECTED
+# With the ramp of an ink, which yellows from one to the next.
+for day in 1 2 3; do {
+    printf "${head%%LAB_L*}CMYK_C CMYK_M CMYK_Y CMYK_K LAB_L${head#*LAB_L}"
+    printf 'T%d %d 0 0 0 %d %d %d\n' 0 0 95 0 -2 1 25 84 -9 $((day - 16)) 2 50 73 -19 $((day - 29)) \
+        3 75 63 -28 $((day - 41)) 4 100 55 -36 -50
+    echo END_DATA
+} >tones.$day.cgats; done
+"$tool" trend tones.2.cgats tones.3.cgats --reference tones.1.cgats -o tones.html >/dev/null
+expect tones.html <<'EXPECTED'
+tones: C drawn 5 rows
 EXPECTED
 grep -q '</script><script>console.error(1)</script>: ' trend.html.seen || fail "a name was changed"
 

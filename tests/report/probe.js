@@ -43,6 +43,8 @@
         see('patch plots', list('#worst .plot').filter(({id}) => inkOf(id) === 'drawn').length + ' drawn');
         see('patch table', rows('worst-table'));
         see('patches', list('#worst h3').map(node => node.textContent).join(' | '));
+        see('tones', shown('tones-section') ? list('#tones h3').map(node => node.textContent) + ' ' +
+            inkOf('tones-0') + ' ' + rows('tones-table') + ' rows' : 'hidden');
         see('order', list('#measurements tbody td:nth-child(2)').map(node => node.textContent).join(' '));
     };
 

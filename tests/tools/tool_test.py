@@ -623,9 +623,10 @@ class ToolTest(unittest.TestCase):
         self.assertFalse(os.path.exists("n.cgats"))
 
     def test_a_trend_shows_many_measurements_in_the_order_of_time(self):
-        # Three patches, in four measurements that are given in another order than that of time.
+        # A mixture and a ramp of cyan, in four measurements that are given in another order than that of time.
         fields = "CMYK_C CMYK_M CMYK_Y CMYK_K LAB_L LAB_A LAB_B"
-        wanted = {"paper": (0, 0, 0, 0, 95, 0, -2), "cyan": (100, 0, 0, 0, 55, -36, -50), "mix": (30, 40, 0, 0, 60, 20, -10)}
+        wanted = {"paper": (0, 0, 0, 0, 95, 0, -2), "cyan": (100, 0, 0, 0, 55, -36, -50), "mix": (30, 40, 0, 0, 60, 20, -10),
+                  "c25": (25, 0, 0, 0, 84, -9, -16), "c50": (50, 0, 0, 0, 73, -19, -29), "c75": (75, 0, 0, 0, 63, -28, -41)}
         write("ref.cgats", labs([(name, *values) for name, values in wanted.items()], fields))
         dates = ["2026-03-01", "2026-03-01T09:30:00+01:00", "Sun Mar  1 09:00:00 2026", "2026-03-02 00:00:00Z"]
         shifts = [(0.5, 1, 0), (0.7, 1.4, 0.3), (0.4, 0.8, 0.2), (3, 4, 2)]
@@ -645,9 +646,9 @@ class ToolTest(unittest.TestCase):
         every = [sorted(column) for column in zip(*of.values())]
         expected = {("ink", "dL*, maximum"): [l for l, _, _ in shifts], ("paper", "CIEDE2000, maximum"): of["paper"],
                     ("primaries", "CIEDE2000, maximum"): of["cyan"],
-                    ("all patches", "CIEDE2000, mean"): [sum(each) / 3 for each in every],
-                    ("all patches", "CIEDE2000, 95th percentile"): [0.1 * each[1] + 0.9 * each[2] for each in every],
-                    ("all patches", "CIEDE2000, maximum"): [each[2] for each in every]}
+                    ("all patches", "CIEDE2000, mean"): [sum(each) / 6 for each in every],
+                    ("all patches", "CIEDE2000, 95th percentile"): [0.25 * each[4] + 0.75 * each[5] for each in every],
+                    ("all patches", "CIEDE2000, maximum"): [each[5] for each in every]}
         curves = {(curve["name"], curve["what"]): curve for curve in told["curves"]}
         self.assertEqual(set(curves), set(expected))
         for key, values in expected.items():
@@ -663,7 +664,15 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(curves["all patches", "CIEDE2000, mean"]["outside"], [3])
         worst = max(of, key=lambda name: max(of[name]))
         self.assertEqual(told["worst"][0]["patch"], worst)
-        self.assertEqual(len(told["worst"]), 3)
+        self.assertEqual(len(told["worst"]), 6)
+        (ramp,) = told["toneValueIncrease"]
+        self.assertEqual((ramp["ink"], ramp["nominal"]), ("C", [0, 25, 50, 75, 100]))
+        for increases, each in zip(ramp["increases"], measured):
+            # Cyan takes most of X, which is proportional to the cube of this.
+            light = {name: ((lab[0] + 16) / 116 + lab[1] / 500) ** 3 for name, lab in each.items()}
+            for told_one, nominal, name in zip(increases, ramp["nominal"], ("paper", "c25", "c50", "c75", "cyan")):
+                tone = 100 * (light["paper"] - light[name]) / (light["paper"] - light["cyan"])
+                self.assertAlmostEqual(told_one, tone - nominal, delta=1e-9)
 
         write("undated.cgats", content_of("ref.cgats"))
         run = tool("trend m2.cgats undated.cgats m0.cgats --reference ref.cgats -o u.html")

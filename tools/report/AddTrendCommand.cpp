@@ -25,16 +25,21 @@ struct TrendArguments {
     bool force = false;
 };
 
+Json Values(const std::vector<std::optional<double>>& values)
+{
+    Json list = Json::array();
+    for (const auto& value : values) {
+        list.push_back(value ? Json(*value) : Json(nullptr));
+    }
+    return list;
+}
+
 Json CurveObject(const TrendData::Curve& curve)
 {
-    Json values = Json::array();
-    for (const auto& value : curve.values) {
-        values.push_back(value ? Json(*value) : Json(nullptr));
-    }
     Json object = {{"name", curve.name},
                    {"what", curve.what},
                    {"limit", curve.limit ? Json(*curve.limit) : Json(nullptr)},
-                   {"values", values}};
+                   {"values", Values(curve.values)}};
     if (curve.control) {
         object["control"] = {
             {"mean", curve.control->mean}, {"lower", curve.control->lower}, {"upper", curve.control->upper}};
@@ -61,12 +66,21 @@ void PrintTrendObject(const TrendData& data, const std::string& output)
     for (const TrendData::PatchCurve& patch : data.Worst()) {
         worst.push_back({{"patch", patch.name}, {"CIEDE2000", patch.values}});
     }
+    Json ramps = Json::array();
+    for (const TrendData::Tones& tones : data.Ramps()) {
+        Json increases = Json::array();
+        for (const auto& measurement : tones.increases) {
+            increases.push_back(Values(measurement));
+        }
+        ramps.push_back({{"ink", tones.ink}, {"nominal", tones.nominal}, {"increases", increases}});
+    }
     PrintJson({{"trend", output},
                {"patches", data.PatchCount()},
                {"baseline", data.Baseline()},
                {"measurements", measurements},
                {"curves", curves},
                {"worst", worst},
+               {"toneValueIncrease", ramps},
                {"notices", data.Notices()}});
 }
 

@@ -124,30 +124,6 @@ void ReportData::TellWays()
     }
 }
 
-void ReportData::TakeRamps(const J4Chart::Chart& measured, const J4Chart::Chart* reference,
-                           const PatchMatch& references)
-{
-    // Device values often stand in one of the files only; then its order of patches is taken.
-    const bool byReference = reference != nullptr && measured.deviceFields.empty();
-    const J4Chart::Chart& teller = byReference ? *reference : measured;
-    std::vector<const J4Chart::Patch*> own(teller.patches.size());
-    std::vector<const J4Chart::Patch*> wanted(teller.patches.size());
-    for (size_t i = 0; i < measured.patches.size(); ++i) {
-        if (byReference && !references[i]) {
-            continue;
-        }
-        const size_t place = byReference ? *references[i] : i;
-        own[place] = &measured.patches[i];
-        wanted[place] = references[i] ? &reference->patches[*references[i]] : nullptr;
-    }
-    const J4Chart::DeviceValues values(teller);
-    std::vector<J4Chart::ToneCurve> aims = J4Chart::ToneCurve::Find(values, wanted);
-    for (J4Chart::ToneCurve& curve : J4Chart::ToneCurve::Find(values, own)) {
-        const auto aim = std::find_if(aims.begin(), aims.end(), [&](const auto& one) { return one.ink == curve.ink; });
-        ramps.push_back({std::move(curve), aim == aims.end() ? std::nullopt : std::optional(std::move(*aim))});
-    }
-}
-
 void ReportData::TakeReadings(const J4Chart::Chart& measured)
 {
     std::map<std::pair<size_t, std::string>, RowReading> found;  // by row and way
@@ -210,7 +186,7 @@ void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Char
         patches.push_back(std::move(patch));
     }
     TakePlaces(measured, reference, references);
-    TakeRamps(measured, reference, references);
+    ramps = InkRamp::Find(measured, reference, references);
     if (outside > 0) {
         notices.push_back(Counted(outside, "measured colour lies", "measured colours lie") +
                           " outside what an sRGB screen can show; the nearest is shown.");

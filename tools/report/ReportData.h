@@ -9,12 +9,12 @@
 #include <vector>
 
 #include "chart/Chart.h"
-#include "chart/ToneCurve.h"
 #include "chart/colour/ColourDifference.h"
 #include "chart/colour/DifferenceSummary.h"
 #include "chart/colour/ScreenColour.h"
 #include "tools/ColourFile.h"
 #include "tools/judge/Judgement.h"
+#include "tools/report/InkRamp.h"
 #include "tools/report/RowTravel.h"
 
 namespace J4Tool {
@@ -50,12 +50,6 @@ public:
     struct Formula {
         std::string name;
         J4Chart::DifferenceSummary summary;
-    };
-
-    /// The ramp of one ink.
-    struct Tones {
-        J4Chart::ToneCurve measured;
-        std::optional<J4Chart::ToneCurve> reference;
     };
 
     /// The patches of a row that were read in the same way.
@@ -99,7 +93,7 @@ public:
     const std::vector<Formula>& Formulas() const { return formulas; }
 
     /// In the order of the inks; none where the chart has no ramps of single inks.
-    const std::vector<Tones>& Ramps() const { return ramps; }
+    const std::vector<InkRamp>& Ramps() const { return ramps; }
 
     /// In the order of the rows; none where the file does not tell how they were read.
     const std::vector<RowReading>& Readings() const { return readings; }
@@ -111,7 +105,6 @@ private:
     void TakePatches(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const Tolerances* tolerances);
     void TakePlaces(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const PatchMatch& references);
     void TakeRows(const J4Chart::Chart& measured);
-    void TakeRamps(const J4Chart::Chart& measured, const J4Chart::Chart* reference, const PatchMatch& references);
     void TakeReadings(const J4Chart::Chart& measured);
     void TellWays();
 
@@ -122,7 +115,7 @@ private:
     bool placed = true;
     std::vector<Patch> patches;
     std::vector<Formula> formulas;
-    std::vector<Tones> ramps;
+    std::vector<InkRamp> ramps;
     std::vector<RowReading> readings;
     std::vector<RowTravel> rows;
     std::optional<Judgement> verdict;

@@ -98,7 +98,7 @@ Json CurveObject(const J4Chart::ToneCurve& curve)
              })}};
 }
 
-Json RampObject(const ReportData::Tones& ramp)
+Json RampObject(const InkRamp& ramp)
 {
     Json object = {{"ink", ramp.measured.ink},
                    {"colour", J4Chart::ScreenColourOf(ramp.measured.solid).code},

@@ -9,6 +9,7 @@
 #include "tools/Plural.h"
 #include "tools/judge/Judgement.h"
 #include "tools/judge/JudgementText.h"
+#include "tools/report/InkRamp.h"
 
 namespace J4Tool {
 
@@ -39,6 +40,26 @@ Tolerances UsualFigures()
     return figures;
 }
 
+std::vector<double> NominalOf(const J4Chart::ToneCurve& curve)
+{
+    std::vector<double> nominal;
+    for (const J4Chart::ToneCurve::Point& point : curve.points) {
+        nominal.push_back(point.nominal);
+    }
+    return nominal;
+}
+
+std::vector<std::optional<double>> IncreasesAt(const std::vector<double>& nominal, const J4Chart::ToneCurve& curve)
+{
+    std::vector<std::optional<double>> increases;
+    for (const double value : nominal) {
+        const auto point = std::find_if(curve.points.begin(), curve.points.end(),
+                                        [value](const auto& one) { return one.nominal == value; });
+        increases.push_back(point == curve.points.end() ? std::nullopt : std::optional(point->Increase()));
+    }
+    return increases;
+}
+
 }  // namespace
 
 TrendData::TrendData(const MeasurementSeries& series, const ColourFile& reference, const Tolerances* tolerances,
@@ -59,6 +80,7 @@ TrendData::TrendData(const MeasurementSeries& series, const ColourFile& referenc
     }
     TakeCurves(charts, reference.chart, UsualFigures(), false);
     TakeWorst(charts, reference.chart);
+    TakeRamps(charts, reference.chart);
     constexpr size_t fewest = 5;
     if (this->baseline < fewest) {
         notices.push_back("The control limits are of " + Plural(this->baseline, "measurement") +
@@ -174,6 +196,27 @@ void TrendData::TakeWorst(const std::vector<const Chart*>& charts, const Chart& 
             curve.values.push_back(J4Chart::ColourDifference::Ciede2000(wanted, *chart->patches[patch].Colour()));
         }
         worst.push_back(std::move(curve));
+    }
+}
+
+void TrendData::TakeRamps(const std::vector<const Chart*>& charts, const Chart& reference)
+{
+    for (size_t k = 0; k < charts.size(); ++k) {
+        for (const InkRamp& ramp : InkRamp::Find(*charts[k], &reference, MatchPatches(*charts[k], reference))) {
+            auto tones = std::find_if(ramps.begin(), ramps.end(),
+                                      [&](const Tones& one) { return one.ink == ramp.measured.ink; });
+            if (tones == ramps.end()) {
+                ramps.push_back({ramp.measured.ink, ramp.measured.light, true, NominalOf(ramp.measured), {}, {}});
+                tones = ramps.end() - 1;
+            }
+            tones->increases.resize(charts.size(), std::vector<std::optional<double>>(tones->nominal.size()));
+            tones->increases[k] = IncreasesAt(tones->nominal, ramp.measured);
+            tones->sameLight = tones->sameLight && tones->light == ramp.measured.light;
+            tones->light = ramp.measured.light;
+            if (ramp.reference) {
+                tones->reference = IncreasesAt(tones->nominal, *ramp.reference);
+            }
+        }
     }
 }
 

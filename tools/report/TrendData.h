@@ -1,5 +1,5 @@
 // Everything that the page of many measurements of a chart shows, computed: the figures and rules over time with their
-// control limits, and the patches that are farthest from their reference.
+// control limits, the patches that are farthest from their reference, and the tone values.
 #pragma once
 
 #include <ctime>
@@ -33,6 +33,16 @@ public:
         std::vector<std::optional<double>> values;  ///< one for each measurement
         std::optional<ControlLimits> control;       ///< differences don't fall below 0, nor does the lower limit
         std::vector<size_t> outside;                ///< measurements beyond the control limits
+    };
+
+    /// The tone value increase of one ink in all measurements.
+    struct Tones {
+        std::string ink;
+        std::string light;                                          ///< of which the tone values were taken last
+        bool sameLight = true;                                      ///< false: others were taken of another
+        std::vector<double> nominal;                                ///< tone values of the steps, percent
+        std::vector<std::vector<std::optional<double>>> increases;  ///< one list for each measurement, percent
+        std::vector<std::optional<double>> reference;  ///< the same of the reference; empty without its ramp
     };
 
     struct PatchCurve {
@@ -69,12 +79,16 @@ public:
     /// Those that were once the farthest from their reference, the farthest first; twelve at most.
     const std::vector<PatchCurve>& Worst() const { return worst; }
 
+    /// In the order of the inks; none where device values tell no ramps of single inks.
+    const std::vector<Tones>& Ramps() const { return ramps; }
+
 private:
     /// @return the measurements of the series in the order in which they are shown
     std::vector<size_t> TakeMeasurements(const MeasurementSeries& series);
     void TakeCurves(const std::vector<const J4Chart::Chart*>& charts, const J4Chart::Chart& reference,
                     const Tolerances& rules, bool haveLimits);
     void TakeWorst(const std::vector<const J4Chart::Chart*>& charts, const J4Chart::Chart& reference);
+    void TakeRamps(const std::vector<const J4Chart::Chart*>& charts, const J4Chart::Chart& reference);
     void FindOutside(Curve& curve) const;
 
     std::string referenceName;
@@ -85,6 +99,7 @@ private:
     std::vector<Measurement> measurements;
     std::vector<Curve> curves;
     std::vector<PatchCurve> worst;
+    std::vector<Tones> ramps;
 };
 
 }  // namespace J4Tool

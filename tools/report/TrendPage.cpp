@@ -21,13 +21,17 @@ Json MeasurementObject(const TrendData::Measurement& measurement)
     return object;
 }
 
+Json Values(const std::vector<std::optional<double>>& values)
+{
+    return HtmlPage::Objects(values, [](const std::optional<double>& value) {
+        return value ? Json(HtmlPage::Rounded(*value, decimals)) : Json(nullptr);
+    });
+}
+
 Json CurveOfPage(const TrendData::Curve& curve)
 {
-    Json values = Json::array();
-    for (const auto& value : curve.values) {
-        values.push_back(value ? Json(HtmlPage::Rounded(*value, decimals)) : Json(nullptr));
-    }
-    Json object = {{"name", curve.name}, {"what", curve.what}, {"values", values}, {"outside", curve.outside}};
+    Json object = {
+        {"name", curve.name}, {"what", curve.what}, {"values", Values(curve.values)}, {"outside", curve.outside}};
     if (curve.limit) {
         object["limit"] = *curve.limit;
     }
@@ -35,6 +39,19 @@ Json CurveOfPage(const TrendData::Curve& curve)
         object["control"] = {{"mean", HtmlPage::Rounded(curve.control->mean, decimals)},
                              {"lower", HtmlPage::Rounded(curve.control->lower, decimals)},
                              {"upper", HtmlPage::Rounded(curve.control->upper, decimals)}};
+    }
+    return object;
+}
+
+Json TonesObject(const TrendData::Tones& tones)
+{
+    Json object = {{"ink", tones.ink},
+                   {"light", tones.light},
+                   {"sameLight", tones.sameLight},
+                   {"nominal", HtmlPage::Rounded(tones.nominal, 2)},
+                   {"increases", HtmlPage::Objects(tones.increases, Values)}};
+    if (!tones.reference.empty()) {
+        object["reference"] = Values(tones.reference);
     }
     return object;
 }
@@ -51,6 +68,7 @@ std::string MakeTrendPage(const TrendData& data)
                          {"notices", data.Notices()},
                          {"measurements", HtmlPage::Objects(data.Measurements(), MeasurementObject)},
                          {"curves", HtmlPage::Objects(data.Curves(), CurveOfPage)},
+                         {"ramps", HtmlPage::Objects(data.Ramps(), TonesObject)},
                          {"worst", HtmlPage::Objects(data.Worst(), [](const TrendData::PatchCurve& patch) -> Json {
                               return {{"name", patch.name},
                                       {"reference", {{"colour", patch.reference.code}}},

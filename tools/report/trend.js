@@ -110,9 +110,49 @@
         }, [times, patch.values]));
     }
 
+    // --- tone values
+
+    // The earlier measurements pale, the last one over them, the reference dashed.
+    function drawTones(tones, index) {
+        const value = (_, figures) => figure(figures, 1);
+        const every = [...tones.increases.flat(), ...(tones.reference ?? [])].filter(one => one != null);
+        const pale = {stroke: colourOf('--bar'), width: 1, alpha: 0.6, spanGaps: true, points: {show: false}};
+        plot(`tones-${index}`, 240, {
+            description: `Tone value increase of ${tones.ink} in all measurements`,
+            paperWidth: 310,
+            legend: {show: false},
+            cursor: {drag: {x: false, y: false}},
+            scales: {x: {time: false, range: [0, 100]},
+                y: {range: [Math.min(0, ...every) * 1.1, Math.max(1, ...every) * 1.1]}},
+            axes: [{label: 'Nominal tone value, %'}, {label: 'Increase, %'}],
+            series: [{}, ...tones.increases.map((_, i) => i < count - 1 ? {...pale, value} : {...pale, value, alpha: 1,
+                stroke: colourOf('--measured'), width: 2.5, points: {show: true, size: 5}}),
+            ...(tones.reference ? [{...pale, value, alpha: 1, stroke: colourOf('--reference'), width: 2, dash: [5, 4]}]
+                : [])],
+        }, [tones.nominal, ...tones.increases, ...(tones.reference ? [tones.reference] : [])]);
+    }
+
+    function buildTones() {
+        byId('tones').append(...data.ramps.map((tones, index) => element('div', {},
+            element('h3', {}, tones.ink), element('p', {class: 'limits'}, `Murray-Davies of the ${tones.light}` +
+                (tones.sameLight ? '' : ' in the last measurement, of another light in others')),
+            element('div', {class: 'plot', id: `tones-${index}`}))));
+        byId('tones-help').textContent = 'Thick: the last measurement; thin: those before it' +
+            (data.ramps.some(({reference}) => reference) ? '; dashed: the reference.' : '.');
+        byId('tones-table').replaceChildren(table('Tone value increase in percent', [
+            {head: 'Ink', text: true, cell: ([tones]) => tones.ink},
+            {head: 'Nominal', cell: ([tones, step]) => figure(tones.nominal[step], 0)},
+            ...data.measurements.map(({name}, i) => ({head: name,
+                cell: ([tones, step]) => figure(tones.increases[i][step], 1)})),
+            ...(data.ramps.some(({reference}) => reference) ? [{head: 'Reference',
+                cell: ([tones, step]) => figure(tones.reference?.[step], 1)}] : []),
+        ], data.ramps.flatMap(tones => tones.nominal.map((_, step) => [tones, step]))));
+    }
+
     function draw() {
         data.curves.forEach(drawCurve);
         drawWorst();
+        data.ramps.forEach(drawTones);
     }
 
     // --- the page
@@ -174,6 +214,8 @@
     byId('worst-section').classList.toggle('hidden', data.worst.length === 0);
     buildGlance();
     buildCurves();
+    buildTones();
+    byId('tones-section').classList.toggle('hidden', data.ramps.length === 0);
     buildMeasurements();
     draw();
     keepDrawn(draw);
