@@ -566,7 +566,7 @@ class ToolTest(unittest.TestCase):
     def test_measurements_of_one_chart_are_averaged_and_compared(self):
         # What differs between the files is known: rows that are all lighter, or darker, by a part.
         for name, factor, created in (("a", 1.0, "2026-03-02"), ("b", 1.02, "2026-03-03"), ("c", 0.95, "2026-03-01")):
-            lines = chart(2, 5).replace("CGATS.17", f'CGATS.17\nCREATED "{created}"\nINSTRUMENTATION "one"\nTABLE_SERIAL "{name}"').splitlines()
+            lines = chart(2, 5).replace("CGATS.17", f'CGATS.17\nCREATED "{created}"\nINSTRUMENTATION "one"\nWEIGHTING_FUNCTION "ILLUMINANT,D65;OBSERVER,10 degree"\nTABLE_SERIAL "{name}"').splitlines()
             first = lines.index("BEGIN_DATA") + 1
             rows = [line.split() for line in lines[first:-1]]
             rows = [row[:5] + [f"{float(value) * factor:.6f}" for value in row[5:]] for row in rows]
@@ -579,7 +579,7 @@ class ToolTest(unittest.TestCase):
         for name, spectrum in wanted.items():
             for value, should in zip(mean[name], spectrum):
                 self.assertAlmostEqual(value, should * 0.99, delta=2e-6, msg=name)
-        for part in ('CREATED "2026-03-03"', 'REPEATS "3"', 'INSTRUMENTATION "one"'):
+        for part in ('CREATED "2026-03-03"', 'REPEATS "3"', 'INSTRUMENTATION "one"', "ILLUMINANT,D50;OBSERVER,2 degree"):
             self.assertIn(part, content_of("mean.cgats"))
         self.assertNotIn("TABLE_SERIAL", content_of("mean.cgats"), "they don't agree in it")
         self.assertEqual(tool("average mean.cgats a.cgats -o more.cgats").returncode, DONE)

@@ -4,6 +4,7 @@
 
 #include "chart/cgats/CgatsFields.h"
 #include "chart/colour/Average.h"
+#include "chart/colour/ColourConditions.h"
 #include "tools/FixedText.h"
 #include "tools/MeasuredColumns.h"
 
@@ -19,7 +20,7 @@ using Measurement = MeasurementSeries::Measurement;
 bool IsOfOneFile(const std::string& keyword)
 {
     return keyword.starts_with("SPECTRAL_") || keyword == "LAYOUT_ORIGIN" || keyword == "REPEATS" ||
-           keyword == "DESCRIPTOR" || keyword == "CREATED";
+           keyword == "DESCRIPTOR" || keyword == "CREATED" || keyword == "WEIGHTING_FUNCTION";
 }
 
 /// How many single measurements a file is the average of.
@@ -41,6 +42,7 @@ void AddConditions(CgatsTable& table, const MeasurementSeries& series)
     if (!created.empty()) {
         table.SetKeyword("CREATED", created);
     }
+    table.SetKeyword("WEIGHTING_FUNCTION", J4Chart::ColourConditions().Text());
     table.SetKeyword("REPEATS", J4Chart::NumberText(repeats));
     for (const auto& [keyword, value] : series.Measurements().front().chart.conditions) {
         const bool agreed = std::all_of(series.Measurements().begin(), series.Measurements().end(),
@@ -53,10 +55,12 @@ void AddConditions(CgatsTable& table, const MeasurementSeries& series)
     }
 }
 
+/// Densities of one kind, in all measurements.
 bool HasDensities(const MeasurementSeries& series)
 {
-    return std::all_of(series.Measurements().begin(), series.Measurements().end(), [](const Measurement& measurement) {
-        return measurement.chart.patches.front().densities.has_value();
+    const std::string status = series.Measurements().front().chart.Condition("DENSITY_STATUS");
+    return std::all_of(series.Measurements().begin(), series.Measurements().end(), [&](const Measurement& measurement) {
+        return measurement.chart.patches.front().densities && measurement.chart.Condition("DENSITY_STATUS") == status;
     });
 }
 
