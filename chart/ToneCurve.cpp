@@ -22,13 +22,17 @@ struct Sample {
     std::optional<Densities> densities;
 };
 
-constexpr size_t window = 3;  // bands, so that noise of a single one matters less
+// Light is taken in windows of bands, so that the noise of a single one matters less, and from 410 to 670 nm: beyond it
+// little is seen of an ink.
+constexpr size_t window = 3;
+constexpr size_t firstBand = 3;
+constexpr size_t lastBand = 29;
 
 /// Mean reflectance of each window of bands.
 std::vector<double> Windows(const Spectrum& spectrum)
 {
     std::vector<double> windows;
-    for (size_t band = 0; band + window <= spectrum.size(); ++band) {
+    for (size_t band = firstBand; band + window <= lastBand + 1; ++band) {
         double sum = 0.0;
         for (size_t i = 0; i < window; ++i) {
             sum += static_cast<double>(spectrum[band + i]);
@@ -99,7 +103,7 @@ std::string LightName(bool bySpectra, size_t light)
     if (!bySpectra) {
         return "tristimulus value " + std::string(1, "XYZ"[light]);
     }
-    const int first = FirstWavelength + WavelengthStep * static_cast<int>(light);
+    const int first = FirstWavelength + WavelengthStep * static_cast<int>(firstBand + light);
     return "reflectance at " + std::to_string(first) + " to " +
            std::to_string(first + WavelengthStep * static_cast<int>(window - 1)) + " nm";
 }
@@ -109,8 +113,10 @@ using Ramp = std::map<long, std::vector<size_t>>;  // patches by nominal value, 
 constexpr double hundredths = 100.0;
 constexpr long solidKey = 100 * 100;
 
-/// Nothing where paper and solid can't be told apart.
-std::optional<ToneCurve> CurveOf(const std::string& ink, const Ramp& ramp, const std::vector<const Patch*>& patches)
+/// @param like  whose light is taken where that can be; may be null
+/// @return nothing where paper and solid can't be told apart
+std::optional<ToneCurve> CurveOf(const std::string& ink, const Ramp& ramp, const std::vector<const Patch*>& patches,
+                                 const ToneCurve* like)
 {
     const bool bySpectra = std::all_of(ramp.begin(), ramp.end(), [&](const auto& step) {
         return std::all_of(step.second.begin(), step.second.end(),
@@ -118,7 +124,12 @@ std::optional<ToneCurve> CurveOf(const std::string& ink, const Ramp& ramp, const
     });
     const Sample paper = MeanOfSome(ramp.begin()->second, patches, bySpectra);
     const Sample solid = MeanOfSome(ramp.rbegin()->second, patches, bySpectra);
-    const size_t light = Darkest(paper.lights, solid.lights);
+    size_t light = Darkest(paper.lights, solid.lights);
+    for (size_t i = 0; like != nullptr && i < paper.lights.size(); ++i) {
+        if (LightName(bySpectra, i) == like->light && paper.lights[i] > solid.lights[i]) {
+            light = i;
+        }
+    }
     if (paper.lights[light] <= solid.lights[light] || Colorimetry::Distance(paper.xyz, solid.xyz) < 1e-6) {
         return std::nullopt;
     }
@@ -153,7 +164,8 @@ std::optional<ToneCurve> CurveOf(const std::string& ink, const Ramp& ramp, const
 
 }  // namespace
 
-std::vector<ToneCurve> ToneCurve::Find(const DeviceValues& values, const std::vector<const Patch*>& patches)
+std::vector<ToneCurve> ToneCurve::Find(const DeviceValues& values, const std::vector<const Patch*>& patches,
+                                       const std::vector<ToneCurve>& like)
 {
     std::vector<size_t> paper;
     std::vector<Ramp> ramps(values.Channels().size());
@@ -176,7 +188,9 @@ std::vector<ToneCurve> ToneCurve::Find(const DeviceValues& values, const std::ve
             continue;
         }
         ramp[0] = paper;
-        if (auto curve = CurveOf(values.Channels()[ink], ramp, patches)) {
+        const std::string& name = values.Channels()[ink];
+        const auto same = std::find_if(like.begin(), like.end(), [&](const ToneCurve& one) { return one.ink == name; });
+        if (auto curve = CurveOf(name, ramp, patches, same == like.end() ? nullptr : &*same)) {
             curves.push_back(std::move(*curve));
         }
     }

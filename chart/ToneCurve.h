@@ -32,7 +32,9 @@ struct ToneCurve {
     /// The ramps of a chart, in the order of its inks.
     /// @param values   tell which patches are a ramp's
     /// @param patches  the colours, one for each patch of the values; null where there is none
-    static std::vector<ToneCurve> Find(const DeviceValues& values, const std::vector<const Patch*>& patches);
+    /// @param like     curves that those will be compared with: the same light is taken where that can be
+    static std::vector<ToneCurve> Find(const DeviceValues& values, const std::vector<const Patch*>& patches,
+                                       const std::vector<ToneCurve>& like = {});
 };
 
 }  // namespace J4Chart

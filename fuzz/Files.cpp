@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <sstream>
+#include <tuple>
 
 #include "Utilities/Exceptions/Exceptions.h"
 #include "chart/ChartReader.h"
@@ -10,6 +11,8 @@
 #include "tools/ChartLayout.h"
 #include "tools/MeasurementFile.h"
 #include "tools/ToolError.h"
+#include "tools/judge/Judgement.h"
+#include "tools/judge/ToleranceFile.h"
 #include "tools/report/ReportPage.h"
 
 namespace J4Fuzz {
@@ -81,6 +84,31 @@ try {
     }
     Require(J4Tool::MakeReportPage(report).size() < 20'000'000 + 100'000 * size, "a page is no larger than its data");
 } catch (const CgatsError&) {
+} catch (const J4Tool::ToolError&) {}
+
+void Tolerances(const uint8_t* data, size_t size)
+try {
+    const J4Tool::Tolerances tolerances =
+        J4Tool::ToleranceFile::Read(std::string(reinterpret_cast<const char*>(data), size), "fuzz.toml");
+    J4Chart::Chart chart;
+    chart.deviceFields = {"CMYK_C", "CMYK_M", "CMYK_Y", "CMYK_K"};
+    for (const auto& [name, device, lab] :
+         {std::tuple<const char*, std::vector<std::string>, J4Chart::Colorimetry::Triple>("paper", {"0", "0", "0", "0"},
+                                                                                          {95, 0, -3}),
+          {"solid", {"100", "0", "0", "0"}, {55, -36, -44}},
+          {"grey 50", {"50", "40", "40", "0"}, {58, 0, 0}}}) {
+        J4Chart::Patch patch;
+        patch.name = name;
+        patch.device = device;
+        patch.lab = lab;
+        chart.patches.push_back(patch);
+    }
+    const J4Tool::Judgement judgement(tolerances, chart, chart);
+    Require(judgement.Overall() != J4Tool::Judgement::Verdict::Fail, "a chart is as it should be by itself");
+    for (const auto& line : judgement.Lines()) {
+        Require(line.limit >= 0.0 && line.limit <= 1000.0, "limits are those of colours");
+        Require(line.verdict != J4Tool::Judgement::Verdict::Pass || line.patches > 0, "nothing is held by no patches");
+    }
 } catch (const J4Tool::ToolError&) {}
 
 void Block(const uint8_t* data, size_t size)

@@ -12,7 +12,8 @@
 namespace J4Chart {
 namespace {
 
-std::vector<ToneCurve> CurvesOf(const std::string& fields, const std::string& rows, const std::string& head = "")
+std::vector<ToneCurve> CurvesOf(const std::string& fields, const std::string& rows, const std::string& head = "",
+                                const std::vector<ToneCurve>& like = {})
 {
     std::istringstream input(J4Test::CgatsText("SAMPLE_ID " + fields, rows, head));
     ChartReader::Wanted wanted;
@@ -22,7 +23,7 @@ std::vector<ToneCurve> CurvesOf(const std::string& fields, const std::string& ro
     for (const Patch& patch : chart.patches) {
         patches.push_back(&patch);
     }
-    return ToneCurve::Find(DeviceValues(chart), patches);
+    return ToneCurve::Find(DeviceValues(chart), patches, like);
 }
 
 TEST(ToneValue, OfReflectancesDensitiesAndTristimulusValues)
@@ -69,6 +70,12 @@ TEST(ToneCurve, RampsOfSingleInksFromPaperToSolid)
         EXPECT_NEAR(point.Increase(), expected[i][1] - expected[i][0], 0.01);
     }
     EXPECT_NEAR(curves[0].points[4].sctv, 100.0, 1e-9);
+
+    std::vector<ToneCurve> like = curves;
+    like[0].light = "reflectance at 570 to 590 nm";  // half of it is light that the ink lets pass
+    const ToneCurve other = CurvesOf(fields, row("s", 100, 1.0) + steps + row("p", 0, 0.0), "", like)[0];
+    EXPECT_EQ(other.light, like[0].light);
+    EXPECT_NEAR(other.points[3].toneValue, 70.0, 0.01);
 
     EXPECT_TRUE(CurvesOf(fields, row("s", 100, 1.0) + steps).empty()) << "no paper";
     EXPECT_TRUE(CurvesOf(fields, steps + row("p", 0, 0.0)).empty()) << "no solid";

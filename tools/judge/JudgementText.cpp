@@ -68,6 +68,7 @@ void PrintJudgement(const Judgement& judgement, std::FILE* stream)
         Print(stream, "%s\n", text.c_str());
     }
     Print(stream, "%s\n", judgement.Words().c_str());
+    std::fflush(stream);  // what stands on standard error comes behind it
 }
 
 Json JudgementJson(const Judgement& judgement)

@@ -23,7 +23,7 @@ std::vector<InkRamp> InkRamp::Find(const J4Chart::Chart& measured, const J4Chart
     const J4Chart::DeviceValues values(teller);
     std::vector<J4Chart::ToneCurve> aims = J4Chart::ToneCurve::Find(values, wanted);
     std::vector<InkRamp> ramps;
-    for (J4Chart::ToneCurve& curve : J4Chart::ToneCurve::Find(values, own)) {
+    for (J4Chart::ToneCurve& curve : J4Chart::ToneCurve::Find(values, own, aims)) {
         const auto aim = std::find_if(aims.begin(), aims.end(), [&](const auto& one) { return one.ink == curve.ink; });
         ramps.push_back({std::move(curve), aim == aims.end() ? std::nullopt : std::optional(std::move(*aim))});
     }
