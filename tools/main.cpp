@@ -148,6 +148,7 @@ int main(int argc, char** argv)
     AddReportCommand(app, context);
     AddSeriesCommands(app, context);
     AddTrendCommand(app, context);
+    AddTraceCommand(app, context);
     const std::vector<std::string> words = Arguments(argc, argv, app);
     try {
         try {

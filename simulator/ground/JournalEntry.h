@@ -19,6 +19,9 @@ struct JournalEntry {
         Usb,       ///< something else on its USB cable: "open 0", "control 3 52", "close"
     };
 
+    /// The kinds by their names in a trace, in their order.
+    static constexpr const char* KindNames[] = {"call", "return", "library", "samples", "sent", "received", "usb"};
+
     Kind kind;
     std::string name;  ///< function; frame without its carriage return; what is on the cable
     std::vector<std::string> arguments = {};

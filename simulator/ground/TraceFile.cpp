@@ -10,26 +10,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Kind = JournalEntry::Kind;
 
-const char* NameOf(Kind kind)
-{
-    switch (kind) {
-    case Kind::Call:
-        return "call";
-    case Kind::Return:
-        return "return";
-    case Kind::Library:
-        return "library";
-    case Kind::Samples:
-        return "samples";
-    case Kind::Sent:
-        return "sent";
-    case Kind::Received:
-        return "received";
-    default:
-        return "usb";
-    }
-}
-
 /// Bytes of a line as characters of the same numbers, so that each can be told again.
 std::string BytesAsUtf8(const std::string& bytes)
 {
@@ -68,7 +48,7 @@ void TraceFile::Write(const JournalEntry& entry, int64_t moment)
     if (!IsOpen()) {
         return;
     }
-    Json json = {{"time", moment}, {"kind", NameOf(entry.kind)}};
+    Json json = {{"time", moment}, {"kind", JournalEntry::KindNames[static_cast<size_t>(entry.kind)]}};
     if (!entry.table.empty()) {
         json["table"] = entry.table;
     }

@@ -212,8 +212,28 @@ tones: C drawn 5 rows
 EXPECTED
 grep -q '</script><script>console.error(1)</script>: ' trend.html.seen || fail "a name was changed"
 
+# What was said in a scan of two rows of this chart, and a text that is no element.
+chart 12 2 0 >rows.cgats
+"$tool" --virtual rows.cgats --option Simulator.TraceFile=trace.jsonl scan rows.cgats --trust-place -o rows-measured.cgats >/dev/null
+printf '{"time":60000000,"kind":"return","name":"</script><script>console.error(1)</script>","status":1}\n' >>trace.jsonl
+"$tool" trace trace.jsonl -o trace.html >/dev/null
+expect trace.html <<'EXPECTED'
+subject: trace.jsonl: 60.000 s, 10 motions, 584 samples, 3 failures
+sideways: 
+rows in tables: 2 3
+begin: Where the instrument is is not known yet. 0 of 2 rows done, 0 samples taken.
+end: The instrument is at x 200.0 mm, y 217.5 mm. 2 of 2 rows done, 584 samples taken.
+end of dialogue: 60.000</script><script>console.error(1)</script> = 1
+bed plot: drawn
+last failure: 2.176instrument J4_TriggerMeasurement() = 3: Instrument 240118 is not calibrated in the mode SingleReflectance.
+row 1: The instrument is at x 186.0 mm, y 200.0 mm. 0 of 2 rows done, 5 samples taken.
+half-way: The instrument is at x 277.0 mm, y 200.0 mm. 0 of 2 rows done, 128 samples taken.
+button: Pause
+playing: time goes on
+EXPECTED
+
 # On a phone. The browser makes no window that narrow, so the page stands in a frame.
-for page in chart trend; do
+for page in chart trend trace; do
     cat >$page-phone.html <<PAGE
 <!DOCTYPE html><meta charset="utf-8"><link rel="icon" href="data:,">
 <body style="margin:0"><iframe src="probed-$page.html" width="320" height="2600" style="border:0"></iframe>
@@ -223,7 +243,7 @@ for page in chart trend; do
 PAGE
     browse $page-phone.html --dump-dom --screenshot="$folder/$page-phone.png" >phone.dom
     grep -qxF 'sideways: ' phone.dom || { grep 'sideways' phone.dom >&2; fail "$page.html does not fit a phone"; }
-    grep -qE '^(travel plot: drawn|curve plots: drawn.*)$' phone.dom || fail "$page.html does not draw itself on a phone"
+    grep -qE '^(travel plot: drawn|curve plots: drawn.*|bed plot: drawn)$' phone.dom || fail "$page.html does not draw itself on a phone"
 
     browse probed-$page.html --blink-settings=preferredColorScheme=0 --screenshot="$folder/$page-dark.png" \
         --no-pdf-header-footer --print-to-pdf="$folder/$page.pdf" >/dev/null

@@ -103,9 +103,41 @@
         }
     };
 
+    // A trace: the bed and the dialogue follow the time, which slider, buttons and playing move.
+    const lookAtTrace = () => {
+        const slider = byId('slider');
+        const current = () => document.querySelector('#lines [aria-current]').textContent;
+        const goTo = seconds => {
+            slider.value = seconds * 1e6;
+            slider.dispatchEvent(new Event('input'));
+        };
+        see('subject', text('subject'));
+        seeSideways();
+        see('rows in tables', ['rows', 'failures'].map(rows).join(' '));
+        see('first line', document.querySelector('#lines li').textContent);
+        see('begin', text('bed-text'));
+        const before = byId('bed').toDataURL();
+        goTo(1000);
+        see('end', text('bed-text'));
+        see('end of dialogue', current().slice(0, 60));
+        see('bed plot', before === byId('bed').toDataURL() ? 'the same' : 'drawn');
+        byId('previous').click();
+        see('last failure', current());
+        byId('rows').querySelector('button').click();
+        see('row 1', text('bed-text'));
+        const begin = Number(slider.value);
+        const row = kit.data.tables[0].motions.find(motion => motion.kind === 'scan');
+        goTo((row.begin + row.end) / 2e6);
+        see('half-way', text('bed-text'));
+        goTo(begin / 1e6);
+        byId('play').click();
+        see('button', text('play'));
+        setTimeout(() => see('playing', Number(slider.value) > begin ? 'time goes on' : 'time stands'), 1000);
+    };
+
     setTimeout(() => {
         try {
-            (byId('curves') ? lookAtTrend : lookAtReport)();
+            (byId('curves') ? lookAtTrend : byId('bed') ? lookAtTrace : lookAtReport)();
         } catch (error) {
             see('failed', error);
         }
@@ -117,6 +149,6 @@
             list.textContent = '\n' + lines.join('\n') + '\n';
             document.body.append(list);
             parent.postMessage(list.textContent, '*');
-        }, 100);
+        }, byId('bed') ? 1200 : 100);
     }, 300);
 })();

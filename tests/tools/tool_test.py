@@ -12,6 +12,7 @@ import re
 import select
 import shutil
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
@@ -67,6 +68,11 @@ def column(name, field):
     return [row[index] for row in lines[lines.index(["BEGIN_DATA"]) + 1:lines.index(["END_DATA"])]]
 
 
+def bytes_of(name):
+    with open(name, "rb") as file:
+        return file.read()
+
+
 def spectra(name):
     """The spectrum of each patch of a file."""
     lines = [line.split() for line in content_of(name).splitlines()]
@@ -98,6 +104,33 @@ def labs(rows, name="LAB_L LAB_A LAB_B", head=""):
     """A file of patches with CIELab colours alone, or with the device values of further fields behind them."""
     return "\n".join(["CGATS.17"] + head.splitlines() + ["BEGIN_DATA_FORMAT", "SAMPLE_NAME " + name, "END_DATA_FORMAT", "BEGIN_DATA"] +
                      [" ".join(map(str, row)) for row in rows] + ["END_DATA", ""])
+
+
+def usb_capture(events, link, order):
+    """What usbmon would have seen of a trace: pcap bytes with this link type and byte order. Another device talks too."""
+    capture = struct.pack(order + "IHHiIII", 0xa1b2c3d4, 2, 4, 0, 0, 262144, link)
+
+    def record(time, kind, transfer, endpoint, device, data, setup=b""):
+        seconds, rest = divmod(time + 1700000000000000, 1000000)
+        packet = struct.pack(order + "QcBBBHcc", 7, kind, transfer, endpoint, device, 3, b"\0" if setup else b"-", b"\0")
+        packet += struct.pack(order + "qiiII", seconds, rest, 0, len(data), len(data)) + (setup or bytes(8))
+        packet += bytes(16 if link == 220 else 0) + data
+        return struct.pack(order + "IIII", seconds, rest, len(packet), len(packet)) + packet
+
+    for number, event in enumerate(events):
+        time, name = event["time"], event["name"].encode() + b"\r"
+        capture += record(time, b"C", 3, 0x81, 9, b";a034\r") + record(time, b"S", 3, 0x81, 5, b"")
+        if event["kind"] == "usb":
+            request, value = map(int, event["name"].split()[1:])
+            capture += record(time, b"S", 2, 0x00, 5, b"", struct.pack("<BBHHH", 0x40, request, value, 0, 0))
+        elif event["kind"] == "sent":
+            capture += record(time, b"S", 3, 0x02, 5, name) + record(time, b"C", 3, 0x02, 5, b"")
+        else:
+            # The bytes fall into transfers as they come: here the first stands alone, and packets are filled.
+            status = b"\x01\x60"
+            packets = b"".join(status + name[at:at + 62] for at in range(number % 3, len(name), 62))
+            capture += record(time, b"C", 3, 0x81, 5, status + name[:number % 3]) + record(time, b"C", 3, 0x81, 5, packets)
+    return capture
 
 
 WAYS = ("RECOGNISED", "FITTED", "SPOT")
@@ -211,6 +244,57 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(run.returncode, REFUSED, run.stderr)
             self.assertIn(said, run.stderr)
             self.assertEqual(content_of("t\u00e4ble.state"), damaged)
+
+    def test_a_trace_and_a_capture_say_the_same(self):
+        run = tool("--virtual --option Simulator.TraceFile=t.jsonl scan chart.cgats -o m.cgats --trust-place")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        text = tool("trace t.jsonl").stdout
+        for said in ("  J4_Scan(", "MoveStart: move the sensor, as a scan, x ", " samples of Sorvane1 since ",
+                     "USB control 3 52: baud-rate divisor 52", "\n!", " calls like it"):
+            self.assertIn(said, text)
+        self.assertGreater(len(tool("trace t.jsonl --all").stdout), len(text))
+        traced = [json.loads(line) for line in tool("trace t.jsonl --json").stdout.splitlines()]
+        events = [event for event in traced if event["table"] and event["name"] not in ("open 0", "close")]
+        wanted = [(event["time"] - events[0]["time"], event["kind"], event["name"], event["text"]) for event in events]
+        self.assertGreater(len(wanted), 100)
+        for link, order in ((189, "<"), (220, "<"), (220, ">")):
+            with self.subTest(link=link, order=order):
+                write("t.pcap", usb_capture(events, link, order))
+                run = tool("trace t.pcap --json")
+                self.assertEqual(run.returncode, DONE, run.stderr)
+                seen = [json.loads(line) for line in run.stdout.splitlines()]
+                self.assertEqual([(one["time"], one["kind"], one["name"], one["text"]) for one in seen], wanted)
+                self.assertEqual({one["table"] for one in seen}, {"3.5"})
+        pages = [json.loads(tool(f"trace {name} -o {name}.html --json").stdout) for name in ("t.jsonl", "t.pcap")]
+        for count in ("motions", "scans"):
+            self.assertEqual(pages[0][count], pages[1][count])
+        self.assertEqual(pages[0]["scans"], 4)
+
+        good = bytes_of("t.pcap")
+        lines = bytes_of("t.jsonl").split(b"\n")[:3]
+        for content, complaint in (
+                (b"", "it is empty"), (b"CGATS.17\n", "neither a trace nor a pcap file"),
+                (b"\x0a\x0d\x0d\x0a" + bytes(40), "save it as pcap"),
+                (good[:-1], "it is cut"), (good[:30], "record 1: it is cut"),
+                (good[:20] + struct.pack(">I", 1) + good[24:], "its link type is 1 and not"),
+                (good[:32] + struct.pack(">II", 20, 20) + good[40:], "record 1: it is shorter than its header"),
+                (lines[1], "line 1: this is no trace"),
+                (b"\n".join(lines) + b"\n{\"time\":1}", "line 4: key 'kind' not found"),
+                (b"\n".join(lines[:2]) + b"\n{\"time\":1,", "line 3: parse error at column 11: "),
+                (b"\n".join(lines).replace(b"library", b"yell"), "line 2: there is no kind 'yell'"),
+                (b"\n".join(lines).replace(b'"version":1', b'"version":2'), "line 1: this is no trace, or one of a later")):
+            with self.subTest(complaint):
+                write("bad", content)
+                run = tool("trace bad")
+                self.assertEqual(run.returncode, FILE, run.stderr)
+                self.assertIn("bad: ", run.stderr)
+                self.assertIn(complaint, run.stderr)
+        for arguments, code, complaint in (("trace missing", FILE, "missing: it can't be opened"),
+                                           ("trace t.jsonl -o t.jsonl --force", USAGE, "is read by this command"),
+                                           ("trace t.jsonl -o m.cgats", FILE, "exists")):
+            run = tool(arguments)
+            self.assertEqual(run.returncode, code, run.stderr)
+            self.assertIn(complaint, run.stderr)
 
     def test_ends_with_a_code_for_each_kind_of_failure(self):
         head = b"CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID X\nEND_DATA_FORMAT\nBEGIN_DATA\n"

@@ -25,6 +25,7 @@ void AddReportCommand(CLI::App& app, ToolContext& context);
 /// average, compare.
 void AddSeriesCommands(CLI::App& app, ToolContext& context);
 void AddTrendCommand(CLI::App& app, ToolContext& context);
+void AddTraceCommand(CLI::App& app, ToolContext& context);
 void AddJudgeCommand(CLI::App& app, ToolContext& context);
 
 }  // namespace J4Tool
