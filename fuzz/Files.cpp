@@ -14,6 +14,8 @@
 #include "tools/judge/Judgement.h"
 #include "tools/judge/ToleranceFile.h"
 #include "tools/report/ReportPage.h"
+#include "tools/trace/ArmWay.h"
+#include "tools/trace/Dialogue.h"
 
 namespace J4Fuzz {
 
@@ -110,6 +112,28 @@ try {
         Require(line.verdict != J4Tool::Judgement::Verdict::Pass || line.patches > 0, "nothing is held by no patches");
     }
 } catch (const J4Tool::ToolError&) {}
+
+void Trace(const uint8_t* data, size_t size)
+{
+    std::istringstream input(std::string(reinterpret_cast<const char*>(data), size));
+    J4Tool::ArmWay way;
+    J4Tool::Dialogue dialogue(
+        [](const J4Tool::DialogueLine& line) { Require(!line.text.empty(), "every line says something"); }, false);
+    try {
+        J4Tool::ReadTrace(input, "fuzz", [&](const J4Tool::TraceEvent& event) {
+            dialogue.Add(event);
+            way.Add(event);
+        });
+    } catch (const J4Tool::ToolError& error) {
+        Require(error.code == J4Tool::ExitCode::File, "a file is refused as a file");
+    }
+    dialogue.End();
+    way.End();
+    for (const J4Tool::ArmMotion& motion : way.Motions()) {
+        Require(motion.begin <= motion.stop && motion.acceleration >= 0, "a motion ends behind its begin");
+        Require(2 * motion.acceleration <= motion.stop - motion.begin, "ramps are no longer than the motion");
+    }
+}
 
 void Block(const uint8_t* data, size_t size)
 try {

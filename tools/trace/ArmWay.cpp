@@ -95,6 +95,7 @@ void ArmWay::Finish(int error, int64_t time)
 {
     ArmMotion motion = *running;
     running.reset();
+    motion.begin = std::min(motion.begin, time);
     motion.stop = time;
     motion.error = error;
     if (duration == 0 && motion.start && motion.end && motion.speed > 0.0) {

@@ -1,5 +1,6 @@
 #include "tools/trace/Dialogue.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -11,6 +12,7 @@ namespace J4Tool {
 
 namespace {
 
+constexpr int DeepestShown = 20;  // calls that never end would lead out of sight
 constexpr size_t LongestWord = 60;
 constexpr size_t LongestFrame = 48;
 
@@ -98,7 +100,7 @@ void Dialogue::Add(const TraceEvent& event)
     if (isReturn && depth > 0) {
         --depth;
     }
-    line.depth = depth;
+    line.depth = std::min(depth, DeepestShown);
     if (isCall) {
         ++depth;
     }

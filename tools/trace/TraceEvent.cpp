@@ -18,6 +18,8 @@ constexpr const char* Advice =
     "A trace is what the option Simulator.TraceFile of the virtual table writes, or a capture of usbmon as a pcap "
     "file.";
 
+constexpr uint32_t MostSamples = 1000000;  // of one scan; an instrument has room for fewer
+
 /// UTF-8 characters up to U+00FF as the bytes of their numbers, which is how a trace has the bytes of a line.
 std::string BytesOf(const std::string& text)
 {
@@ -59,6 +61,14 @@ TraceEvent EventOf(const Json& json)
     }
     entry.begin = json.value("begin", int64_t{0});
     entry.count = json.value("count", uint32_t{0});
+    for (const int64_t time : {event.time, entry.begin}) {
+        if (time < 0 || time > LatestTime) {
+            throw std::runtime_error("the time " + std::to_string(time) + " is not one of a trace");
+        }
+    }
+    if (entry.count > MostSamples) {
+        throw std::runtime_error("there are no " + std::to_string(entry.count) + " samples in one run");
+    }
     return event;
 }
 
@@ -104,9 +114,16 @@ void ReadLines(std::istream& stream, const std::string& fileName, const TraceLis
 bool ReadTrace(const std::string& fileName, const TraceListener& listener)
 {
     std::ifstream stream(Kestrelon::Utilities::Tools::PathOf(fileName), std::ios::binary);
-    if (!stream || stream.peek() == std::ifstream::traits_type::eof()) {
-        throw ToolError(ExitCode::File, fileName + ": " + (stream.is_open() ? "it is empty" : "it can't be opened"),
-                        Advice);
+    if (!stream) {
+        throw ToolError(ExitCode::File, fileName + ": it can't be opened", Advice);
+    }
+    return ReadTrace(stream, fileName, listener);
+}
+
+bool ReadTrace(std::istream& stream, const std::string& fileName, const TraceListener& listener)
+{
+    if (stream.peek() == std::istream::traits_type::eof()) {
+        throw ToolError(ExitCode::File, fileName + ": it is empty", Advice);
     }
     if (stream.peek() == '{') {
         ReadLines(stream, fileName, listener);

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <istream>
 #include <string>
 
 #include "simulator/ground/JournalEntry.h"
@@ -19,11 +20,18 @@ struct TraceEvent {
     bool IsFrame() const { return entry.kind == Kind::Sent || entry.kind == Kind::Received; }
 };
 
+/// No event is later: some thirty years, in microseconds.
+inline constexpr int64_t LatestTime = 1000000000000000;
+
 using TraceListener = std::function<void(const TraceEvent&)>;
 
-/// Reads a file of either kind and tells its events in their order.
+/// Reads a file of either kind and tells its events in their order; their times are 0 to LatestTime.
 /// @return whether it is a capture, and so has no calls
 /// @throws ToolError with file, place and reason for what can't be read
 bool ReadTrace(const std::string& fileName, const TraceListener& listener);
+
+/// The same from a stream.
+/// @param fileName  for texts
+bool ReadTrace(std::istream& stream, const std::string& fileName, const TraceListener& listener);
 
 }  // namespace J4Tool

@@ -203,13 +203,15 @@ private:
         if (!isControl && !isOut && !isIn) {
             return;
         }
-        const int64_t moment = static_cast<int64_t>(fields.At(16, 8)) * 1000000 + fields.Word(24);
+        const uint64_t moment = fields.At(16, 8) * 1000000 + fields.Word(24);
         begin = begin.value_or(moment);
+        // Records of two processors may stand the wrong way round by some microseconds.
+        const int64_t time = std::clamp<int64_t>(static_cast<int64_t>(moment - *begin), 0, LatestTime);
         Device& device = DeviceOf(fields.Byte(11), static_cast<uint16_t>(fields.At(12, 2)));
         if (isControl) {
             if (fields.Byte(40) == VendorOut) {
                 // What is on the wire has the wire's byte order, the lowest first.
-                device.TakeControl(moment - *begin, fields.Byte(41), Fields(record, false).Word(42) & 0xffff, listener);
+                device.TakeControl(time, fields.Byte(41), Fields(record, false).Word(42) & 0xffff, listener);
             }
             return;
         }
@@ -221,9 +223,9 @@ private:
         }
         const std::span<const uint8_t> data(record.data() + header, captured);
         if (isOut) {
-            device.TakeOut(moment - *begin, data, listener);
+            device.TakeOut(time, data, listener);
         } else {
-            device.TakeIn(moment - *begin, data, listener);
+            device.TakeIn(time, data, listener);
         }
     }
 
@@ -237,7 +239,7 @@ private:
     bool isBigEndian = false;
     uint32_t link = 0;
     size_t number = 0;
-    std::optional<int64_t> begin;
+    std::optional<uint64_t> begin;
     std::map<std::string, Device> devices;
 };
 
