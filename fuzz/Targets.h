@@ -23,8 +23,8 @@ void Options(const uint8_t* data, size_t size);         ///< keys and values fro
 void LibraryAnswers(const uint8_t* data, size_t size);  ///< what the instrument's library answers
 
 inline const std::map<std::string, Target> Targets = {
-    {"chart", ChartFile}, {"report", Report},   {"tolerances", Tolerances}, {"trace", Trace}, {"block", Block},
-    {"wire", Wire},       {"options", Options}, {"library", LibraryAnswers}};
+    {"chart", ChartFile}, {"report", Report}, {"tolerances", Tolerances}, {"trace", Trace},
+    {"block", Block},     {"wire", Wire},     {"options", Options},       {"library", LibraryAnswers}};
 
 inline void Require(bool holds, const std::string& promise)
 {
