@@ -64,6 +64,7 @@ chart() {
             row = int(i / columns)
             name = sprintf("P%d_%d", row + 1, column + 1)
             if (i == 2) name = "</script><script>console.error(1)</script>"
+            if (i == columns - 1) name = "a name that is longer than the names of patches are"
             if (i == 3) name = "<img src=x>&amp;"
             printf "\"%s\" %d %d 12 12 %d %d FITTED 7 0.1 0.02", name, 200 + 14 * column, 200 + 14 * row, row + 1, column + 1
             # the last row of the small chart is a ramp of cyan, which covers 1.2 times what it should up to 83 percent
