@@ -6,8 +6,26 @@
 
 #include "Utilities/Tools/FilePath.h"
 #include "chart/csv/CsvFile.h"
+#include "chart/cxf/CxfReader.h"
 
 namespace J4Chart::ChartFile {
+
+namespace {
+
+/// Looks at the first character, behind a byte order mark of whatever encoding; the file is at its beginning then.
+bool BeginsAsXml(std::istream& input)
+{
+    int character = input.get();
+    while (character != std::istream::traits_type::eof() &&
+           (character >= 0x80 || character == 0 || std::isspace(character) != 0)) {
+        character = input.get();
+    }
+    input.clear();
+    input.seekg(0);
+    return character == '<';
+}
+
+}  // namespace
 
 CgatsFile Read(const std::string& fileName)
 {
@@ -15,11 +33,12 @@ CgatsFile Read(const std::string& fileName)
     if (!input) {
         throw CgatsError(0, "the file can't be opened");
     }
-    if (!HasEnding(fileName, ".csv")) {
+    const bool isCsv = HasEnding(fileName, ".csv");
+    if (!isCsv && !BeginsAsXml(input)) {
         return CgatsFile::Read(input);
     }
     CgatsFile file;
-    file.Add(CsvFile::Read(input));
+    file.Add(isCsv ? CsvFile::Read(input) : CxfReader::Read(input));
     return file;
 }
 

@@ -1,4 +1,4 @@
-// A file of a chart, of whatever form: CGATS.17 or comma-separated values.
+// A file of a chart, of whatever form: CGATS.17, CxF3, or comma-separated values.
 #pragma once
 
 #include <string>
@@ -7,7 +7,8 @@
 
 namespace J4Chart::ChartFile {
 
-/// Its tables; one whose name ends in ".csv" is read as comma-separated values, any other as CGATS.17.
+/// Its tables: of comma-separated values where the name ends in ".csv", of CxF3 where the file begins as XML does, of
+/// CGATS.17 otherwise.
 /// @throws CgatsError
 CgatsFile Read(const std::string& fileName);
 

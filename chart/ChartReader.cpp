@@ -363,11 +363,11 @@ private:
     /// Colours that no spectrum tells are taken as they are, so they have to be what all others are.
     void RequireUsualColours(const Chart::Conditions& conditions) const
     {
-        const auto stated = ColourConditions::StatedBy(conditions);
-        if (stated && !stated->AreUsual()) {
-            throw CgatsError(table.FindKeyword("WEIGHTING_FUNCTION")->line,
-                             "the colours are for " + stated->Words() + ", and there are no spectra; those for " +
-                                 ColourConditions().Words() + " are wanted");
+        if (ColourConditions().AreStatedOtherwise(conditions)) {
+            const CgatsTable::Keyword& stated = *table.FindKeyword("WEIGHTING_FUNCTION");
+            throw CgatsError(stated.line, "the colours are for " + stated.value +
+                                              ", and there are no spectra; those for " + ColourConditions().Words() +
+                                              " are wanted");
         }
     }
 

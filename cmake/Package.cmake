@@ -152,14 +152,17 @@ install(FILES /usr/share/doc/libcli11-dev/copyright DESTINATION ${document_folde
     RENAME CLI11.txt)
 install(FILES /usr/share/doc/nlohmann-json3-dev/copyright DESTINATION ${document_folder}/licenses COMPONENT sdk
     RENAME nlohmann-json.txt)
+install(FILES /usr/share/doc/librapidxml-dev/copyright DESTINATION ${document_folder}/licenses COMPONENT sdk
+    RENAME rapidxml.txt)
 install(FILES /usr/share/doc/libtomlplusplus-dev/copyright DESTINATION ${document_folder}/licenses COMPONENT sdk
     RENAME tomlplusplus.txt)
 install(FILES tools/report/vendor/LICENSE DESTINATION ${document_folder}/licenses COMPONENT sdk RENAME uPlot.txt)
 
 install(FILES ${package_readme} DESTINATION ${document_folder} COMPONENT sdk RENAME README.md)
-install(FILES docs/continuous_integration.md docs/errors.md docs/languages.md docs/options.md docs/protocol.md
-    docs/python.md docs/simulator.md docs/tolerances.md
+install(FILES docs/continuous_integration.md docs/errors.md docs/files.md docs/guide.md docs/languages.md docs/options.md
+    docs/protocol.md docs/python.md docs/simulator.md docs/tolerances.md docs/tool.md
     DESTINATION ${document_folder}/docs COMPONENT sdk)
+install(DIRECTORY docs/images DESTINATION ${document_folder}/docs COMPONENT sdk)
 install(FILES
     examples/scan_chart.c examples/chart_file.c examples/chart_file.h examples/colour.c examples/colour.h
     examples/scan_chart.py examples/scan_rows.cpp examples/ScanChart.cs c_sdk/csharp/J4Tavla.cs

@@ -6,6 +6,7 @@
 
 #include "Utilities/Exceptions/Exceptions.h"
 #include "chart/ChartReader.h"
+#include "chart/cxf/CxfReader.h"
 #include "fuzz/Targets.h"
 #include "src/Flash/j4TableFlashData.h"
 #include "tools/ChartLayout.h"
@@ -27,7 +28,12 @@ namespace {
 CgatsFile FileOf(const uint8_t* data, size_t size)
 {
     std::istringstream input(std::string(reinterpret_cast<const char*>(data), size));
-    return CgatsFile::Read(input);
+    if (size == 0 || *data != '<') {
+        return CgatsFile::Read(input);
+    }
+    CgatsFile file;
+    file.Add(J4Chart::CxfReader::Read(input));
+    return file;
 }
 
 void RequireTame(const J4Chart::Chart& chart)

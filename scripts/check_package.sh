@@ -81,6 +81,7 @@ usr/share/doc/j4tavla64/examples/charts/chart.pdf
 usr/share/doc/j4tavla64/examples/charts/colours.cgats
 usr/share/doc/j4tavla64/licenses/CLI11.txt
 usr/share/doc/j4tavla64/licenses/nlohmann-json.txt
+usr/share/doc/j4tavla64/licenses/rapidxml.txt
 usr/share/doc/j4tavla64/licenses/tomlplusplus.txt
 usr/share/doc/j4tavla64/licenses/uPlot.txt
 usr/share/doc/j4tavla64/tolerances/iso12647-7.toml
@@ -264,6 +265,7 @@ lib/libj4tavla64.dll.a
 lib/pkgconfig/j4tavla64-virtual.pc
 licenses/CLI11.txt
 licenses/nlohmann-json.txt
+licenses/rapidxml.txt
 licenses/tomlplusplus.txt
 licenses/uPlot.txt
 python/j4tavla/__init__.py

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <utility>
 
+#include "chart/ChartFile.h"
 #include "chart/ChartPages.h"
 #include "chart/ChartReader.h"
 #include "chart/PlaneMap.h"
@@ -55,7 +56,7 @@ ChartLayout ChartLayout::Load(const std::string& fileName, const J4Chart::Grid& 
                               std::optional<size_t> page)
 {
     try {
-        return Read(J4Chart::CgatsFile::Read(fileName), grid, measuredByHand, page);
+        return Read(J4Chart::ChartFile::Read(fileName), grid, measuredByHand, page);
     } catch (const J4Chart::CgatsError& error) {
         throw ToolError(ExitCode::File, "layout '" + fileName + "': " + error.what(),
                         "A layout is a CGATS.17 file with SAMPLE_ID or SAMPLE_NAME and either X, Y, WIDTH, HEIGHT in "

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "Utilities/Tools/FilePath.h"
+#include "chart/ChartFile.h"
 #include "chart/ChartReader.h"
 #include "tools/ToolError.h"
 
@@ -44,7 +45,7 @@ ColourFile ColourFile::Load(const std::string& fileName)
     using Kestrelon::Utilities::Tools::NameOf;
     using Kestrelon::Utilities::Tools::PathOf;
     try {
-        return Read(NameOf(PathOf(fileName).filename()), J4Chart::CgatsFile::Read(fileName));
+        return Read(NameOf(PathOf(fileName).filename()), J4Chart::ChartFile::Read(fileName));
     } catch (const J4Chart::CgatsError& error) {
         throw ToolError(
             ExitCode::File, fileName + ": " + error.what(),

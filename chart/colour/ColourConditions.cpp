@@ -1,5 +1,6 @@
 #include "chart/colour/ColourConditions.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <vector>
@@ -57,6 +58,29 @@ std::vector<std::string> WordsOf(const std::string& text)
 /// The digits that a word such as "2" or "10DEG" begins with.
 std::string Degrees(const std::string& word) { return word.substr(0, word.find_first_not_of("0123456789")); }
 
+/// What a file tells of its colours, in capitals; empty where it does not.
+struct Stated {
+    std::string illuminant;
+    std::string observer;
+};
+
+Stated StatedIn(const Chart::Conditions& conditions)
+{
+    Stated stated;
+    for (const auto& [keyword, value] : conditions) {
+        const std::vector<std::string> words =
+            keyword == "WEIGHTING_FUNCTION" ? WordsOf(value) : std::vector<std::string>();
+        for (size_t i = 0; i + 1 < words.size(); ++i) {
+            if (words[i] == "ILLUMINANT") {
+                stated.illuminant = words[i + 1];
+            } else if (words[i] == "OBSERVER") {
+                stated.observer = Degrees(words[i + 1]);
+            }
+        }
+    }
+    return stated;
+}
+
 }  // namespace
 
 ColourConditions::ColourConditions(Illuminant illuminant, Observer observer)
@@ -93,26 +117,23 @@ ColourConditions::ColourConditions(Illuminant illuminant, Observer observer)
 
 std::optional<ColourConditions> ColourConditions::StatedBy(const Chart::Conditions& conditions)
 {
-    std::optional<size_t> illuminant;
-    std::optional<size_t> observer;
-    for (const auto& [keyword, value] : conditions) {
-        if (keyword != "WEIGHTING_FUNCTION") {
-            continue;
-        }
-        const std::vector<std::string> words = WordsOf(value);
-        for (size_t i = 0; i + 1 < words.size(); ++i) {
-            for (size_t name = 0; words[i] == "ILLUMINANT" && name < IlluminantNames.size(); ++name) {
-                illuminant = words[i + 1] == IlluminantNames[name] ? std::optional(name) : illuminant;
-            }
-            for (size_t name = 0; words[i] == "OBSERVER" && name < ObserverNames.size(); ++name) {
-                observer = Degrees(words[i + 1]) == ObserverNames[name] ? std::optional(name) : observer;
-            }
-        }
-    }
-    if (!illuminant || !observer) {
+    const Stated stated = StatedIn(conditions);
+    const auto indexOf = [](const std::string& name, const auto& names) {
+        return static_cast<size_t>(std::find(names.begin(), names.end(), name) - names.begin());
+    };
+    const size_t illuminant = indexOf(stated.illuminant, IlluminantNames);
+    const size_t observer = indexOf(stated.observer, ObserverNames);
+    if (illuminant == IlluminantNames.size() || observer == ObserverNames.size()) {
         return std::nullopt;
     }
-    return ColourConditions(static_cast<Illuminant>(*illuminant), static_cast<Observer>(*observer));
+    return ColourConditions(static_cast<Illuminant>(illuminant), static_cast<Observer>(observer));
+}
+
+bool ColourConditions::AreStatedOtherwise(const Chart::Conditions& conditions) const
+{
+    const Stated stated = StatedIn(conditions);
+    return (!stated.illuminant.empty() && stated.illuminant != IlluminantName()) ||
+           (!stated.observer.empty() && stated.observer != ObserverName());
 }
 
 std::string ColourConditions::Text() const

@@ -26,6 +26,9 @@ public:
     /// @return nothing where it does not tell both, or others than these
     static std::optional<ColourConditions> StatedBy(const Chart::Conditions& conditions);
 
+    /// Whether a file tells that its colours are for another illuminant or observer, known here or not.
+    bool AreStatedOtherwise(const Chart::Conditions& conditions) const;
+
     Illuminant GetIlluminant() const { return illuminant; }
     Observer GetObserver() const { return observer; }
 

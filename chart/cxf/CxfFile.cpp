@@ -15,6 +15,7 @@
 #include "chart/cgats/CgatsFields.h"
 #include "chart/colour/ColourConditions.h"
 #include "chart/colour/Densities.h"
+#include "chart/cxf/CxfReader.h"
 #include "chart/cxf/XmlText.h"
 
 namespace J4Chart {
@@ -28,9 +29,6 @@ constexpr double lowestFactor = -0.1;
 constexpr double highestFactor = 3.0;
 constexpr int firstStart = 360;  // nm
 constexpr int lastStart = 400;   // nm
-
-/// In the order of DensityFields.
-constexpr std::array<const char*, 4> filters = {"Red", "Green", "Blue", "Visual"};
 
 constexpr std::array<std::string_view, 7> statuses = {"A", "E", "I", "M", "T", "DIN", "Spectral"};
 
@@ -161,7 +159,7 @@ public:
         for (size_t i = 0; i < DensityFields.size() && !status.empty(); ++i) {
             const int field = table.FindField(DensityFields[i]);
             if (field >= 0) {
-                densities.emplace_back(static_cast<size_t>(field), filters[i]);
+                densities.emplace_back(static_cast<size_t>(field), CxfFile::DensityFilters[i]);
                 taken.insert(static_cast<size_t>(field));
             }
         }
@@ -294,7 +292,7 @@ private:
             writer.Close();
         }
         if (taken.size() < table.fields.size()) {
-            writer.Open("TagCollection", {{"Name", "Fields"}});
+            writer.Open("TagCollection", {{"Name", CxfFile::FieldTags}});
             for (size_t field = 0; field < table.fields.size(); ++field) {
                 if (taken.count(field) == 0) {
                     writer.Empty("Tag", {{"Name", table.fields[field]}, {"Value", row.values[field]}}, row.line);
@@ -472,8 +470,53 @@ private:
     Writer writer;
 };
 
+/// Whether a value reads back as it was meant: RGB to four decimals and on another scale, colours not below 0.
+bool IsSame(const std::string& field, const std::string& value, const std::string& back, int screenMaximum)
+{
+    double wanted = 0.0;
+    double read = 0.0;
+    if (value == back) {
+        return true;
+    }
+    if (!ParseNumber(value, wanted) || !ParseNumber(back, read)) {
+        return false;
+    }
+    const bool isScreen = field.starts_with("RGB_");
+    const bool isClipped = field == "LAB_L" || field.starts_with("XYZ_");
+    wanted = isScreen ? wanted * 255.0 / screenMaximum : isClipped ? std::max(wanted, 0.0) : wanted;
+    return std::abs(wanted - read) <= (isScreen ? 255.0 / screenMaximum / largestFactor : 0.0);
+}
+
+/// @param back  what was read of what had been written
+void RequireSame(const CgatsTable& table, const CgatsTable& back, int screenMaximum)
+{
+    if (back.rows.size() != table.rows.size()) {
+        throw CgatsError(table.fieldsLine, "the table reads back as another one");
+    }
+    for (size_t field = 0; field < table.fields.size(); ++field) {
+        // A table without names has its numbers as names; spectral fields have the usual names.
+        const int wavelength = WavelengthOf(table.fields[field]);
+        std::string name = wavelength < 0 ? table.fields[field] : "SPECTRAL_NM" + std::to_string(wavelength);
+        const bool isName = name == "SAMPLE_ID" && table.FindField("SAMPLE_NAME") < 0;
+        const int found = back.FindField(isName ? "SAMPLE_NAME" : name);
+        for (size_t i = 0; i < table.rows.size(); ++i) {
+            if (found < 0 || !IsSame(name, table.rows[i].values[field], back.rows[i].values[static_cast<size_t>(found)],
+                                     screenMaximum)) {
+                throw CgatsError(table.rows[i].line, table.fields[field] + " '" + table.rows[i].values[field] +
+                                                         "' reads back as another one");
+            }
+        }
+    }
+}
+
 }  // namespace
 
-std::string CxfFile::Text(const CgatsTable& table, const Origin& origin) { return TableWriter(table, origin).Text(); }
+std::string CxfFile::Text(const CgatsTable& table, const Origin& origin)
+{
+    std::string text = TableWriter(table, origin).Text();
+    std::istringstream written(text);
+    RequireSame(table, CxfReader::Read(written), origin.screenMaximum);
+    return text;
+}
 
 }  // namespace J4Chart

@@ -2,6 +2,7 @@
 // values; conditions, places and everything else of the table as tags, so that nothing is lost.
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "chart/cgats/CgatsTable.h"
@@ -11,6 +12,12 @@ namespace J4Chart {
 class CxfFile {
 public:
     static constexpr const char* Namespace = "http://colorexchangeformat.com/CxF3-core";
+
+    /// The collection of tags for fields that have no element of their own.
+    static constexpr const char* FieldTags = "Fields";
+
+    /// In the order of DensityFields.
+    static constexpr std::array<const char*, 4> DensityFilters = {"Red", "Green", "Blue", "Visual"};
 
     /// What the format can't hold of measured noise: X, Y, Z and L* below 0. Down to these they are written as 0.
     static constexpr double LowestTristimulus = -0.05;
@@ -23,7 +30,7 @@ public:
         int screenMaximum = 255;  ///< of RGB values, up to 65535
     };
 
-    /// The whole file.
+    /// The whole file. It has been read back, and is the same.
     /// @param table  with SAMPLE_NAME or SAMPLE_ID; spectra in an even step, 1.0 is the perfect diffuser
     /// @throws CgatsError for what the format does not take, with the line it came from
     static std::string Text(const CgatsTable& table, const Origin& origin);

@@ -218,8 +218,10 @@ TEST(ChartReader, RefusalsNameLineAndReason)
         {Straight(380, 690, 10, ""), "the spectra have 380 to 690 nm and do not cover 400 to 700 nm"},
         {Straight(380, 755, 25, ""), "the spectra have nothing between 380 and 405 nm; steps up to 20 nm are taken"},
         {lab("50 0 0", "WEIGHTING_FUNCTION \"ILLUMINANT,D65;OBSERVER,10 degree\"\n"),
-         "line 2: the colours are for D65 and 10 degrees, and there are no spectra; those for D50 and 2 degrees are "
-         "wanted"},
+         "line 2: the colours are for ILLUMINANT,D65;OBSERVER,10 degree, and there are no spectra; those for D50 and 2 "
+         "degrees are wanted"},
+        {lab("50 0 0", "WEIGHTING_FUNCTION \"ILLUMINANT, C\"\n"),
+         "line 2: the colours are for ILLUMINANT, C, and there are no spectra; those for D50 and 2 degrees are wanted"},
     };
     const auto expectRefusal = [](const Case& test, const ChartReader::Wanted& wanted) {
         try {

@@ -7,6 +7,7 @@
 
 #include "chart/cgats/CgatsError.h"
 #include "chart/cgats/CgatsFile.h"
+#include "chart/cxf/CxfReader.h"
 #include "tests/support/ChartText.h"
 
 namespace J4Chart {
@@ -73,6 +74,96 @@ TEST(CxfFile, RefusalsNameLineAndReason)
     for (const auto& [text, reason] : cases) {
         try {
             Written(text);
+            ADD_FAILURE() << "accepted: " << reason;
+        } catch (const CgatsError& error) {
+            EXPECT_EQ(error.what(), reason);
+        }
+    }
+}
+
+/// A file of others: objects of one line each, with two specifications.
+std::string Foreign(const std::string& objects)
+{
+    const auto specification = [](const char* id, const char* illuminant, const char* light) {
+        return std::string("<ColorSpecification Id='") + id + "'><TristimulusSpec><Illuminant>" + illuminant +
+               "</Illuminant><Observer>2_Degree</Observer></TristimulusSpec><MeasurementSpec><WavelengthRange "
+               "StartWL='400' Increment='10'/><Device><Model>Any</Model><DeviceIllumination>" +
+               light + "</DeviceIllumination></Device></MeasurementSpec></ColorSpecification>";
+    };
+    return "\xef\xbb\xbf<?xml version='1.0'?>\n<CxF xmlns='http://colorexchangeformat.com/CxF3-core'>\n"
+           "<!-- > --><FileInformation><Description>a &amp; <![CDATA[b]]></Description><Tag Name='no keyword' "
+           "Value='1'/>"
+           "</FileInformation><Resources><ObjectCollection>\n" +
+           objects + "</ObjectCollection><ColorSpecificationCollection>" + specification("m1", "D50", "M1_Daylight") +
+           specification("m2", "C", "M2_UVExcluded") + "</ColorSpecificationCollection></Resources></CxF>";
+}
+
+CgatsTable ReadCxf(const std::string& text)
+{
+    std::istringstream input(text);
+    return CxfReader::Read(input);
+}
+
+TEST(CxfReader, ReadsWhatOthersWrite)
+{
+    const CgatsTable table = ReadCxf(
+        Foreign("<Object Name='' Id='x1'><ColorValues><ReflectanceSpectrum "
+                "ColorSpecification='m2'>0.1\n0.2</ReflectanceSpectrum>"
+                "<ColorCIELab ColorSpecification='m2'><L>1</L><A>2</A><B>3</B></ColorCIELab></ColorValues>"
+                "<DeviceColorValues><ColorRGB><MaxRange>65535</MaxRange><R>65535</R><G> 0 </G><B>257</B></ColorRGB>"
+                "</DeviceColorValues></Object>\n"
+                "<Object Name='white' Id='x2'><ColorValues><ReflectanceSpectrum ColorSpecification='m1'>1 "
+                "1</ReflectanceSpectrum>"
+                "<ReflectanceSpectrum ColorSpecification='m2' StartWL='400'>0.3 0.4</ReflectanceSpectrum>"
+                "<ColorCIELab ColorSpecification='m2'><L>4</L><A>5</A><B>6</B></ColorCIELab></ColorValues>"
+                "<DeviceColorValues><ColorRGB><R>1</R><G>2</G><B>3</B></ColorRGB></DeviceColorValues></Object>\n"
+                "<Object Name='nothing' Id='x3'/>"));
+    EXPECT_EQ(table.fields, (std::vector<std::string>{"SAMPLE_NAME", "RGB_R", "RGB_G", "RGB_B", "LAB_L", "LAB_A",
+                                                      "LAB_B", "SPECTRAL_NM400", "SPECTRAL_NM410"}));
+    ASSERT_EQ(table.rows.size(), 2u);
+    EXPECT_EQ(table.rows[0].values, (std::vector<std::string>{"x1", "255", "0", "1", "1", "2", "3", "0.1", "0.2"}));
+    EXPECT_EQ(table.rows[1].values, (std::vector<std::string>{"white", "1", "2", "3", "4", "5", "6", "0.3", "0.4"}));
+    EXPECT_EQ(table.rows[1].line, 6);
+    EXPECT_EQ(table.ValueOf("DESCRIPTOR"), "a &");
+    EXPECT_EQ(table.ValueOf("WEIGHTING_FUNCTION"), "ILLUMINANT,C;OBSERVER,2 degree");
+    EXPECT_EQ(table.ValueOf("MEASUREMENT_CONDITION"), "M2");
+    EXPECT_EQ(table.ValueOf("INSTRUMENTATION"), "Any");
+    EXPECT_EQ(table.FindKeyword("no keyword"), nullptr);
+}
+
+TEST(CxfReader, RefusalsNameLineAndReason)
+{
+    const auto object = [](const std::string& values) {
+        return "<Object Name='a' Id='a'><ColorValues>" + values + "</ColorValues></Object>\n";
+    };
+    const std::string lab = "<ColorCIELab ColorSpecification='m1'><L>1</L><A>2</A><B>3</B></ColorCIELab>";
+    std::string deep;
+    for (int i = 0; i < 100000; ++i) {
+        deep += "<a>";
+    }
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "the file is no CxF"},
+        {"<a>\n<b>\n</a></b>", "line 3: no whole XML: invalid closing tag name"},
+        {"<CxF xmlns='http://other'/>",
+         "line 1: the file is no CxF3: its namespace is not http://colorexchangeformat.com/CxF3-core"},
+        {"<a><!-- ", "line 1: what begins here has no end"},
+        {"\n<a b='>", "line 2: what begins here has no end"},
+        {"<!DOCTYPE a [<!ENTITY b 'c'>]><a/>", "line 1: a document type is not taken"},
+        {deep, "line 1: elements lie more than 64 deep in one another"},
+        {std::string("\xff\xfe<\0a\0", 6), "the file is not in UTF-8"},
+        {Foreign(object(lab) + object("")), "line 5: the object 'a' has no LAB_L, which others have"},
+        {Foreign(object("<ColorCIELab ColorSpecification='m1'><L>1</L><A>2</A></ColorCIELab>")),
+         "line 4: ColorCIELab has no B"},
+        {Foreign(object("<ReflectanceSpectrum ColorSpecification='m3'>1</ReflectanceSpectrum>")),
+         "line 4: the spectrum's first wavelength ('') and step ('') are not told as whole numbers of nm"},
+        {Foreign(object(lab) + object("<ColorCIELab ColorSpecification='m2'/>")),
+         "line 5: ColorCIELab is not of the specification 'm1', as that of others is"},
+        {Foreign("<Object Name='a'><DeviceColorValues><ColorRGB><R>x</R></ColorRGB></DeviceColorValues></Object>"),
+         "line 4: R 'x' is not a number"},
+    };
+    for (const auto& [text, reason] : cases) {
+        try {
+            ReadCxf(text);
             ADD_FAILURE() << "accepted: " << reason;
         } catch (const CgatsError& error) {
             EXPECT_EQ(error.what(), reason);

@@ -124,7 +124,10 @@ void AddConvertCommand(CLI::App& app, ToolContext& context)
     const auto arguments = std::make_shared<ConvertArguments>();
     CLI::App* command = app.add_subcommand(
         "convert", "hand a chart or a measurement over to other software: CGATS.17 in its manner, CSV, CxF3");
-    command->add_option("IN", arguments->input, "a layout, list or measured file, CGATS.17 or CSV")->required();
+    command
+        ->add_option("IN", arguments->input,
+                     "a layout, list or measured file: CGATS.17, CxF3, or CSV that ends in .csv")
+        ->required();
     command->add_option("-o,--output", arguments->output, "file to write, whole or not at all; - for standard output")
         ->type_name("OUT")
         ->required();

@@ -5,6 +5,7 @@
 #include <set>
 #include <sstream>
 
+#include "chart/ChartFile.h"
 #include "chart/ChartReader.h"
 #include "chart/cgats/CgatsFields.h"
 #include "tools/ToolError.h"
@@ -84,7 +85,7 @@ SpotInk ReadSpot(const CgatsTable& table, const std::string& field)
 ColourList ColourList::Load(const std::string& fileName, std::optional<double> rgbMaximum)
 {
     try {
-        return Read(J4Chart::CgatsFile::Read(fileName), rgbMaximum);
+        return Read(J4Chart::ChartFile::Read(fileName), rgbMaximum);
     } catch (const CgatsError& error) {
         throw ToolError(
             ExitCode::File, "colours '" + fileName + "': " + error.what(),
