@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "chart/ChartFile.h"
 #include "chart/ChartPages.h"
 #include "chart/ChartReader.h"
 #include "simulator/chart/Aperture.h"
@@ -60,7 +61,7 @@ PrintedChart PrintedChart::Load(const std::string& fileName, std::optional<size_
     wanted.spectra = true;
     wanted.otherBands = true;
     return PrintedChart(
-        J4Chart::ChartReader::Read(J4Chart::ChartPages::Select(J4Chart::CgatsFile::Read(fileName), page), wanted));
+        J4Chart::ChartReader::Read(J4Chart::ChartPages::Select(J4Chart::ChartFile::Read(fileName), page), wanted));
 }
 
 Point PrintedChart::Uncovered(Point place) const

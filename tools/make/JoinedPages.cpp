@@ -4,6 +4,7 @@
 #include <array>
 #include <map>
 
+#include "chart/ChartFile.h"
 #include "chart/ChartReader.h"
 #include "tools/ToolError.h"
 
@@ -35,7 +36,7 @@ std::vector<std::string> CommonFields(const CgatsTable& table)
 
 CgatsTable MeasuredTable(const std::string& file)
 {
-    const J4Chart::CgatsFile read = J4Chart::CgatsFile::Read(file);
+    const J4Chart::CgatsFile read = J4Chart::ChartFile::Read(file);
     J4Chart::ChartReader::Wanted wanted;
     wanted.colours = true;
     const J4Chart::Chart chart = J4Chart::ChartReader::Read(read, wanted);
