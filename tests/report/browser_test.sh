@@ -111,6 +111,7 @@ travel: hidden
 told verdict: fail 1 of 2 limits not held
 limits: <b>all</b>CIEDE2000, mean 12.00 10.52 pass 3 A3 27.15A2 2.37A1 2.04 | <b>all</b>CIEDE2000, maximum 27.14 27.15 fail 3 A3 27.15A2 2.37A1 2.04
 marks: 3
+marks beyond their patches: 0
 spectrum plot: no canvas
 histogram plot: drawn
 hover: Patch A1
@@ -134,6 +135,7 @@ tones: shown
 readings: shown
 travel: shown
 conditions: shown
+marks beyond their patches: 0
 tone values: C 0 0.0 0.0 | C 10 12.0 2.0 | C 20 24.0 4.0 | C 30 36.0 6.0 | C 40 48.0 8.0 | C 50 60.0 10.0
 sideways: 
 spectrum plot: drawn

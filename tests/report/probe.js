@@ -59,6 +59,9 @@
         see('limits', [...byId('verdict-table').querySelectorAll('tbody tr')].map(row =>
             [...row.cells].map(cell => cell.textContent.trim()).join(' ')).join(' | '));
         see('marks', options.filter(option => getComputedStyle(option, '::after').content !== 'none').length);
+        // What of a mark or a figure reaches beyond its patch, over a neighbour or cut off.
+        see('marks beyond their patches', options.filter(option => option.scrollHeight > option.clientHeight + 1 ||
+            option.scrollWidth > option.clientWidth + 1).length);
         see('tone values', [...byId('tones-table').querySelectorAll('tbody tr')].slice(0, 6).map(row =>
             [...row.cells].slice(0, 4).map(cell => cell.textContent.trim()).join(' ')).join(' | '));
         seeSideways();

@@ -104,7 +104,7 @@
 
     // Diameter of a mark as a part of the patch: in proportion to the difference, as far as it can be seen and something
     // of the patch too.
-    const markSize = difference => Math.max(0.16, 0.62 * Math.min(1, difference / (1.2 * limits().at(-1))));
+    const markSize = difference => Math.max(0.16, 0.58 * Math.min(1, difference / (1.2 * limits().at(-1))));
 
     function select(index, focus) {
         if (selected >= 0) {
