@@ -172,10 +172,11 @@ void TableController::Restore(const TableState& state)
     flash.Replace(state.flash);
 }
 
-void TableController::SaveState() const
+void TableController::SaveState()
 {
-    if (!keptIn.empty()) {
-        State().Save(keptIn);
+    // Nobody may take a state for the present one that is not.
+    if (!keptIn.empty() && !State().Save(keptIn)) {
+        keptIn.clear();
     }
 }
 

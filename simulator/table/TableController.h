@@ -38,6 +38,9 @@ public:
     ///         work; nothing is changed then
     void KeepIn(const std::filesystem::path& file);
 
+    /// That file; empty where there is none, or where it took no more.
+    const std::filesystem::path& KeptIn() const { return keptIn; }
+
     /// One character that has come in completely at this moment.
     void Receive(char character, int64_t moment);
 
@@ -123,7 +126,7 @@ private:
     /// The state as it will be when the motors stand.
     TableState State() const;
     void Restore(const TableState& state);
-    void SaveState() const;
+    void SaveState();
 
     /// @param workTime  microseconds that the operation takes when it is done
     static Answer FlashAnswer(TableFlash::Status status, int64_t workTime = 0);

@@ -15,6 +15,7 @@
 
 namespace J4Bench {
 
+using Kestrelon::Utilities::Tools::NameOf;
 using Kestrelon::Utilities::Tools::PathOf;
 
 namespace {
@@ -99,7 +100,7 @@ void SimulatorOptions::AddWorld()
     table.Add(
         {"Simulator.StateFile",
          "file in which the first table keeps position, counters and flash for the next program; \"none\": nowhere",
-         [this](const std::string& text) { return KeepState(text); }, [this] { return stateFile; }});
+         [this](const std::string& text) { return KeepState(text); }, [this] { return KeptState(); }});
     table.Add({"Simulator.Instruments", "number of instruments, 0 to 128",
                [this](const std::string& text) {
                    return OptionTable::ReadInteger(text, 0, InstrumentRack::MaximumInstruments, [this](int64_t count) {
@@ -227,8 +228,13 @@ Outcome SimulatorOptions::KeepState(const std::string& fileName)
     } catch (const std::exception& error) {
         return {Status::InvalidValue, "The table's state can't be kept in '" + fileName + "': " + error.what()};
     }
-    stateFile = name;
     return {};
+}
+
+std::string SimulatorOptions::KeptState() const
+{
+    const std::shared_ptr<TableUnit> first = bench.TableAt(0);
+    return first == nullptr ? std::string() : NameOf(first->Controller().KeptIn());
 }
 
 Outcome SimulatorOptions::TraceTo(const std::string& fileName)

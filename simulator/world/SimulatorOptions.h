@@ -23,11 +23,10 @@ public:
     /// @return how the first that is refused failed; those behind it are not set
     Outcome SetAll(const std::string& settings);
 
-    /// The bench is new: there is no chart on it, and its table keeps its state nowhere.
+    /// The bench is new: there is no chart on it.
     void Forget()
     {
         chartFile.clear();
-        stateFile.clear();
         chartPage = 0;
     }
 
@@ -37,6 +36,7 @@ private:
     Outcome LoadChart(const std::string& fileName);
     Outcome TurnTo(const std::string& page);
     Outcome KeepState(const std::string& fileName);
+    std::string KeptState() const;
     Outcome TraceTo(const std::string& fileName);
     Outcome MoveChart(const std::string& text);
     std::string ChartMoved() const;
@@ -48,7 +48,6 @@ private:
     OptionTable table;
     std::string chartFile;
     int64_t chartPage = 0;  ///< 0: the first
-    std::string stateFile;
     std::string traceFile;
 };
 

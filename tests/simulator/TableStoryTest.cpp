@@ -325,6 +325,13 @@ TEST(TableState, OutlivesItsTableAndIsTakenWholeOrNotAtAll)
     second.table.KeepIn({});
     second.line.Ask("i1", TableLine::Long);
     EXPECT_EQ(TableState::Load(file).arm.x, 3001.0) << "no longer kept";
+    const std::filesystem::path folder = testing::TempDir() + "table.folder";
+    std::filesystem::create_directory(folder);
+    first.table.KeepIn(folder / "state");
+    std::filesystem::remove_all(folder);
+    EXPECT_EQ(first.table.KeptIn(), folder / "state");
+    first.line.Ask("i1", TableLine::Long);
+    EXPECT_EQ(first.table.KeptIn(), "") << "given up";
 
     const auto resealed = [](std::string text) {
         uint32_t sum = 0x811c9dc5;
