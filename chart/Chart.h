@@ -28,8 +28,8 @@ struct Patch {
     int line = 0;                     ///< in the file that it was read from
     std::vector<std::string> device;  ///< ink or screen values, one for each of the chart's device fields
     std::optional<Spectrum> spectrum;
-    std::optional<Colorimetry::Triple> xyz;  ///< D50, white has Y = 100
-    std::optional<Colorimetry::Triple> lab;  ///< D50
+    std::optional<Colorimetry::Triple> xyz;  ///< D50 and 2 degrees, white has Y = 100
+    std::optional<Colorimetry::Triple> lab;  ///< D50 and 2 degrees; nothing where the file's are for others
     std::optional<Reading> reading;
     std::optional<Densities> densities;  ///< as the instrument told them
     std::optional<double> repeatSpread;  ///< of several measurements from their mean, CIEDE2000

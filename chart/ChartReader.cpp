@@ -268,14 +268,19 @@ public:
         chart.blemishes = Blemishes();
         chart.bands = spectra ? spectra.Columns().Bands() : BandRange();
         std::copy_if(table.fields.begin(), table.fields.end(), std::back_inserter(chart.deviceFields), IsDeviceField);
-        if (coloursWanted && !spectra) {
-            RequireUsualColours(chart.conditions);
+        const bool usualColours = !ColourConditions().AreStatedOtherwise(chart.conditions);
+        if (coloursWanted && !spectra && !usualColours) {
+            RefuseColours();
         }
         const bool atCorner = IsAtCorner();
         const double rotation = OneNumber(table, "LAYOUT_ROTATION", angle).value_or(0.0) * std::numbers::pi / 180.0;
         chart.patches.reserve(table.rows.size());
         for (const CgatsTable::Row& row : table.rows) {
             chart.patches.push_back(ReadPatch(row));
+            if (!usualColours) {
+                chart.patches.back().lab.reset();
+                chart.patches.back().xyz.reset();
+            }
             if (!asGrid && places) {
                 chart.places.push_back(ReadPlace(row, atCorner, rotation));
             }
@@ -361,14 +366,11 @@ private:
     }
 
     /// Colours that no spectrum tells are taken as they are, so they have to be what all others are.
-    void RequireUsualColours(const Chart::Conditions& conditions) const
+    [[noreturn]] void RefuseColours() const
     {
-        if (ColourConditions().AreStatedOtherwise(conditions)) {
-            const CgatsTable::Keyword& stated = *table.FindKeyword("WEIGHTING_FUNCTION");
-            throw CgatsError(stated.line, "the colours are for " + stated.value +
-                                              ", and there are no spectra; those for " + ColourConditions().Words() +
-                                              " are wanted");
-        }
+        const CgatsTable::Keyword& stated = *table.FindKeyword("WEIGHTING_FUNCTION");
+        throw CgatsError(stated.line, "the colours are for " + stated.value + ", and there are no spectra; those for " +
+                                          ColourConditions().Words() + " are wanted");
     }
 
     Patch ReadPatch(const CgatsTable::Row& row) const

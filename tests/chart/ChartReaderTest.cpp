@@ -104,6 +104,10 @@ TEST(ChartReader, ColoursFromWhateverTheFileHas)
         EXPECT_NEAR(Colorimetry::Distance(*chart.patches[0].Colour(), {50, 0, 0}), 0.0, 0.1);
     }
     EXPECT_FALSE(Patch().Colour());
+    // Those of another light are none of this chart's where they are not asked for.
+    const std::string other =
+        CgatsText("SAMPLE_ID LAB_L LAB_A LAB_B", "1 9 9 9\n", "WEIGHTING_FUNCTION ILLUMINANT,A\n");
+    EXPECT_FALSE(Read(other, {}).patches[0].Colour());
 }
 
 /// A file with one patch of Lab 9, 9, 9 and a spectrum that is straight, 0.1 at 300 nm and 0.1 more each 100 nm.
