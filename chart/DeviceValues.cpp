@@ -42,8 +42,15 @@ DeviceValues::DeviceValues(const Chart& chart) : fields(chart.deviceFields)
             largest = std::max(largest, value);
         }
     }
-    full = largest > 100.5 ? 255.0 : largest > 1.0 ? 100.0 : 1.0;
-    tolerance = 0.0005 * full;
+    double maximum = 0.0;
+    if (!ParseNumber(chart.Condition(MaximumKeyword), maximum) || maximum <= 0.0) {
+        maximum = largest > 100.5 ? 255.0 : largest > 1.0 ? 100.0 : 1.0;
+    }
+    for (std::vector<double>& patch : values) {
+        for (double& value : patch) {
+            value *= Full() / maximum;
+        }
+    }
 }
 
 std::optional<size_t> DeviceValues::FindChannel(const std::string& name) const

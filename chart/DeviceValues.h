@@ -12,6 +12,9 @@ namespace J4Chart {
 
 class DeviceValues {
 public:
+    /// The keyword that tells what an ink or light in full has in a file.
+    static constexpr const char* MaximumKeyword = "DEVICE_MAXIMUM";
+
     explicit DeviceValues(const Chart& chart);
 
     /// The inks or lights by what their fields end in, for instance "C" for CMYK_C, and spot inks by the name that the chart
@@ -25,10 +28,11 @@ public:
     /// device values.
     bool AreInks() const { return inks; }
 
-    /// The value of a solid or of the full light: 100, or 255 or 1 where the values tell that they are so scaled.
-    double Full() const { return full; }
+    /// The value of a solid, 100, or of the full light, 255.
+    double Full() const { return inks ? 100.0 : 255.0; }
 
-    /// Of a patch, as the file has them; empty where one is no number, or there are none.
+    /// Of a patch, from 0 to Full() whatever the file's scale is: that which its keyword tells, else 255 where it has
+    /// values above 100, 1 where it has none above that, and 100. Empty where one is no number, or there are none.
     const std::vector<double>& Of(size_t patch) const { return values[patch]; }
 
     /// Bare paper: no ink, or all lights.
@@ -41,17 +45,15 @@ public:
     std::optional<size_t> OnlyInk(size_t patch) const;
 
     /// Up to which values are the same: the rounding of files.
-    double Tolerance() const { return tolerance; }
+    double Tolerance() const { return 0.0005 * Full(); }
 
-    bool IsNone(double value) const { return value <= tolerance; }
-    bool IsFull(double value) const { return value >= full - tolerance; }
+    bool IsNone(double value) const { return value <= Tolerance(); }
+    bool IsFull(double value) const { return value >= Full() - Tolerance(); }
 
 private:
     std::vector<std::string> fields;
     std::vector<std::string> channels;
     bool inks = false;
-    double full = 100.0;
-    double tolerance = 0.0;
     std::vector<std::vector<double>> values;
 };
 

@@ -11,6 +11,7 @@
 #include "chart/ChartFile.h"
 #include "chart/ChartPages.h"
 #include "chart/ChartReader.h"
+#include "chart/DeviceValues.h"
 #include "chart/PlaneMap.h"
 #include "chart/cgats/CgatsFields.h"
 #include "tools/ToolError.h"
@@ -177,8 +178,9 @@ std::array<ChartLayout::Corner, 3> ChartLayout::Corners() const
 J4Chart::Chart::Conditions ChartLayout::InkConditions() const
 {
     J4Chart::Chart::Conditions inks;
-    std::copy_if(chart.conditions.begin(), chart.conditions.end(), std::back_inserter(inks),
-                 [](const auto& condition) { return condition.first.starts_with("SPOT_"); });
+    std::copy_if(chart.conditions.begin(), chart.conditions.end(), std::back_inserter(inks), [](const auto& condition) {
+        return condition.first.starts_with("SPOT_") || condition.first == J4Chart::DeviceValues::MaximumKeyword;
+    });
     return inks;
 }
 

@@ -1,11 +1,13 @@
 #include "tools/ColourFile.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 
 #include "Utilities/Tools/FilePath.h"
 #include "chart/ChartFile.h"
 #include "chart/ChartReader.h"
+#include "chart/DeviceValues.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -25,6 +27,48 @@ bool MakeIndex(const J4Chart::Chart& chart, TextOfPatch text, Index& index)
         }
     }
     return true;
+}
+
+/// Names and numbers of patches are the same in many charts, their inks are not.
+void RequireSameDevice(const J4Chart::Chart& measured, const J4Chart::Chart& reference, const PatchMatch& match)
+{
+    constexpr double rounding = 0.006;  // of full: one file may have whole percents, the other has eight bits
+    const J4Chart::DeviceValues own(measured);
+    const J4Chart::DeviceValues other(reference);
+    for (size_t field = 0; field < measured.deviceFields.size(); ++field) {
+        const std::string& name = measured.deviceFields[field];
+        const auto found = std::find(reference.deviceFields.begin(), reference.deviceFields.end(), name);
+        if (found == reference.deviceFields.end()) {
+            continue;
+        }
+        const auto there = static_cast<size_t>(found - reference.deviceFields.begin());
+        for (size_t i = 0; i < match.size(); ++i) {
+            if (!match[i] || own.Of(i).empty() || other.Of(*match[i]).empty()) {
+                continue;
+            }
+            const J4Chart::Patch& patch = measured.patches[i];
+            const J4Chart::Patch& wanted = reference.patches[*match[i]];
+            if (patch.device[field] != wanted.device[there] &&
+                std::abs(own.Of(i)[field] - other.Of(*match[i])[there]) > rounding * own.Full()) {
+                throw ToolError(ExitCode::File,
+                                "the reference is of another chart: patch '" + patch.name + "' has " + name + " " +
+                                    patch.device[field] + " in the measured file (line " + std::to_string(patch.line) +
+                                    ") and " + wanted.device[there] + " in the reference (line " +
+                                    std::to_string(wanted.line) + ")",
+                                "Patches belong together by SAMPLE_NAME, or by SAMPLE_ID where no name is in both "
+                                "files; what full ink or light is, DEVICE_MAXIMUM tells.");
+            }
+        }
+    }
+}
+
+/// Also where one of them tells no device values.
+bool HaveSameDevice(const J4Chart::Chart& measured, const J4Chart::Chart& reference)
+{
+    const std::vector<std::string>& own = measured.deviceFields;
+    const std::vector<std::string>& other = reference.deviceFields;
+    return own.empty() || other.empty() ||
+           std::find_first_of(own.begin(), own.end(), other.begin(), other.end()) != own.end();
 }
 
 }  // namespace
@@ -68,6 +112,12 @@ PatchMatch MatchPatches(const J4Chart::Chart& measured, const J4Chart::Chart& re
             match.push_back(found == index.end() ? std::nullopt : std::optional(found->second));
         }
         if (std::any_of(match.begin(), match.end(), [](const auto& patch) { return patch.has_value(); })) {
+            if (text == &J4Chart::Patch::id && !HaveSameDevice(measured, reference)) {
+                throw ToolError(ExitCode::File,
+                                "the reference has other inks or lights than the measured file, and no name is in both",
+                                "Numbers of patches are the same in many charts. Give the reference of this chart.");
+            }
+            RequireSameDevice(measured, reference, match);
             return match;
         }
     }

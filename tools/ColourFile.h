@@ -24,8 +24,8 @@ struct ColourFile {
 /// Of each measured patch the reference's patch, where it has one.
 using PatchMatch = std::vector<std::optional<size_t>>;
 
-/// By SAMPLE_NAME, or by SAMPLE_ID where names are missing or not unique.
-/// @throws ToolError when no measured patch has a reference
+/// By SAMPLE_NAME, or by SAMPLE_ID where names are missing, not unique, or none is in both files.
+/// @throws ToolError when no measured patch has a reference, or the two have other inks or lights
 PatchMatch MatchPatches(const J4Chart::Chart& measured, const J4Chart::Chart& reference);
 
 }  // namespace J4Tool

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "tests/support/ChartText.h"
+#include "tests/support/Thrown.h"
 #include "tools/ColourFile.h"
 #include "tools/ToolError.h"
 #include "tools/judge/ToleranceFile.h"
@@ -63,7 +64,7 @@ TEST(ToleranceFile, RefusesWhatItDoesNotKnowWithItsLine)
         {RuleFor("{names = 'a', device = 5}"), "line 4: 'device' is not a table"},
         {RuleFor("{device = {C = [60, 40]}}"), "line 4: the lowest value of 'C' is above the highest"},
         {RuleFor("{device = {C = [1, 2, 3]}}"), "line 4: 'C' has 3 values instead of one"},
-        {RuleFor("{device = {C = 'full'}}"), "line 4: 'C' is not a number from 0 to 65535"},
+        {RuleFor("{device = {C = 'full'}}"), "line 4: 'C' is not a number from 0 to 255"},
         {RuleFor("{device = {}}"), "line 4: 'device' names no ink"},
         {"[group.paper]\nnames = 'p*'\n" + RuleFor("'paper'"), "line 1: the group 'paper' is there without being told"},
         {"[group.a]\nname = 'p*'\n" + RuleFor("'a'"), "line 2: 'name' is not known here"},
@@ -90,25 +91,30 @@ TEST(Judgement, PatchesOfARuleByPartNameAndDeviceValue)
     struct Case {
         std::string patches, fields, rows;
         std::vector<std::string> found;
+        Verdict verdict = Verdict::Pass;
     };
+    const Verdict none = Verdict::NotJudged;
     const Case cases[] = {
         {"'paper'", inkFields, inkRows, {"paper1", "paper2"}},
         {"'primaries'", inkFields, inkRows, {"C", "M", "Y", "K"}},
-        {"'secondaries'", inkFields, inkRows, {"MY"}},
+        {"'secondaries'", inkFields, inkRows, {"MY"}, none},
         {"'greys'", inkFields, inkRows, {"grey"}},
         {"'paper'", lights, lightRows, {"white"}},
-        {"'primaries'", lights, lightRows, {"red"}},
-        {"'secondaries'", lights, lightRows, {"yellow"}},
+        {"'primaries'", lights, lightRows, {"red"}, none},
+        {"'secondaries'", lights, lightRows, {"yellow"}, none},
         {"'greys'", lights, lightRows, {"grey"}},
         {"{names = '?rey*'}", inkFields, inkRows, {"grey", "greyK"}},
         {"{names = ['brand *', '*1']}", inkFields, inkRows, {"paper1", "brand red"}},
-        {"{names = '*a*a*'}", inkFields, inkRows, {}},
+        {"{names = ['brand *', 'logo']}", inkFields, inkRows, {"brand red"}, none},
+        {"{names = '*a*a*'}", inkFields, inkRows, {}, none},
         {"{names = '*p*r1'}", inkFields, inkRows, {"paper1"}},
         {"{device = {C = [40, 60], others = 0}}", inkFields, inkRows, {"C50"}},
         {"{device = [{CMYK_K = 10}, {K = 100, others = 0}]}", inkFields, inkRows, {"K", "greyK"}},
         {"{names = 'g*', device = {K = 0}}", inkFields, inkRows, {"grey"}},
         {"{device = {others = [0, 50]}}", inkFields, inkRows, {"paper1", "paper2", "C50", "grey", "brown", "greyK"}},
-        {"{device = {O = 0}}", inkFields, inkRows, {}},
+        {"{device = [{C = 100, others = 0}, {O = 100}]}", inkFields, inkRows, {"C"}, none},
+        {"{device = {O = 0}}", inkFields, inkRows, {}, none},
+        {"{device = {C = 100, others = 0}}", inkFields, "a 255 0 0 0 56 -36 -44\nb 100 0 0 0 56 -36 -44\n", {"a"}},
         {"{device = {R = 128, G = 128}}", lights, lightRows, {"grey", "tint"}},
     };
     for (const Case& test : cases) {
@@ -121,7 +127,7 @@ TEST(Judgement, PatchesOfARuleByPartNameAndDeviceValue)
         }
         EXPECT_EQ(found, test.found);
         EXPECT_EQ(judgement.Lines()[0].patches, test.found.size());
-        EXPECT_EQ(judgement.Overall(), test.found.empty() ? Verdict::NotJudged : Verdict::Pass);
+        EXPECT_EQ(judgement.Overall(), test.verdict);
     }
 }
 
@@ -172,6 +178,25 @@ TEST(Judgement, ValuesAndVerdicts)
         EXPECT_EQ(judgement.Overall(), test.verdict == Verdict::LeftOut ? Verdict::NotJudged : test.verdict);
         EXPECT_EQ(line.reason.empty(), test.verdict == Verdict::Pass || std::string(test.what) == "hue");
     }
+}
+
+TEST(Judgement, OnlyByAReferenceOfTheSameChart)
+{
+    const Tolerances tolerances = Read(RuleFor("'all'"));
+    const std::string ids = "SAMPLE_ID RGB_R" + lab;
+    const std::pair<J4Chart::Chart, const char*> references[] = {
+        {ChartOf(inkFields, "C 100 40 0 0 56 -36 -44\n"), "patch 'C' has CMYK_M 0 in the measured file (line"},
+        {ChartOf("SAMPLE_ID CMYK_C" + lab, "7 0.39 56 -36 -44\n8 1 56 -36 -44\n"), "patch 'C' has CMYK_C 100"},
+        {ChartOf(ids, "7 255 56 -36 -44\n"), "has other inks or lights"},
+    };
+    const J4Chart::Chart measured = ChartOf("SAMPLE_ID " + inkFields, "7 C 100 0 0 0 56 -36 -44\n");
+    for (const auto& [reference, complaint] : references) {
+        SCOPED_TRACE(complaint);
+        EXPECT_THAT(J4Test::Thrown([&, &other = reference] { Judgement(tolerances, measured, other); }),
+                    testing::HasSubstr(complaint));
+    }
+    const J4Chart::Chart scaled = ChartOf("SAMPLE_ID CMYK_C CMYK_M" + lab, "7 1 0.004 56 -36 -44\n");
+    EXPECT_EQ(Judgement(tolerances, measured, scaled).Overall(), Verdict::Pass) << "other scale, rounding";
 }
 
 TEST(Judgement, MeasuredInPartOnlyWhereTheFileAllowsIt)

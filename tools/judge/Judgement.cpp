@@ -52,12 +52,15 @@ public:
         size_t compared = 0;
         size_t withoutReference = 0;
         size_t notMeasured = 0;
+        std::string lacking;  ///< what has to be among the patches and is not, for people
     };
 
     Values ValuesOf(const Tolerances::Rule& rule) const
     {
         Values found;
         found.values.assign(match.size(), none);
+        std::vector<PatchGroup::Need> needs =
+            rule.patches.Needs(measuredValues.Channels().empty() ? referenceValues : measuredValues);
         for (size_t i = 0; i < match.size(); ++i) {
             // A patch is what either file says of it: device values often stand in one of them only.
             const std::optional<Triple> aim = match[i] ? wanted[*match[i]] : std::nullopt;
@@ -68,6 +71,9 @@ public:
             if (aim) {
                 found.values[i] = rule.ValueOf(*aim, *colours[i]);
                 ++found.compared;
+                std::erase_if(needs, [&](const PatchGroup::Need& need) {
+                    return need.isMet(measured, measuredValues, i) || need.isMet(reference, referenceValues, *match[i]);
+                });
             } else {
                 ++found.withoutReference;
             }
@@ -75,6 +81,9 @@ public:
         for (size_t i = 0; i < isMeasured.size(); ++i) {
             const bool isMissing = !isMeasured[i] && rule.patches.Has(reference, referenceValues, i, wanted[i]);
             found.notMeasured += isMissing ? 1 : 0;
+        }
+        for (const PatchGroup::Need& need : needs) {
+            found.lacking += (found.lacking.empty() ? "no patch with " : ", with ") + need.words;
         }
         return found;
     }
@@ -91,7 +100,7 @@ private:
 };
 
 /// Why a rule can't be judged; empty where it can.
-std::string Reason(const Pair::Values& found, bool subset)
+std::string Reason(const Pair::Values& found, bool subset, bool optional)
 {
     if (!subset && found.withoutReference > 0) {
         return Plural(found.withoutReference, "patch") + " without a reference";
@@ -99,7 +108,7 @@ std::string Reason(const Pair::Values& found, bool subset)
     if (!subset && found.notMeasured > 0) {
         return Plural(found.notMeasured, "patch") + " of the reference not measured";
     }
-    return found.compared == 0 ? "no such patches" : "";
+    return found.compared == 0 ? "no such patches" : optional ? "" : found.lacking;
 }
 
 double Of(const J4Chart::DifferenceSummary& summary, Tolerances::Statistic statistic)
@@ -149,7 +158,7 @@ Judgement::Judgement(const Tolerances& tolerances, const Chart& measured, const 
         Line line;
         line.rule = rule;
         line.patches = found.compared;
-        line.reason = Reason(found, tolerances.subset);
+        line.reason = Reason(found, tolerances.subset, rule.optional);
         // Only patches that are on no chart can be done without.
         const bool canBeLeftOut = rule.optional && found.compared + found.withoutReference + found.notMeasured == 0;
         std::optional<J4Chart::DifferenceSummary> summary;

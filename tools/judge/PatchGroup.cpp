@@ -4,6 +4,8 @@
 #include <array>
 #include <string_view>
 
+#include "chart/cgats/CgatsFields.h"
+
 namespace J4Tool {
 
 using J4Chart::DeviceValues;
@@ -102,6 +104,20 @@ bool LiesIn(const PatchGroup::Device& device, const DeviceValues& values, size_t
     return true;
 }
 
+std::string WordsOf(const PatchGroup::Device& device)
+{
+    std::string words;
+    const auto add = [&words](const PatchGroup::Range& range) {
+        words += (words.empty() ? "" : ", ") + range.channel + " " + J4Chart::NumberText(range.low) +
+                 (range.high > range.low ? " to " + J4Chart::NumberText(range.high) : "");
+    };
+    std::for_each(device.ranges.begin(), device.ranges.end(), add);
+    if (device.others) {
+        add(*device.others);
+    }
+    return words;
+}
+
 }  // namespace
 
 std::optional<PatchGroup> PatchGroup::OfPart(const std::string& name)
@@ -131,6 +147,45 @@ bool PatchGroup::Has(const J4Chart::Chart& chart, const DeviceValues& values, si
     };
     return any(patterns, [&](const std::string& pattern) { return Matches(chart.patches[patch].name, pattern); }) &&
            any(devices, [&](const Device& device) { return LiesIn(device, values, patch); });
+}
+
+std::vector<PatchGroup::Need> PatchGroup::Needs(const DeviceValues& values) const
+{
+    std::vector<Need> needs;
+    const std::vector<std::string>& channels = values.Channels();
+    // One channel in full, or two of them.
+    const auto addSolid = [&](const std::vector<std::string>& solid) {
+        needs.push_back({solid.front() + (solid.size() > 1 ? " and " + solid.back() : "") + " in full",
+                         [solid](const J4Chart::Chart&, const DeviceValues& own, size_t patch) {
+                             const std::vector<size_t> solids = own.Solids(patch);
+                             return solids.size() == solid.size() &&
+                                    std::all_of(solids.begin(), solids.end(), [&](size_t channel) {
+                                        return std::count(solid.begin(), solid.end(), own.Channels()[channel]) > 0;
+                                    });
+                         }});
+    };
+    for (size_t i = 0; i < channels.size(); ++i) {
+        if (part == Part::Primaries) {
+            addSolid({channels[i]});
+        }
+        for (size_t k = i + 1; k < channels.size() && part == Part::Secondaries; ++k) {
+            if (IsChromatic(values, i) && IsChromatic(values, k)) {
+                addSolid({channels[i], channels[k]});
+            }
+        }
+    }
+    for (const std::string& pattern : patterns) {
+        needs.push_back({"a name like '" + pattern + "'",
+                         [pattern](const J4Chart::Chart& chart, const DeviceValues&, size_t patch) {
+                             return Matches(chart.patches[patch].name, pattern);
+                         }});
+    }
+    for (const Device& device : devices) {
+        needs.push_back({WordsOf(device), [device](const J4Chart::Chart&, const DeviceValues& own, size_t patch) {
+                             return LiesIn(device, own, patch);
+                         }});
+    }
+    return needs;
 }
 
 }  // namespace J4Tool

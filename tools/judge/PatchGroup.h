@@ -2,6 +2,7 @@
 // their device values.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,7 +26,7 @@ public:
     /// Largest chroma C*ab of the reference of a grey of inks.
     static constexpr double GreyChroma = 6.0;
 
-    /// The values that an ink or light may have.
+    /// The values that an ink, 0 to 100, or a light, 0 to 255, may have.
     struct Range {
         std::string channel;
         double low = 0.0;
@@ -54,6 +55,16 @@ public:
     /// @param reference  the colour that the patch should have, if that is known
     bool Has(const J4Chart::Chart& chart, const J4Chart::DeviceValues& values, size_t patch,
              const std::optional<J4Chart::Colorimetry::Triple>& reference) const;
+
+    /// What the group can't lack without being another one: each name and each set of device values of its lists, each
+    /// ink or light of the primaries, each pair of the secondaries.
+    struct Need {
+        std::string words;
+        std::function<bool(const J4Chart::Chart& chart, const J4Chart::DeviceValues& values, size_t patch)> isMet;
+    };
+
+    /// @param values  of a chart: its inks or lights count
+    std::vector<Need> Needs(const J4Chart::DeviceValues& values) const;
 
 private:
     Part part = Part::All;

@@ -21,7 +21,7 @@ namespace ColourDifference = J4Chart::ColourDifference;
 namespace {
 
 constexpr double largestLimit = 1000.0;
-constexpr double largestDeviceValue = 65535.0;
+constexpr double largestDeviceValue = 255.0;
 
 std::string Listed(const auto& names)
 {

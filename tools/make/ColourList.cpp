@@ -106,14 +106,14 @@ ColourList ColourList::Read(const J4Chart::CgatsFile& file, std::optional<double
     list.table = file.Tables()[chart.table];
     list.FindInks();
     list.ReadSpots();
-    const double maximum = list.isRgb ? rgbMaximum.value_or(FullRgb) : Percent;
+    list.maximum = list.isRgb ? rgbMaximum.value_or(FullRgb) : Percent;
     std::map<std::string, int> lines;
     for (size_t i = 0; i < chart.patches.size(); ++i) {
         const J4Chart::Patch& patch = chart.patches[i];
         Colour colour{patch.name.empty() ? std::to_string(i + 1) : patch.name, patch.line, {}, patch.Colour()};
         for (const size_t field : list.fields) {
             colour.values.push_back(
-                Scaled(list.table.fields[field], list.table.rows[i].values[field], patch.line, maximum));
+                Scaled(list.table.fields[field], list.table.rows[i].values[field], patch.line, list.maximum));
         }
         if (const auto [other, isNew] = lines.emplace(colour.name, patch.line); !isNew) {
             throw CgatsError(patch.line, "the colour of line " + std::to_string(other->second) + " is called " +
@@ -122,7 +122,7 @@ ColourList ColourList::Read(const J4Chart::CgatsFile& file, std::optional<double
         list.colours.push_back(std::move(colour));
     }
     if (list.isRgb && !rgbMaximum) {
-        list.RequireScale(maximum);
+        list.RequireScale();
     }
     return list;
 }
@@ -161,7 +161,7 @@ void ColourList::ReadSpots()
 }
 
 /// A list on another scale would be printed all too dark, and nobody would see why.
-void ColourList::RequireScale(double maximum) const
+void ColourList::RequireScale() const
 {
     double highest = 0.0;
     for (const Colour& colour : colours) {

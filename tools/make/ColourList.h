@@ -37,6 +37,10 @@ public:
     static ColourList Read(const J4Chart::CgatsFile& file, std::optional<double> rgbMaximum);
 
     bool IsRgb() const { return isRgb; }
+
+    /// What the list writes for an ink or light in full.
+    double Maximum() const { return maximum; }
+
     const std::vector<SpotInk>& Spots() const { return spots; }
     const std::vector<Colour>& Colours() const { return colours; }
 
@@ -46,9 +50,10 @@ public:
 private:
     void FindInks();
     void ReadSpots();
-    void RequireScale(double maximum) const;
+    void RequireScale() const;
 
     bool isRgb = false;
+    double maximum = 100.0;
     std::vector<size_t> fields;  ///< of the device values, as Colour::values has them
     std::vector<SpotInk> spots;
     std::vector<Colour> colours;

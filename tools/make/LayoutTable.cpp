@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "chart/DeviceValues.h"
 #include "chart/cgats/CgatsFields.h"
 #include "tools/make/PagePainter.h"
 #include "tools/make/PrintModel.h"
@@ -72,6 +73,7 @@ LayoutTable::LayoutTable(const ColourList& list, const PageLayout& pages, const 
         marks += (marks.empty() ? "" : " ") + PointText(pages.OnBed(mark));
     }
     layout.SetKeyword("LAYOUT_MARKS", marks);
+    layout.SetKeyword(J4Chart::DeviceValues::MaximumKeyword, J4Chart::NumberText(list.Maximum()));
     layout.SetKeyword("LAYOUT_PAGES", std::to_string(pages.Pages()));
     DropFields(layout, IsOfPlaces);
     layout.kind = "CGATS.17";
