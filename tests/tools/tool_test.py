@@ -578,7 +578,7 @@ class ToolTest(unittest.TestCase):
         rules, values = "title = 'Trial'\n", []
         for patches, key, of in (("all", "formula = 'CIE 1976'", math.dist), ("primaries", "formula = 'CIE 1994'", cie94),
                                  ("all", "formula = 'CMC(2:1)'", cmc), ("primaries", "of = 'hue'", lambda a, b: parts(a, b)[2]),
-                                 ("secondaries", "of = 'chroma'", lambda a, b: abs(parts(a, b)[1])),
+                                 ("secondaries", "of = 'chroma'\noptional = true", lambda a, b: abs(parts(a, b)[1])),
                                  ("greys", "of = 'grey'", lambda a, b: math.dist(a[1:], b[1:])),
                                  ("paper", "of = 'lightness'", lambda a, b: abs(parts(a, b)[0]))):
             found = sorted(of(wanted[i], measured[i]) for i in chosen[patches])
@@ -719,7 +719,7 @@ class ToolTest(unittest.TestCase):
             measured.append({name: (v[4] - l, v[5] + a * (1 + (name == "mix")), v[6] + b) for name, v in wanted.items()})
             write(f"m{len(measured) - 1}.cgats", labs([(name, *wanted[name][:4], *lab) for name, lab in measured[-1].items()],
                                                       fields, f'CREATED "{date}"'))
-        write("tolerances.toml", '[[rule]]\nname = "ink"\npatches = "primaries"\nof = "lightness"\nmaximum = 2\n')
+        write("tolerances.toml", '[[rule]]\nname = "ink"\npatches = "primaries"\nof = "lightness"\nmaximum = 2\noptional = true\n')
         run = tool("trend m2.cgats m0.cgats m3.cgats m1.cgats --reference ref.cgats --baseline 3 -o t.html --json "
                    "--tolerances tolerances.toml")
         self.assertEqual(run.returncode, DONE, run.stderr)
