@@ -92,14 +92,16 @@ void PatchOrder::Mix(uint64_t seed)
     for (size_t i = order.size(); i > 1; --i) {
         std::swap(order[i - 1], order[Random(i)]);
     }
-    constexpr int mostRounds = 100;
-    bool improved = true;
-    for (int round = 0; round < mostRounds && improved; ++round) {
+    // A list of colours that are all alike can't be parted, and is not tried for ever.
+    constexpr size_t triesForPlace = 300;
+    constexpr size_t mostTries = 20'000'000;
+    size_t tries = 0;
+    for (bool improved = true; improved && tries < mostTries;) {
         improved = false;
         for (size_t place = 0; place < order.size(); ++place) {
             // Beginning anywhere, so that the first places are not emptied of what goes everywhere.
             const size_t begin = Random(order.size());
-            for (size_t step = 0; step < order.size() && Fault(place) > 0; ++step) {
+            for (size_t step = 0; step < std::min(triesForPlace, order.size()) && Fault(place) > 0; ++step, ++tries) {
                 improved |= Improve(place, (begin + step) % order.size());
             }
         }
