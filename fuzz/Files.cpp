@@ -14,6 +14,9 @@
 #include "tools/ToolError.h"
 #include "tools/judge/Judgement.h"
 #include "tools/judge/ToleranceFile.h"
+#include "tools/make/ColourList.h"
+#include "tools/make/LayoutTable.h"
+#include "tools/make/PagePainter.h"
 #include "tools/report/ReportPage.h"
 #include "tools/trace/ArmWay.h"
 #include "tools/trace/Dialogue.h"
@@ -140,6 +143,36 @@ void Trace(const uint8_t* data, size_t size)
         Require(2 * motion.acceleration <= motion.stop - motion.begin, "ramps are no longer than the motion");
     }
 }
+
+void Colours(const uint8_t* data, size_t size)
+try {
+    const J4Tool::ColourList list = J4Tool::ColourList::Read(FileOf(data, size), std::nullopt);
+    const size_t count = list.Colours().size();
+    J4Tool::PageLayout::Settings settings;
+    settings.quiet = 1.0;
+    const J4Tool::PageLayout pages(settings, count, J4Tool::WorkArea::Usual());
+    std::vector<size_t> order;
+    while (order.size() < count) {
+        order.push_back(count - order.size() - 1);
+    }
+    CgatsFile file;
+    file.Add(J4Tool::LayoutTable(list, pages, order, {}).SimulatedPrint());
+    std::istringstream text(file.Text());
+    const CgatsFile back = CgatsFile::Read(text);
+    size_t place = 0;
+    for (size_t page = 1; page <= pages.Pages(); ++page) {
+        const J4Tool::ChartLayout layout = J4Tool::ChartLayout::Read(back, {}, false, page);
+        layout.RequireMeasurable();
+        for (const J4Chart::Patch& patch : layout.Patches()) {
+            Require(patch.name == list.Colours()[order[place++]].name, "a chart is the list in its order");
+        }
+    }
+    Require(place == count, "every colour is on a page");
+    J4Tool::PdfDocument document({"", "", 0}, list.Spots());
+    J4Tool::PagePainter(list, pages, order).Draw(document, list.Table().ValueOf("DESCRIPTOR"), "", "");
+    Require(document.Text().ends_with("%%EOF\n"), "a page is whole");
+} catch (const CgatsError&) {
+} catch (const J4Tool::ToolError&) {}
 
 void Block(const uint8_t* data, size_t size)
 try {

@@ -14,6 +14,7 @@ namespace J4Fuzz {
 using Target = void (*)(const uint8_t* data, size_t size);
 
 void ChartFile(const uint8_t* data, size_t size);       ///< layouts, measurements, what lies on the virtual bed
+void Colours(const uint8_t* data, size_t size);         ///< lists of colours that become charts
 void Report(const uint8_t* data, size_t size);          ///< a report of a measured file, with itself as reference
 void Tolerances(const uint8_t* data, size_t size);      ///< a file of tolerances, by which a chart is judged
 void Trace(const uint8_t* data, size_t size);           ///< a trace of the virtual table, or a capture of a real one
@@ -23,8 +24,8 @@ void Options(const uint8_t* data, size_t size);         ///< keys and values fro
 void LibraryAnswers(const uint8_t* data, size_t size);  ///< what the instrument's library answers
 
 inline const std::map<std::string, Target> Targets = {
-    {"chart", ChartFile}, {"report", Report}, {"tolerances", Tolerances}, {"trace", Trace},
-    {"block", Block},     {"wire", Wire},     {"options", Options},       {"library", LibraryAnswers}};
+    {"chart", ChartFile}, {"colours", Colours}, {"report", Report},   {"tolerances", Tolerances}, {"trace", Trace},
+    {"block", Block},     {"wire", Wire},       {"options", Options}, {"library", LibraryAnswers}};
 
 inline void Require(bool holds, const std::string& promise)
 {

@@ -6,7 +6,7 @@ set -eu
 cd "$(dirname "$0")/.."
 minutes=$1
 shift
-[ $# -gt 0 ] || set -- chart report tolerances trace block wire options library
+[ $# -gt 0 ] || set -- chart colours report tolerances trace block wire options library
 scripts/install.sh fuzz
 cmake -S . -B build/fuzz -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug \
     -DCMAKE_CXX_FLAGS_DEBUG=-O1 -DJ4T_SANITIZE=ON -DJ4T_FUZZ=ON >build/configure-fuzz.log

@@ -14,7 +14,7 @@ namespace J4Tool {
 namespace {
 
 using Row = std::array<std::string, 7>;
-constexpr Row Heads = {"rule", "patches", "what", "limit", "value", "", "worst patches"};
+const Row Heads = {"rule", "patches", "what", "limit", "value", "", "worst patches"};
 constexpr std::array<bool, std::tuple_size_v<Row>> IsNumber = {false, true, false, true, true, false, false};
 
 /// Characters, for the width of a column.
