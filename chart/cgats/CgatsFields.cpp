@@ -5,8 +5,6 @@
 #include <charconv>
 #include <cmath>
 
-#include "chart/colour/Spectrum.h"
-
 namespace J4Chart {
 
 namespace {
@@ -57,6 +55,11 @@ int WavelengthOf(const std::string& field)
 std::string SpectralField(size_t band, const std::string& prefix)
 {
     return prefix + std::to_string(FirstWavelength + WavelengthStep * static_cast<int>(band));
+}
+
+std::string RangeText(const BandRange& bands)
+{
+    return SpectralField(bands.first, "") + " to " + SpectralField(bands.last, "") + " nm";
 }
 
 bool IsDeviceField(const std::string& field)

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <string>
 
+#include "chart/colour/Spectrum.h"
+
 namespace J4Chart {
 
 /// A finite number that is the whole of a text, in whatever locale.
@@ -23,6 +25,9 @@ int WavelengthOf(const std::string& field);
 
 /// Name of the field for a band, "SPECTRAL_NM380" for 0.
 std::string SpectralField(size_t band, const std::string& prefix = "SPECTRAL_NM");
+
+/// For people: "400 to 700 nm".
+std::string RangeText(const BandRange& bands);
 
 /// Whether a field holds an ink or screen value, for instance "CMYK_C" or "6CLR_1".
 bool IsDeviceField(const std::string& field);

@@ -144,6 +144,8 @@ class ConvertTest(unittest.TestCase):
         self.convert("chart.cgats -o visible.cxf --bands 31")
         run = tool("report m.cgats --reference visible.cxf -o r.html --force")
         self.assertRegex(run.stdout, r"CIEDE2000: mean 0\.0\d", run.stderr)
+        self.assertIn("The spectra of the reference are of 400 to 700 nm: beyond that", run.stdout)
+        self.assertEqual(content_of("r.html").count('"spectrum":[null,null,0.'), 40, "what the reference has not is no figure")
         self.assertIn("400 to 700 nm", self.convert("visible.cxf -o o.cgats --bands 36", FILE).stderr)
 
     def test_what_no_file_of_the_form_can_hold_is_refused(self):

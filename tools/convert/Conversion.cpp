@@ -28,14 +28,6 @@ bool IsOneOf(const std::string& name, std::initializer_list<const char*> names)
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-std::string RangeText(const BandRange& bands)
-{
-    const auto wavelength = [](size_t band) {
-        return std::to_string(J4Chart::FirstWavelength + J4Chart::WavelengthStep * static_cast<int>(band));
-    };
-    return wavelength(bands.first) + " to " + wavelength(bands.last) + " nm";
-}
-
 /// A reflectance factor that reads back as the same.
 std::string FactorText(float factor, int scale)
 {
@@ -88,8 +80,8 @@ private:
     void RequirePossible() const
     {
         if (hasSpectra && (bands.first < chart.bands.first || bands.last > chart.bands.last)) {
-            throw CgatsError(source.fieldsLine, "the spectra have " + RangeText(chart.bands) + "; " + RangeText(bands) +
-                                                    " can't be made of them");
+            throw CgatsError(source.fieldsLine, "the spectra have " + J4Chart::RangeText(chart.bands) + "; " +
+                                                    J4Chart::RangeText(bands) + " can't be made of them");
         }
         if (!hasSpectra && (wanted.bands || wanted.conditions)) {
             throw CgatsError(source.fieldsLine, wanted.bands ? "there are no spectra whose bands could be chosen"

@@ -20,10 +20,17 @@ namespace {
 namespace ColourDifference = J4Chart::ColourDifference;
 namespace Colorimetry = J4Chart::Colorimetry;
 
-ReportData::Side SideOf(const J4Chart::Patch& patch)
+/// @param bands  that the patch's file has
+ReportData::Side SideOf(const J4Chart::Patch& patch, const J4Chart::BandRange& bands)
 {
     const Colorimetry::Triple lab = *patch.Colour();
-    return {lab, J4Chart::ScreenColourOf(lab), patch.spectrum};
+    ReportData::Side side = {lab, J4Chart::ScreenColourOf(lab), patch.spectrum};
+    for (size_t band = 0; side.spectrum && band < side.spectrum->size(); ++band) {
+        if (band < bands.first || band > bands.last) {
+            (*side.spectrum)[band] = std::numeric_limits<float>::quiet_NaN();
+        }
+    }
+    return side;
 }
 
 /// The two usual ones, and those of the tolerances.
@@ -165,13 +172,13 @@ void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Char
         const J4Chart::Patch& source = measured.patches[i];
         Patch patch;
         patch.name = source.name;
-        patch.measured = SideOf(source);
+        patch.measured = SideOf(source, measured.bands);
         patch.reading = source.reading;
         patch.densities = source.densities;
         patch.repeatSpread = source.repeatSpread;
         outside += patch.measured.colour.inGamut ? 0 : 1;
         if (references[i]) {
-            patch.reference = SideOf(reference->patches[*references[i]]);
+            patch.reference = SideOf(reference->patches[*references[i]], reference->bands);
             patch.parts = ColourDifference::PartsOf(patch.reference->lab, patch.measured.lab);
         } else {
             ++missing;
@@ -205,6 +212,13 @@ void ReportData::TakePatches(const J4Chart::Chart& measured, const J4Chart::Char
     if (unused > 0) {
         notices.push_back(Counted(unused, "patch of the reference was", "patches of the reference were") +
                           " not measured.");
+    }
+    for (const auto& [chart, which] : {std::pair(&measured, "measured file"), {reference, "reference"}}) {
+        if (!(chart->bands == J4Chart::BandRange())) {
+            notices.push_back(std::string("The spectra of the ") + which + " are of " +
+                              J4Chart::RangeText(chart->bands) +
+                              ": beyond that its colours are computed with their last values.");
+        }
     }
     if (measured.patches.front().spectrum.has_value() != reference->patches.front().spectrum.has_value()) {
         notices.push_back(

@@ -25,7 +25,7 @@ public:
     struct Side {
         J4Chart::Colorimetry::Triple lab{};
         J4Chart::ScreenColour colour;
-        std::optional<J4Chart::Spectrum> spectrum;
+        std::optional<J4Chart::Spectrum> spectrum;  ///< not a number where the file has no such band
     };
 
     struct Rectangle {
