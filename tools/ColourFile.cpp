@@ -8,6 +8,7 @@
 #include "chart/ChartFile.h"
 #include "chart/ChartReader.h"
 #include "chart/DeviceValues.h"
+#include "chart/cgats/CgatsFields.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -71,6 +72,24 @@ bool HaveSameDevice(const J4Chart::Chart& measured, const J4Chart::Chart& refere
            std::find_first_of(own.begin(), own.end(), other.begin(), other.end()) != own.end();
 }
 
+/// No paper is as dark as one of which X, Y and Z are on a scale from 0 to 1.
+void RequireUsualScale(const std::vector<J4Chart::Patch>& patches)
+{
+    constexpr double darkest = 0.5;  // that the lightest patch would be on that scale
+    constexpr double lightest = 1.2;
+    double highest = 0.0;
+    for (const J4Chart::Patch& patch : patches) {
+        if (patch.spectrum || patch.lab || !patch.xyz) {
+            return;
+        }
+        highest = std::max(highest, (*patch.xyz)[1]);
+    }
+    if (patches.size() > 1 && highest > darkest && highest <= lightest) {
+        throw J4Chart::CgatsError(
+            0, "XYZ_Y is " + J4Chart::NumberText(highest) + " at most: white has to be 100, and not 1");
+    }
+}
+
 }  // namespace
 
 ColourFile ColourFile::Read(const std::string& name, const J4Chart::CgatsFile& file)
@@ -81,6 +100,7 @@ ColourFile ColourFile::Read(const std::string& name, const J4Chart::CgatsFile& f
     if (read.chart.patches.empty()) {
         throw J4Chart::CgatsError(0, "there are no patches");
     }
+    RequireUsualScale(read.chart.patches);
     return read;
 }
 

@@ -15,6 +15,7 @@
 #include "chart/cgats/CgatsFields.h"
 #include "chart/colour/ColourConditions.h"
 #include "chart/colour/Densities.h"
+#include "chart/colour/MeasuringCondition.h"
 #include "chart/cxf/CxfReader.h"
 #include "chart/cxf/XmlText.h"
 
@@ -444,9 +445,10 @@ private:
     {
         constexpr std::pair<const char*, const char*> lights[] = {
             {"M0", "M0_Incandescent"}, {"M1", "M1_Daylight"}, {"M2", "M2_UVExcluded"}, {"M3", "M3_Polarized"}};
-        const std::string told = table.ValueOf("MEASUREMENT_SOURCE") + " " + table.ValueOf("MEASUREMENT_CONDITION");
+        const std::string told =
+            MeasuringCondition(table.ValueOf("MEASUREMENT_SOURCE"), table.ValueOf("MEASUREMENT_CONDITION"));
         for (const auto& [condition, light] : lights) {
-            if (told.find(condition) != std::string::npos) {
+            if (told == condition) {
                 return light;
             }
         }

@@ -50,6 +50,7 @@ TEST(ToleranceFile, RefusesWhatItDoesNotKnowWithItsLine)
         {rule + "maximun = 1", "line 3: 'maximun' is not known here"},
         {rule, "line 1: the rule 'r' has no limit: mean, percentile95, maximum"},
         {"\n[[rule]]\nmaximum = 1", "line 2: the rule has no name"},
+        {"[[rule]]\nname = \"a\\nb\"\nmaximum = 1", "line 2: 'name' has a line break"},
         {rule + "maximum = -1", "line 3: 'maximum' is not a number from 0 to 1000"},
         {rule + "maximum = nan", "line 3: 'maximum' is not a number"},
         {rule + "maximum = '3'", "line 3: 'maximum' is not a number"},
@@ -207,11 +208,25 @@ TEST(Judgement, MeasuredInPartOnlyWhereTheFileAllowsIt)
     const Judgement part(Read("subset = true\nformula = 'CIE 1976'\n" + text), measured, reference);
     EXPECT_EQ(part.Overall(), Verdict::Fail);
     EXPECT_EQ(part.Words(), "fail: 2 of 3 limits not held");
-    // It must not look as if 1.003 were held by 1.00.
-    EXPECT_EQ(part.Lines()[0].LimitText() + " " + part.Lines()[0].ValueText(), "1.00 1.003");
+    EXPECT_EQ(part.CoverageWords(), "Rules cover 1 of 2 patches.");
     const Judgement whole(Read(text), measured, reference);
     EXPECT_EQ(whole.Lines()[2].reason, "1 patch without a reference");
     EXPECT_EQ(whole.Lines()[2].verdict, Verdict::NotJudged);
+}
+
+TEST(Judgement, FiguresLookAsTheirVerdict)
+{
+    const J4Chart::Chart reference = ChartOf("SAMPLE_NAME" + lab, "a 50 0 0\n");
+    const std::array<std::string, 3> cases[] = {
+        {"1", "51.003", "1.00 1.003"},      {"2.9985", "52.998", "2.9985 2.998"}, {"3", "52.9985", "3.00 3.00"},
+        {"1e-7", "50.1", "0.0000001 0.10"}, {"1e-7", "50", "0.0000001 0.00"},     {"0.25", "51", "0.25 1.00"},
+    };
+    for (const auto& [limit, lightness, texts] : cases) {
+        SCOPED_TRACE(limit + " " + lightness);
+        const Judgement judgement(Read("[[rule]]\nname = 'r'\nof = 'lightness'\nmaximum = " + limit),
+                                  ChartOf("SAMPLE_NAME" + lab, "a " + lightness + " 0 0\n"), reference);
+        EXPECT_EQ(judgement.Lines()[0].LimitText() + " " + judgement.Lines()[0].ValueText(), texts);
+    }
 }
 
 TEST(ToleranceFile, ThoseThatAreShippedJudgeAndTheOneToFillInDoesNot)

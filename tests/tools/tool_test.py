@@ -597,6 +597,7 @@ class ToolTest(unittest.TestCase):
         for line, value in zip(verdicts["measured"]["limits"], values, strict=True):
             self.assertAlmostEqual(line["value"], value, delta=1e-6, msg=line)
         self.assertEqual([verdicts[name]["verdict"] for name in ("measured", "spoilt", "short")], ["pass", "fail", "not judged"])
+        self.assertEqual([verdicts["short"][key] for key in ("patches", "covered")], [6, 6])
         self.assertEqual({line["worst"][0]["patch"] for line in verdicts["spoilt"]["limits"] if line["verdict"] == "fail"}, {"M"})
         self.assertIn("1 patch of the reference not measured", verdicts["short"]["limits"][-1]["reason"])
         run = tool("report spoilt.cgats --reference reference.cgats --tolerances limits.toml -o spoilt.html --json")
@@ -649,7 +650,7 @@ class ToolTest(unittest.TestCase):
 
     def test_measurements_of_one_chart_are_averaged_and_compared(self):
         # What differs between the files is known: rows that are all lighter, or darker, by a part.
-        for name, factor, created in (("a", 1.0, "2026-03-02"), ("b", 1.02, "2026-03-03"), ("c", 0.95, "2026-03-01")):
+        for name, factor, created in (("a", 1.0, "Wed Mar  4 09:00:00 2026"), ("b", 1.02, "Fri Mar  6 09:00:00 2026"), ("c", 0.95, "2026-03-01")):
             lines = chart(2, 5).replace("CGATS.17", f'CGATS.17\nCREATED "{created}"\nINSTRUMENTATION "one"\nWEIGHTING_FUNCTION "ILLUMINANT,D65;OBSERVER,10 degree"\nTABLE_SERIAL "{name}"').splitlines()
             first = lines.index("BEGIN_DATA") + 1
             rows = [line.split() for line in lines[first:-1]]
@@ -663,12 +664,21 @@ class ToolTest(unittest.TestCase):
         for name, spectrum in wanted.items():
             for value, should in zip(mean[name], spectrum):
                 self.assertAlmostEqual(value, should * 0.99, delta=2e-6, msg=name)
-        for part in ('CREATED "2026-03-03"', 'REPEATS "3"', 'INSTRUMENTATION "one"', "ILLUMINANT,D50;OBSERVER,2 degree"):
+        for part in ('CREATED "Fri Mar  6 09:00:00 2026"', 'REPEATS "3"', 'INSTRUMENTATION "one"', "ILLUMINANT,D50;OBSERVER,2 degree"):
             self.assertIn(part, content_of("mean.cgats"))
         self.assertNotIn("TABLE_SERIAL", content_of("mean.cgats"), "they don't agree in it")
         self.assertEqual(tool("average mean.cgats a.cgats -o more.cgats").returncode, DONE)
         self.assertIn('REPEATS "4"', content_of("more.cgats"))
         self.assertEqual(tool("report mean.cgats --reference a.cgats -o r.html").returncode, DONE)
+        for name, date, light in (("d", "yesterday", "M0"), ("e", "2026-03-01", "M1")):
+            write(name + ".cgats", re.sub('CREATED ".*"', f'CREATED "{date}"\nMEASUREMENT_CONDITION "{light}"', content_of("a.cgats")))
+        run = tool("average d.cgats c.cgats -o undated.cgats")
+        self.assertEqual(run.returncode, DONE, run.stderr)
+        self.assertNotIn("CREATED", content_of("undated.cgats"))
+        self.assertNotIn("same values", run.stdout)
+        run = tool("average d.cgats e.cgats -o n.cgats")
+        self.assertEqual(run.returncode, FILE, run.stdout)
+        self.assertIn("e.cgats: it was measured by M1 and not by M0, unlike in d.cgats", run.stderr)
 
         colours = {"A": [(52, 10, -30), (53, 12, -31), (51, 9.5, -28)], "B": [(90, 0, 0), (90.5, 0.2, -0.1), (89, -0.3, 0.4)],
                    "C": [(30, 60, 40), (31, 59, 42), (30.5, 61, 41)]}
@@ -686,6 +696,8 @@ class ToolTest(unittest.TestCase):
             self.assertAlmostEqual(told[formula]["maximum"], max(wanted.values()), delta=1e-9)
         for k, entry in enumerate(told["measurements"]):
             self.assertAlmostEqual(entry["mean"], sum(ciede2000(means[p], values[k]) for p, values in colours.items()) / 3, delta=1e-9)
+        self.assertEqual(told["notices"], [])
+        self.assertIn("The same values: in x.cgats as in x.cgats.", tool("compare x.cgats y.cgats x.cgats").stdout)
         self.assertRegex(tool("compare x.cgats y.cgats z.cgats").stdout, r"Worst patches \(CIEDE2000\): A \d")
 
         rows = [("A", 50, 0, 0, 10), ("B", 60, 0, 0, 20)]
@@ -695,7 +707,8 @@ class ToolTest(unittest.TestCase):
                                 (labs(rows + [("C", 1, 0, 0, 0)], fields), "line 8: the patch 'C' is one more"),
                                 (labs(rows + rows[:1], fields), "line 8: the patch 'A' stands there twice"),
                                 (labs([rows[1], ("A", 50, 0, 0, 30)], fields), "line 7: patch 'A' has CMYK_C 30 and not 10"),
-                                (labs([("A", "x", 0, 0, 10)], fields), "line 6: LAB_L 'x' is not a colour value")):
+                                (labs([("A", "x", 0, 0, 10)], fields), "line 6: LAB_L 'x' is not a colour value"),
+                                (labs([("A", 0.8, 0.85, 0.7), ("B", 0.1, 0.1, 0.1)], "XYZ_X XYZ_Y XYZ_Z"), "XYZ_Y is 0.85 at most")):
             with self.subTest(reason=reason):
                 write("other.cgats", content)
                 run = tool("compare first.cgats other.cgats")
@@ -757,6 +770,18 @@ class ToolTest(unittest.TestCase):
             for told_one, nominal, name in zip(increases, ramp["nominal"], ("paper", "c25", "c50", "c75", "cyan")):
                 tone = 100 * (light["paper"] - light[name]) / (light["paper"] - light["cyan"])
                 self.assertAlmostEqual(told_one, tone - nominal, delta=1e-9)
+
+        # A mean rounds, and thirty times the same is no change all the same.
+        run = tool("trend " + 30 * "m0.cgats " + "--reference ref.cgats -o same.html --json")
+        told = json.loads(run.stdout)
+        self.assertEqual([curve["outside"] for curve in told["curves"]], len(told["curves"]) * [[]])
+        self.assertRegex(" ".join(told["notices"]), r"no width: \d figures .*The same values: in m0.cgats as in m0.cgats, .* 26 more")
+        # What can't be judged by all of its patches.
+        write("part.cgats", re.sub("(?m)^cyan .*\n", "", content_of("ref.cgats")))
+        write("all.toml", '[[rule]]\nname = "all"\nmean = 1.2345\nmaximum = 9\n')
+        run = tool("trend m0.cgats m1.cgats --reference part.cgats --tolerances all.toml -o part.html")
+        self.assertIn("\nall: not judged in 2 of 2 measurements, 1 patch without a reference.\n", run.stdout)
+        self.assertRegex(run.stdout, r"(?m)^all, CIEDE2000, mean: last [\d.]+, limit 1.2345, ")
 
         write("undated.cgats", content_of("ref.cgats"))
         run = tool("trend m2.cgats undated.cgats m0.cgats --reference ref.cgats -o u.html")

@@ -9,6 +9,7 @@
 #include "tools/ColourFile.h"
 #include "tools/FixedText.h"
 #include "tools/Plural.h"
+#include "tools/Rounding.h"
 
 namespace J4Tool {
 
@@ -19,9 +20,6 @@ using J4Chart::DeviceValues;
 using J4Chart::Colorimetry::Triple;
 
 constexpr double none = std::numeric_limits<double>::quiet_NaN();
-
-/// Of the arithmetic: what meets its limit to the last decimal of a file holds it.
-constexpr double rounding = 1e-9;
 
 /// Both charts, made ready to be asked rule by rule.
 class Pair {
@@ -111,6 +109,18 @@ std::string Reason(const Pair::Values& found, bool subset, bool optional)
     return found.compared == 0 ? "no such patches" : optional ? "" : found.lacking;
 }
 
+/// With two decimals, or as many more as it takes.
+template <class Condition>
+std::string TextOf(double value, const Condition& tellsEnough)
+{
+    constexpr int most = 9;
+    int decimals = 2;
+    while (decimals < most && !tellsEnough(std::stod(FixedText(value, decimals)))) {
+        ++decimals;
+    }
+    return FixedText(value, decimals);
+}
+
 double Of(const J4Chart::DifferenceSummary& summary, Tolerances::Statistic statistic)
 {
     switch (statistic) {
@@ -133,7 +143,7 @@ std::string Judgement::Line::What() const
 
 std::string Judgement::Line::LimitText() const
 {
-    return FixedText(limit, std::round(limit * 100.0) / 100.0 == limit ? 2 : 4);
+    return TextOf(limit, [this](double shown) { return shown == limit; });
 }
 
 std::string Judgement::Line::ValueText() const
@@ -141,20 +151,19 @@ std::string Judgement::Line::ValueText() const
     if (!value) {
         return "-";
     }
-    // 3.004 does not hold 3.00, and must not look as if it did.
-    int decimals = 2;
-    while (verdict == Verdict::Fail && decimals < 9 && std::stod(FixedText(*value, decimals)) <= limit) {
-        ++decimals;
-    }
-    return FixedText(*value, decimals);
+    // 3.004 does not hold 3.00, and must not look as if it did; nor as if 2.9985 did not hold 2.9985.
+    return TextOf(*value, [this](double shown) { return IsAbove(shown, limit) == IsAbove(*value, limit); });
 }
 
 Judgement::Judgement(const Tolerances& tolerances, const Chart& measured, const Chart& reference)
-    : title(tolerances.title), source(tolerances.source)
+    : title(tolerances.title), source(tolerances.source), isCovered(measured.patches.size())
 {
     const Pair pair(measured, reference);
     for (const Tolerances::Rule& rule : tolerances.rules) {
         const Pair::Values found = pair.ValuesOf(rule);
+        for (size_t i = 0; i < isCovered.size(); ++i) {
+            isCovered[i] = isCovered[i] || !std::isnan(found.values[i]);
+        }
         Line line;
         line.rule = rule;
         line.patches = found.compared;
@@ -180,10 +189,10 @@ Judgement::Judgement(const Tolerances& tolerances, const Chart& measured, const 
             // A maximum beyond its limit fails, whatever other patches would be.
             const bool isKnown =
                 line.reason.empty() || (line.value && line.statistic == Tolerances::Statistic::Maximum);
-            line.verdict = isKnown && *line.value > line.limit + rounding ? Verdict::Fail
-                           : line.reason.empty()                          ? Verdict::Pass
-                           : canBeLeftOut                                 ? Verdict::LeftOut
-                                                                          : Verdict::NotJudged;
+            line.verdict = isKnown && IsAbove(*line.value, line.limit) ? Verdict::Fail
+                           : line.reason.empty()                       ? Verdict::Pass
+                           : canBeLeftOut                              ? Verdict::LeftOut
+                                                                       : Verdict::NotJudged;
             lines.push_back(line);
         }
     }
@@ -194,6 +203,13 @@ Judgement::Judgement(const Tolerances& tolerances, const Chart& measured, const 
               : any(Verdict::NotJudged) ? Verdict::NotJudged
               : any(Verdict::Pass)      ? Verdict::Pass
                                         : Verdict::NotJudged;
+}
+
+size_t Judgement::Covered() const { return static_cast<size_t>(std::count(isCovered.begin(), isCovered.end(), true)); }
+
+std::string Judgement::CoverageWords() const
+{
+    return "Rules cover " + std::to_string(Covered()) + " of " + Plural(Patches(), "patch") + ".";
 }
 
 std::string Judgement::Words() const

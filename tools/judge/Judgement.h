@@ -42,6 +42,8 @@ public:
 
         /// The value with as many decimals as it takes to see on which side of the limit it lies; "-" where there is none.
         std::string ValueText() const;
+
+        /// The limit with all of its decimals, two at least.
         std::string LimitText() const;
     };
 
@@ -52,6 +54,10 @@ public:
     const std::string& Title() const { return title; }
     const std::string& Source() const { return source; }
 
+    /// How many measured patches there are, and of how many of them a rule tells something.
+    size_t Patches() const { return isCovered.size(); }
+    size_t Covered() const;
+
     /// In the order of the rules.
     const std::vector<Line>& Lines() const { return lines; }
 
@@ -61,9 +67,13 @@ public:
     /// A sentence for people.
     std::string Words() const;
 
+    /// How much of the chart the verdict is about, a sentence for people.
+    std::string CoverageWords() const;
+
 private:
     std::string title;
     std::string source;
+    std::vector<bool> isCovered;  ///< by measured patches
     std::vector<Line> lines;
     Verdict overall = Verdict::NotJudged;
 };

@@ -67,7 +67,7 @@ void PrintJudgement(const Judgement& judgement, std::FILE* stream)
         text.erase(text.find_last_not_of(' ') + 1);
         Print(stream, "%s\n", text.c_str());
     }
-    Print(stream, "%s\n", judgement.Words().c_str());
+    Print(stream, "%s\n%s\n", judgement.Words().c_str(), judgement.CoverageWords().c_str());
     std::fflush(stream);  // what stands on standard error comes behind it
 }
 
@@ -93,6 +93,8 @@ Json JudgementJson(const Judgement& judgement)
     return {{"title", judgement.Title()},
             {"source", judgement.Source()},
             {"verdict", VerdictText(judgement.Overall())},
+            {"patches", judgement.Patches()},
+            {"covered", judgement.Covered()},
             {"limits", lines}};
 }
 

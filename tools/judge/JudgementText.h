@@ -11,10 +11,10 @@ namespace J4Tool {
 /// "pass", "fail", "not judged", "left out".
 const char* VerdictText(Judgement::Verdict verdict);
 
-/// A table of the limits with their values, and the verdict.
+/// A table of the limits with their values, the verdict, and how many patches it is about.
 void PrintJudgement(const Judgement& judgement, std::FILE* stream);
 
-/// Title, source, verdict, and the limits with their values and patches.
+/// Title, source, verdict, how many patches rules cover, and the limits with their values and patches.
 Json JudgementJson(const Judgement& judgement);
 
 /// @throws ToolError unless the verdict is a pass

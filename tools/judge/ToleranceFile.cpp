@@ -263,6 +263,9 @@ private:
         if (!name) {
             Refuse(table, "the rule has no name");
         }
+        if (std::any_of(name->begin(), name->end(), [](char byte) { return static_cast<unsigned char>(byte) < ' '; })) {
+            Refuse(*table.get("name"), "'name' has a line break or another control character in it");
+        }
         rule.name = *name;
         rule.source = Text(table, "source").value_or("");
         rule.patches = PatchesOf(table);

@@ -90,10 +90,10 @@ void PrintTrend(const TrendData& data, const std::string& output)
           Plural(data.Measurements().size(), "measurement").c_str(), Plural(data.PatchCount(), "patch").c_str(),
           data.Baseline());
     for (const TrendData::Curve& curve : data.Curves()) {
-        std::string text = curve.name + ", " + curve.what + ": last ";
-        text += curve.values.back() ? FixedText(*curve.values.back(), 2) : "not judged";
+        std::string text =
+            curve.name + ", " + curve.what + ": last " + (curve.values.back() ? curve.lastText : "not judged");
         if (curve.limit) {
-            text += ", limit " + FixedText(*curve.limit, 2);
+            text += ", limit " + curve.limitText;
         }
         if (curve.control) {
             text += ", mean " + FixedText(curve.control->mean, 2) + ", control limits " +

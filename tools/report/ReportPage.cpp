@@ -141,6 +141,7 @@ Json VerdictObject(const Judgement& judgement)
 {
     return {{"verdict", VerdictText(judgement.Overall())},
             {"words", judgement.Words()},
+            {"coverage", judgement.CoverageWords()},
             {"title", judgement.Title()},
             {"source", judgement.Source()},
             {"lines", HtmlPage::Objects(judgement.Lines(), LineObject)}};

@@ -79,8 +79,12 @@ TrendData::TrendData(const MeasurementSeries& series, const ColourFile& referenc
         }
     }
     TakeCurves(charts, reference.chart, UsualFigures(), false);
+    TellLimitsOfNoWidth();
     TakeWorst(charts, reference.chart);
     TakeRamps(charts, reference.chart);
+    if (const std::string notice = series.Notice(); !notice.empty()) {
+        notices.push_back(notice);
+    }
     constexpr size_t fewest = 5;
     if (this->baseline < fewest) {
         notices.push_back("The control limits are of " + Plural(this->baseline, "measurement") +
@@ -121,16 +125,33 @@ void TrendData::TakeCurves(const std::vector<const Chart*>& charts, const Chart&
                            bool haveLimits)
 {
     std::vector<Curve> found;
+    std::vector<std::string> reasons;
+    std::vector<size_t> notJudged;
     for (const Chart* chart : charts) {
         const Judgement judgement(rules, *chart, reference);
         found.resize(judgement.Lines().size());
+        reasons.resize(found.size());
+        notJudged.resize(found.size());
         for (size_t i = 0; i < found.size(); ++i) {
             const Judgement::Line& line = judgement.Lines()[i];
             found[i].name = line.rule.name;
             found[i].what = line.What();
             found[i].patches = line.patches;
             found[i].limit = haveLimits ? std::optional(line.limit) : std::nullopt;
+            found[i].limitText = haveLimits ? line.LimitText() : "";
+            found[i].lastText = line.ValueText();
+            if (haveLimits && line.verdict == Judgement::Verdict::NotJudged) {
+                reasons[i] = line.reason;
+                ++notJudged[i];
+            }
             found[i].values.push_back(line.value);
+        }
+    }
+    for (size_t i = 0; i < found.size(); ++i) {
+        // All limits of a rule have the same reason.
+        if (notJudged[i] > 0 && (i == 0 || notJudged[i - 1] == 0 || found[i - 1].name != found[i].name)) {
+            notices.push_back(found[i].name + ": not judged in " + std::to_string(notJudged[i]) + " of " +
+                              Plural(charts.size(), "measurement") + ", " + reasons[i] + ".");
         }
     }
     for (Curve& curve : found) {
@@ -163,6 +184,17 @@ void TrendData::FindOutside(Curve& curve) const
         if (curve.values[i] && !curve.control->Has(*curve.values[i])) {
             curve.outside.push_back(i);
         }
+    }
+}
+
+void TrendData::TellLimitsOfNoWidth()
+{
+    const auto count = static_cast<size_t>(std::count_if(curves.begin(), curves.end(), [](const Curve& curve) {
+        return curve.control && curve.control->IsOfNoWidth();
+    }));
+    if (count > 0) {
+        notices.push_back("Control limits of no width: " + Plural(count, "figure") +
+                          " without any change in the measurements that the limits are of.");
     }
 }
 

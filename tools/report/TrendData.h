@@ -30,6 +30,8 @@ public:
         std::string what;                           ///< for instance "CIEDE2000, mean"
         size_t patches = 0;                         ///< that it is of
         std::optional<double> limit;                ///< of the tolerances
+        std::string limitText;                      ///< the same, for people; empty where there is none
+        std::string lastText;                       ///< the last value, for people
         std::vector<std::optional<double>> values;  ///< one for each measurement
         std::optional<ControlLimits> control;       ///< differences don't fall below 0, nor does the lower limit
         std::vector<size_t> outside;                ///< measurements beyond the control limits
@@ -90,6 +92,7 @@ private:
     void TakeWorst(const std::vector<const J4Chart::Chart*>& charts, const J4Chart::Chart& reference);
     void TakeRamps(const std::vector<const J4Chart::Chart*>& charts, const J4Chart::Chart& reference);
     void FindOutside(Curve& curve) const;
+    void TellLimitsOfNoWidth();
 
     std::string referenceName;
     size_t patchCount = 0;

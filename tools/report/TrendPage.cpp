@@ -30,10 +30,14 @@ Json Values(const std::vector<std::optional<double>>& values)
 
 Json CurveOfPage(const TrendData::Curve& curve)
 {
-    Json object = {
-        {"name", curve.name}, {"what", curve.what}, {"values", Values(curve.values)}, {"outside", curve.outside}};
+    Json object = {{"name", curve.name},
+                   {"what", curve.what},
+                   {"values", Values(curve.values)},
+                   {"outside", curve.outside},
+                   {"lastText", curve.lastText}};
     if (curve.limit) {
         object["limit"] = *curve.limit;
+        object["limitText"] = curve.limitText;
     }
     if (curve.control) {
         object["control"] = {{"mean", HtmlPage::Rounded(curve.control->mean, decimals)},

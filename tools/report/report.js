@@ -525,10 +525,10 @@
     // Of a verdict's text: how it looks.
     const verdictClass = text => 'verdict ' + (['pass', 'fail'].includes(text) ? text : 'open');
 
-    function buildVerdict({verdict, words, title, source, lines}) {
+    function buildVerdict({verdict, words, coverage, title, source, lines}) {
         byId('verdict').textContent = verdict;
         byId('verdict').className = verdictClass(verdict);
-        byId('verdict-words').textContent = words.replace(/^[^:]*: /, '');
+        byId('verdict-words').textContent = `${words.replace(/^[^:]*: /, '')}. ${coverage}`;
         byId('verdict-source').textContent = [title, source].filter(text => text).join('. ');
         const behind = line => element('span', {}, line.reason, ...(line.reason ? [' '] : []),
             ...line.behind.slice(0, 4).map(({patch, value}) =>

@@ -70,7 +70,7 @@
     const titleOf = curve => `${curve.name}: ${curve.what}`;
 
     function limitsText(curve) {
-        return [curve.limit == null ? '' : `limit ${figure(curve.limit)}`, curve.control
+        return [curve.limit == null ? '' : `limit ${curve.limitText}`, curve.control
             ? `mean ${figure(curve.control.mean)}, control limits ${figure(curve.control.lower)} to ` +
                 figure(curve.control.upper) : 'no control limits'].filter(text => text).join('; ');
     }
@@ -80,12 +80,15 @@
     const timeAxis = () => data.dated ? {space: 90, values: (_, splits, __, ___, step) =>
         splits.map(moment => (step >= 86400 ? dayText : hourText)(inUtc(moment)))} : {label: 'Measurement', incrs: [1, 2, 5, 10, 20, 50, 100, 200, 500]};
     const timeSeries = () => ({label: 'Measurement', value: (_, __, ___, index) => index == null ? '–' : nameOf(index)});
+    // Half of the last date reaches beyond the last line of the grid.
+    const padding = data.dated ? [null, 38, null, null] : undefined;
     const scales = top => ({x: {time: data.dated, range: span()}, y: {range: [0, top]}});
 
     function drawCurve(curve, index) {
         plot(`curve-${index}`, 220, {
             description: `${titleOf(curve)} over the measurements`,
             paperWidth: 310,
+            padding,
             tzDate: inUtc,
             scales: scales(topOf(curve)),
             axes: [timeAxis(), {}],
@@ -100,6 +103,7 @@
         data.worst.forEach((patch, index) => plot(`worst-${index}`, 120, {
             description: `Difference of patch ${patch.name} over the measurements`,
             paperWidth: 200,
+            padding,
             tzDate: inUtc,
             scales: scales(top),
             legend: {show: false},
@@ -182,8 +186,8 @@
         const isOutside = curve => curve.outside.includes(count - 1);
         byId('glance').replaceChildren(table('The last measurement against the limits', [
             {head: 'Figure', text: true, cell: titleOf},
-            {head: 'Last', cell: curve => marked(figure(last(curve)), isOutside(curve) || isFailed(curve, last(curve)))},
-            {head: 'Limit', cell: ({limit}) => figure(limit)},
+            {head: 'Last', cell: curve => marked(curve.lastText, isOutside(curve) || isFailed(curve, last(curve)))},
+            {head: 'Limit', cell: ({limitText}) => limitText ?? '–'},
             {head: 'Mean', cell: ({control}) => figure(control?.mean)},
             {head: 'Lower', cell: ({control}) => figure(control?.lower)},
             {head: 'Upper', cell: ({control}) => figure(control?.upper)},

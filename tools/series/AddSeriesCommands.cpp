@@ -40,6 +40,19 @@ Json SummaryObject(const DifferenceSummary& summary)
     return {{"mean", summary.Mean()}, {"percentile95", summary.Percentile95()}, {"maximum", summary.Maximum()}};
 }
 
+Json Notices(const MeasurementSeries& series)
+{
+    const std::string notice = series.Notice();
+    return notice.empty() ? Json::array() : Json::array({notice});
+}
+
+void PrintNotice(const MeasurementSeries& series)
+{
+    if (const std::string notice = series.Notice(); !notice.empty()) {
+        Print(stdout, "%s\n", notice.c_str());
+    }
+}
+
 /// The mean differences of all patches from their means, by both formulas.
 struct Spreads {
     std::vector<double> ciede2000;
@@ -88,7 +101,8 @@ void Average(const SeriesArguments& arguments, bool json)
         PrintJson({{"average", arguments.output},
                    {"measurements", series.Measurements().size()},
                    {"patches", series.Patches().size()},
-                   {"CIEDE2000", SummaryObject(summary)}});
+                   {"CIEDE2000", SummaryObject(summary)},
+                   {"notices", Notices(series)}});
         return;
     }
     Print(stdout,
@@ -96,6 +110,7 @@ void Average(const SeriesArguments& arguments, bool json)
           "The average is in %s\n",
           Plural(series.Measurements().size(), "measurement").c_str(), Plural(series.Patches().size(), "patch").c_str(),
           summary.Mean(), summary.Percentile95(), summary.Maximum(), arguments.output.c_str());
+    PrintNotice(series);
 }
 
 /// How far each file lies from the mean of all: one that is apart from the others shows.
@@ -150,7 +165,8 @@ void Compare(const SeriesArguments& arguments, bool json)
                    {"instruments", instruments},
                    {"CIEDE2000", SummaryObject(ciede2000)},
                    {"CIE 1976", SummaryObject(cie1976)},
-                   {"patches", patches}});
+                   {"patches", patches},
+                   {"notices", Notices(series)}});
         return;
     }
     Print(stdout, "%s of %s\nMean colour difference from the mean (MCDM):\n",
@@ -169,6 +185,7 @@ void Compare(const SeriesArguments& arguments, bool json)
         Print(stdout, "They are of %zu instruments: this is how those agree, not how one repeats.\n",
               instruments.size());
     }
+    PrintNotice(series);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "chart/cgats/CgatsFields.h"
 #include "chart/colour/Average.h"
 #include "chart/colour/ColourConditions.h"
+#include "tools/DateText.h"
 #include "tools/FixedText.h"
 #include "tools/MeasuredColumns.h"
 
@@ -30,14 +31,32 @@ double Repeats(const Chart& chart)
     return J4Chart::ParseNumber(chart.Condition("REPEATS"), repeats) && repeats >= 1.0 ? repeats : 1.0;
 }
 
+/// CREATED of the latest measurement that tells it; empty where none does, or one of them can't be read.
+std::string LatestDate(const MeasurementSeries& series)
+{
+    std::string latest;
+    std::optional<std::time_t> time;
+    for (const Measurement& measurement : series.Measurements()) {
+        const std::string date = measurement.chart.Condition("CREATED");
+        const std::optional<std::time_t> dated = ParseDate(date);
+        if (!date.empty() && !dated) {
+            return {};
+        }
+        if (dated && (!time || *dated > *time)) {
+            time = dated;
+            latest = date;
+        }
+    }
+    return latest;
+}
+
 void AddConditions(CgatsTable& table, const MeasurementSeries& series)
 {
-    std::string created;
     double repeats = 0.0;
     for (const Measurement& measurement : series.Measurements()) {
-        created = std::max(created, measurement.chart.Condition("CREATED"));
         repeats += Repeats(measurement.chart);
     }
+    const std::string created = LatestDate(series);
     table.SetKeyword("DESCRIPTOR", "Average of " + std::to_string(series.Measurements().size()) + " measurements");
     if (!created.empty()) {
         table.SetKeyword("CREATED", created);

@@ -4,6 +4,8 @@
 #include <optional>
 #include <vector>
 
+#include "tools/Rounding.h"
+
 namespace J4Tool {
 
 struct ControlLimits {
@@ -17,7 +19,10 @@ struct ControlLimits {
     /// @return nothing for fewer than two values
     static std::optional<ControlLimits> Of(const std::vector<double>& baseline);
 
-    bool Has(double value) const { return value >= lower && value <= upper; }
+    bool Has(double value) const { return !IsAbove(value, upper) && !IsAbove(lower, value); }
+
+    /// True where nothing changed in the baseline: any change at all lies outside.
+    bool IsOfNoWidth() const { return !IsAbove(upper, lower); }
 };
 
 }  // namespace J4Tool

@@ -6,6 +6,7 @@
 
 #include "chart/cgats/CgatsError.h"
 #include "chart/cgats/CgatsFields.h"
+#include "chart/colour/MeasuringCondition.h"
 #include "tools/ColourFile.h"
 #include "tools/ToolError.h"
 
@@ -55,6 +56,29 @@ void RequireSameDevice(const Chart& first, const Patch& wanted, const Chart& oth
     }
 }
 
+/// Brighteners show under one light and not under another: such spectra have no mean.
+void RequireSameCondition(const Chart& first, const Chart& other)
+{
+    const auto conditionOf = [](const Chart& chart) {
+        return J4Chart::MeasuringCondition(chart.Condition("MEASUREMENT_SOURCE"),
+                                           chart.Condition("MEASUREMENT_CONDITION"));
+    };
+    const std::string wanted = conditionOf(first);
+    const std::string found = conditionOf(other);
+    if (!wanted.empty() && !found.empty() && wanted != found) {
+        throw CgatsError(0, "it was measured by " + found + " and not by " + wanted);
+    }
+}
+
+bool HasSameValues(const Chart& first, const Chart& other)
+{
+    return std::equal(first.patches.begin(), first.patches.end(), other.patches.begin(), other.patches.end(),
+                      [](const Patch& one, const Patch& another) {
+                          return one.spectrum && another.spectrum ? *one.spectrum == *another.spectrum
+                                                                  : one.Colour() == another.Colour();
+                      });
+}
+
 template <class List>
 void Rearrange(List& list, const std::vector<size_t>& order)
 {
@@ -98,11 +122,14 @@ MeasurementSeries::MeasurementSeries(const std::vector<std::string>& files, bool
             throw ToolError(ExitCode::File, file + ": the patches have no spectra", "Colours can't be averaged alone.");
         }
         try {
+            if (spectra && !measurements.empty()) {
+                RequireSameCondition(measurements.front().chart, read.chart);
+            }
             Add({file, read.name, std::move(read.chart)});
         } catch (const CgatsError& error) {
             throw ToolError(ExitCode::File,
                             file + ": " + error.what() + (measurements.empty() ? "" : ", unlike in " + files.front()),
-                            "Give measurements of the same chart.");
+                            "Give measurements of the same chart, made alike.");
         }
     }
 }
@@ -115,6 +142,25 @@ void MeasurementSeries::Add(Measurement measurement)
         Match(measurements.front().chart, measurement.chart);
     }
     measurements.push_back(std::move(measurement));
+}
+
+std::string MeasurementSeries::Notice() const
+{
+    constexpr size_t shown = 3;
+    std::string names;
+    size_t count = 0;
+    for (auto later = measurements.begin(); later != measurements.end(); ++later) {
+        const auto same = std::find_if(measurements.begin(), later, [later](const Measurement& earlier) {
+            return HasSameValues(earlier.chart, later->chart);
+        });
+        if (same != later && ++count <= shown) {
+            names += (names.empty() ? "" : ", ") + later->name + " as in " + same->name;
+        }
+    }
+    return count == 0 ? ""
+                      : "The same values: in " + names +
+                            (count > shown ? ", and in " + std::to_string(count - shown) + " more" : "") +
+                            ". Was one measurement given several times?";
 }
 
 std::vector<J4Chart::Colorimetry::Triple> MeasurementSeries::Colours(size_t patch) const

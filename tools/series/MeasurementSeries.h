@@ -19,10 +19,15 @@ public:
 
     /// @param spectra  every file has to have them; colours alone won't do
     /// @throws ToolError with the file, and the line where there is one: a file that can't be read, a name that stands
-    ///         there twice, another number of patches, a patch that the first file does not have, other device values
+    ///         there twice, another number of patches, a patch that the first file does not have, other device values; with spectra,
+    ///         another measuring condition
     MeasurementSeries(const std::vector<std::string>& files, bool spectra);
 
     const std::vector<Measurement>& Measurements() const { return measurements; }
+
+    /// Names the files that have the values of an earlier one, of which one may have been given twice; empty where none
+    /// has.
+    std::string Notice() const;
 
     /// The patches as the first file has them.
     const std::vector<J4Chart::Patch>& Patches() const { return measurements.front().chart.patches; }
