@@ -173,15 +173,16 @@ public:
             TakeObject(*object);
         }
         TakeSpecification();
-        for (const std::string& field : table.fields) {
-            for (size_t i = 0; i < table.rows.size(); ++i) {
-                const auto value = values[i].find(field);
-                if (value == values[i].end() && tags.count(field) == 0) {
-                    throw CgatsError(table.rows[i].line, "the object '" + values[i]["SAMPLE_NAME"] + "' has no " +
-                                                             field + ", which others have");
+        for (size_t i = 0; i < table.rows.size(); ++i) {
+            values[i].resize(table.fields.size());
+            for (size_t field = 0; field < values[i].size(); ++field) {
+                if (!values[i][field] && tags.count(table.fields[field]) == 0) {
+                    throw CgatsError(table.rows[i].line, "the object '" + table.rows[i].values.front() + "' has no " +
+                                                             table.fields[field] + ", which others have");
                 }
-                table.rows[i].values.push_back(value == values[i].end() ? std::string() : value->second);
+                table.rows[i].values.push_back(std::move(values[i][field]).value_or(std::string()));
             }
+            values[i] = {};
         }
         return std::move(table);
     }
@@ -250,12 +251,21 @@ private:
     /// Adds a value to the row in hand, and its field to the table.
     void Add(const std::string& field, const std::string& value, const Node& where)
     {
-        if (!values.back().emplace(field, value).second) {
-            throw CgatsError(LineOf(where), field + " stands there twice");
-        }
-        if (known.insert(field).second) {
+        const auto [known, isNew] = fields.emplace(field, table.fields.size());
+        if (isNew) {
             table.fields.push_back(field);
         }
+        if (table.fields.size() * values.size() > CxfReader::LargestTable) {
+            throw CgatsError(LineOf(where), "the objects have more than " + std::to_string(CxfReader::LargestTable) +
+                                                " values in all, those counted that others have");
+        }
+        const size_t index = known->second;
+        std::vector<std::optional<std::string>>& row = values.back();
+        row.resize(std::max(row.size(), index + 1));
+        if (row[index]) {
+            throw CgatsError(LineOf(where), field + " stands there twice");
+        }
+        row[index] = value;
     }
 
     void AddParts(const Node* element, std::initializer_list<std::pair<const char*, const char*>> parts)
@@ -359,11 +369,18 @@ private:
         }
     }
 
+    /// Whether the row in hand has a value.
+    bool Has(const std::string& field) const
+    {
+        const auto known = fields.find(field);
+        return known != fields.end() && known->second < values.back().size() && values.back()[known->second];
+    }
+
     void TakeDensity(const Node& density)
     {
         const std::string filter = Text(Child(&density, "Filter"));
         for (size_t i = 0; i < DensityFields.size(); ++i) {
-            if (filter == CxfFile::DensityFilters[i] && values.back().count(DensityFields[i]) == 0) {
+            if (filter == CxfFile::DensityFilters[i] && !Has(DensityFields[i])) {
                 Add(DensityFields[i], Text(Child(&density, "Density")), density);
                 SetMissing("DENSITY_STATUS", Text(Child(&density, "Status")));
             }
@@ -429,10 +446,10 @@ private:
     rapidxml::xml_document<char> document;
     CgatsTable table;
     std::map<std::string, const Node*> specifications;
-    std::map<std::string, std::string> chosen;               ///< the specification of each kind of colour values
-    std::vector<std::map<std::string, std::string>> values;  ///< of each row, by field
-    std::set<std::string> known;                             ///< fields
-    std::set<std::string> tags;                              ///< fields that a row may lack
+    std::map<std::string, std::string> chosen;                    ///< the specification of each kind of colour values
+    std::vector<std::vector<std::optional<std::string>>> values;  ///< of each row, by field
+    std::map<std::string, size_t> fields;                         ///< of the table, with their indices
+    std::set<std::string> tags;                                   ///< fields that a row may lack
 };
 
 }  // namespace

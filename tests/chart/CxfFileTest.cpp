@@ -141,7 +141,13 @@ TEST(CxfReader, RefusalsNameLineAndReason)
     for (int i = 0; i < 100000; ++i) {
         deep += "<a>";
     }
+    std::string own;  // each object with a field that no other has
+    for (int i = 0; i < 2300; ++i) {
+        own += "<Object Name='a'><TagCollection Name='Fields'><Tag Name='A" + std::to_string(i) +
+               "' Value=''/></TagCollection></Object>";
+    }
     const std::pair<std::string, std::string> cases[] = {
+        {Foreign(own), "line 4: the objects have more than 5000000 values in all, those counted that others have"},
         {"", "the file is no CxF"},
         {"<a>\n<b>\n</a></b>", "line 3: no whole XML: invalid closing tag name"},
         {"<CxF xmlns='http://other'/>",
