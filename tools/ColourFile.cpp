@@ -113,8 +113,8 @@ ColourFile ColourFile::Load(const std::string& fileName)
     } catch (const J4Chart::CgatsError& error) {
         throw ToolError(
             ExitCode::File, fileName + ": " + error.what(),
-            "A chart has SAMPLE_NAME or SAMPLE_ID and for each patch a spectrum (36 bands from 380 to 730 nm "
-            "in steps of 10 nm), LAB or XYZ values.");
+            "A chart has SAMPLE_NAME or SAMPLE_ID and for each patch a spectrum (400 to 700 nm at least, in steps of "
+            "up to 20 nm), LAB or XYZ values.");
     }
 }
 

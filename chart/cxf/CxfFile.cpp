@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "chart/Chart.h"
+#include "chart/DeviceValues.h"
 #include "chart/cgats/CgatsError.h"
 #include "chart/cgats/CgatsFields.h"
 #include "chart/colour/ColourConditions.h"
@@ -106,6 +107,26 @@ std::optional<std::string> DateTime(std::string text)
     return fits ? std::optional(text) : std::nullopt;
 }
 
+/// What device values have in full.
+struct Maxima {
+    int screen = 255;
+    int ink = 100;
+
+    Maxima(const CgatsTable& table, const CxfFile::Origin& origin)
+    {
+        if (const CgatsTable::Keyword* const told = table.FindKeyword(DeviceValues::MaximumKeyword)) {
+            double maximum = 0.0;
+            if (!ParseNumber(told->value, maximum) || maximum < 1.0 || maximum > 65535.0 ||
+                maximum != std::floor(maximum)) {
+                throw CgatsError(told->line,
+                                 told->name + " '" + told->value + "' is not a whole number from 1 to 65535");
+            }
+            screen = ink = static_cast<int>(maximum);
+        }
+        screen = origin.screenMaximum.value_or(screen);
+    }
+};
+
 /// What densities are, by the name that the format has for it; empty where the table does not tell.
 std::string StatusOf(const CgatsTable& table)
 {
@@ -118,6 +139,7 @@ std::string StatusOf(const CgatsTable& table)
 template <size_t Count>
 class Fields {
 public:
+    Fields() = default;
     Fields(const CgatsTable& table, const std::array<const char*, Count>& names, std::set<size_t>& taken)
     {
         for (size_t i = 0; i < Count; ++i) {
@@ -147,7 +169,8 @@ public:
           lab(table, {"LAB_L", "LAB_A", "LAB_B"}, taken),
           xyz(table, {"XYZ_X", "XYZ_Y", "XYZ_Z"}, taken),
           cmyk(table, {"CMYK_C", "CMYK_M", "CMYK_Y", "CMYK_K"}, taken),
-          rgb(table, {"RGB_R", "RGB_G", "RGB_B"}, taken),
+          rgb(cmyk ? Fields<3>() : Fields<3>(table, {"RGB_R", "RGB_G", "RGB_B"}, taken)),
+          maxima(table, origin),
           status(StatusOf(table))
     {
         const int named = table.FindField("SAMPLE_NAME");
@@ -248,9 +271,8 @@ private:
         for (size_t i = 0; rgb && i < table.rows.size(); ++i) {
             for (size_t k = 0; k < 3; ++k) {
                 const double value = Number(table.rows[i], rgb[k]);
-                if (value < 0.0 || value > origin.screenMaximum) {
-                    Refuse(table.rows[i], rgb[k],
-                           "is not a screen value from 0 to " + std::to_string(origin.screenMaximum));
+                if (value < 0.0 || value > maxima.screen) {
+                    Refuse(table.rows[i], rgb[k], "is not a screen value from 0 to " + std::to_string(maxima.screen));
                 }
                 for (; factor < largestFactor && !IsWhole(value * factor); factor *= 10) {}
             }
@@ -369,17 +391,18 @@ private:
             writer.Open("ColorCMYK", {{"ColorSpecification", specification}});
             constexpr const char* names[] = {"Cyan", "Magenta", "Yellow", "Black"};
             for (size_t k = 0; k < 4; ++k) {
-                const double percent = Number(row, cmyk[k]);
+                const double percent = Number(row, cmyk[k]) * 100.0 / maxima.ink;
                 if (percent < 0.0 || percent > 100.0) {
                     Refuse(row, cmyk[k], "is not a percentage from 0 to 100");
                 }
-                writer.Leaf(names[k], PlainText(row, cmyk[k]));
+                writer.Leaf(names[k], maxima.ink == 100 ? PlainText(row, cmyk[k])
+                                                        : PlainNumberText(std::round(percent * 1e6) / 1e6));
             }
             writer.Close();
         }
         if (rgb) {
             writer.Open("ColorRGB", {{"ColorSpecification", specification}});
-            writer.Leaf("MaxRange", std::to_string(static_cast<long long>(origin.screenMaximum) * factor));
+            writer.Leaf("MaxRange", std::to_string(static_cast<long long>(maxima.screen) * factor));
             constexpr const char* names[] = {"R", "G", "B"};
             for (size_t k = 0; k < 3; ++k) {
                 writer.Leaf(names[k], std::to_string(std::llround(Number(row, rgb[k]) * factor)));
@@ -461,7 +484,8 @@ private:
     Fields<3> lab;
     Fields<3> xyz;
     Fields<4> cmyk;
-    Fields<3> rgb;
+    Fields<3> rgb;  ///< an object has one kind of device values
+    Maxima maxima;
     std::string status;  ///< of densities; without it they are tags, for the format has none that are not of a status
     std::vector<std::pair<size_t, const char*>> densities;  ///< field and filter
     size_t name = 0;
@@ -473,7 +497,7 @@ private:
 };
 
 /// Whether a value reads back as it was meant: RGB to four decimals and on another scale, colours not below 0.
-bool IsSame(const std::string& field, const std::string& value, const std::string& back, int screenMaximum)
+bool IsSame(const std::string& field, const std::string& value, const std::string& back, const Maxima& maxima)
 {
     double wanted = 0.0;
     double read = 0.0;
@@ -483,14 +507,18 @@ bool IsSame(const std::string& field, const std::string& value, const std::strin
     if (!ParseNumber(value, wanted) || !ParseNumber(back, read)) {
         return false;
     }
-    const bool isScreen = field.starts_with("RGB_");
+    if (field.starts_with("RGB_")) {
+        return std::abs(wanted * 255.0 / maxima.screen - read) <= 255.0 / maxima.screen / largestFactor;
+    }
+    if (field.starts_with("CMYK_")) {
+        return std::abs(wanted * 100.0 / maxima.ink - read) < 1e-6;
+    }
     const bool isClipped = field == "LAB_L" || field.starts_with("XYZ_");
-    wanted = isScreen ? wanted * 255.0 / screenMaximum : isClipped ? std::max(wanted, 0.0) : wanted;
-    return std::abs(wanted - read) <= (isScreen ? 255.0 / screenMaximum / largestFactor : 0.0);
+    return read == (isClipped ? std::max(wanted, 0.0) : wanted);
 }
 
 /// @param back  what was read of what had been written
-void RequireSame(const CgatsTable& table, const CgatsTable& back, int screenMaximum)
+void RequireSame(const CgatsTable& table, const CgatsTable& back, const Maxima& maxima)
 {
     if (back.rows.size() != table.rows.size()) {
         throw CgatsError(table.fieldsLine, "the table reads back as another one");
@@ -502,8 +530,8 @@ void RequireSame(const CgatsTable& table, const CgatsTable& back, int screenMaxi
         const bool isName = name == "SAMPLE_ID" && table.FindField("SAMPLE_NAME") < 0;
         const int found = back.FindField(isName ? "SAMPLE_NAME" : name);
         for (size_t i = 0; i < table.rows.size(); ++i) {
-            if (found < 0 || !IsSame(name, table.rows[i].values[field], back.rows[i].values[static_cast<size_t>(found)],
-                                     screenMaximum)) {
+            if (found < 0 ||
+                !IsSame(name, table.rows[i].values[field], back.rows[i].values[static_cast<size_t>(found)], maxima)) {
                 throw CgatsError(table.rows[i].line, table.fields[field] + " '" + table.rows[i].values[field] +
                                                          "' reads back as another one");
             }
@@ -517,7 +545,7 @@ std::string CxfFile::Text(const CgatsTable& table, const Origin& origin)
 {
     std::string text = TableWriter(table, origin).Text();
     std::istringstream written(text);
-    RequireSame(table, CxfReader::Read(written), origin.screenMaximum);
+    RequireSame(table, CxfReader::Read(written), Maxima(table, origin));
     return text;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 
 #include "chart/cgats/CgatsTable.h"
@@ -26,8 +27,8 @@ public:
     /// What the table does not tell.
     struct Origin {
         std::string creator;
-        std::string date;         ///< of now, "2026-03-01T12:00:00Z"; stands for CREATED where the table has none
-        int screenMaximum = 255;  ///< of RGB values, up to 65535
+        std::string date;  ///< of now, "2026-03-01T12:00:00Z"; stands for CREATED where the table has none
+        std::optional<int> screenMaximum;  ///< of RGB values; as DEVICE_MAXIMUM tells, or 255, where it is not given
     };
 
     /// The whole file. It has been read back, and is the same.

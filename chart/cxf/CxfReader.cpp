@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "chart/DeviceValues.h"
 #include "chart/cgats/CgatsError.h"
 #include "chart/cgats/CgatsFields.h"
 #include "chart/colour/Densities.h"
@@ -296,6 +297,7 @@ private:
         const std::string name = Attribute(object, "Name");
         Add("SAMPLE_NAME", name.empty() ? Attribute(object, "Id") : name, object);
         if (const Node* const inks = Child(device, "ColorCMYK")) {
+            table.SetKeyword(DeviceValues::MaximumKeyword, "100");
             AddParts(inks, {{"Cyan", "CMYK_C"}, {"Magenta", "CMYK_M"}, {"Yellow", "CMYK_Y"}, {"Black", "CMYK_K"}});
         }
         TakeScreenValues(Child(device, "ColorRGB"));
@@ -341,6 +343,7 @@ private:
             return;
         }
         constexpr double usual = 255.0;
+        table.SetKeyword(DeviceValues::MaximumKeyword, "255");
         double range = usual;
         const std::string told = Text(Child(lights, "MaxRange"));
         if (!told.empty() && !(ParseNumber(told, range) && range >= 1.0)) {

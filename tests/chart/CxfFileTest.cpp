@@ -15,7 +15,7 @@ namespace {
 
 using J4Test::CgatsText;
 
-std::string Written(const std::string& text, int screenMaximum = 255)
+std::string Written(const std::string& text, std::optional<int> screenMaximum = {})
 {
     std::istringstream input(text);
     return CxfFile::Text(CgatsFile::Read(input).Tables().front(), {"j4tavla", "2026-03-02T00:00:00Z", screenMaximum});
@@ -35,6 +35,10 @@ TEST(CxfFile, HasWhatTheFormatHasNoElementForInItsOwnWay)
                 {"<cc:MaxRange>25500<", "<cc:R>0<", "<cc:G>1275<", "<cc:B>25500<"});
     ExpectParts(Written(CgatsText("SAMPLE_ID RGB_R RGB_G RGB_B", "1 0 50 100\n"), 100),
                 {"<cc:MaxRange>100<", "<cc:G>50<", "<cc:B>100<"});
+    ExpectParts(Written(CgatsText("SAMPLE_ID RGB_R RGB_G RGB_B", "1 0 0.5 1\n", "DEVICE_MAXIMUM 1\n")),
+                {"<cc:MaxRange>10<", "<cc:G>5<", "<cc:B>10<"});
+    ExpectParts(Written(CgatsText("SAMPLE_ID CMYK_C CMYK_M CMYK_Y CMYK_K", "1 0 0.3 1 .5\n", "DEVICE_MAXIMUM 1\n")),
+                {"<cc:Magenta>30<", "<cc:Yellow>100<", "<cc:Black>50<"});
     ExpectParts(Written(CgatsText("SAMPLE_ID LAB_L LAB_A LAB_B XYZ_X XYZ_Y XYZ_Z", "1 -0.02 +1e-05 -0.5 -0 -0.002 2\n",
                                   "CREATED \"2026-03-01 12:00:00\"\n")),
                 {"<cc:L>0<", "<cc:A>0.00001<", "<cc:B>-0.5<", "<cc:X>0<", "<cc:Y>0<", "<cc:Z>2<",
@@ -63,6 +67,8 @@ TEST(CxfFile, RefusalsNameLineAndReason)
         {colour("CMYK_C CMYK_M CMYK_Y CMYK_K", "0 100.1 0 0"),
          "line 6: CMYK_M '100.1' is not a percentage from 0 to 100"},
         {colour("RGB_R RGB_G RGB_B", "0 256 0"), "line 6: RGB_G '256' is not a screen value from 0 to 255"},
+        {CgatsText("SAMPLE_ID", "1\n", "DEVICE_MAXIMUM 0.5\n"),
+         "line 2: DEVICE_MAXIMUM '0.5' is not a whole number from 1 to 65535"},
         {CgatsText("LAB_L LAB_A LAB_B", "1 0 0\n"), "line 3: the field SAMPLE_NAME or SAMPLE_ID is missing"},
         {CgatsText("SAMPLE_NAME", "a\n\"b\x01\"\n"),
          "line 7: no XML file can hold a text with the control character 0x01"},

@@ -51,10 +51,11 @@ class ConvertTest(unittest.TestCase):
     def test_cxf3_keeps_its_schema_and_every_value(self):
         rgb = measured("RGB_R RGB_G RGB_B", ("255 127.5 0", "0 0 0"))[0]
         inks = measured("CMYK_C SPOT_1", ("1 2", "3 4"))[0]
+        both = measured("CMYK_C CMYK_M CMYK_Y CMYK_K RGB_R RGB_G RGB_B", ("1 2 3 4 5 6.5 7", "1 2 3 4 5 6 7"))[0]
         lists = "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID CMYK_C CMYK_M CMYK_Y CMYK_K\nEND_DATA_FORMAT\nBEGIN_DATA\n1 1e1 2 3 4\nEND_DATA\n"
         dense = measured("D_RED D_GREEN D_BLUE D_VIS CMYK_C CMYK_M CMYK_Y CMYK_K", ("0.1 1.5 0.02 0.9 0 0 0 0", "0 0 0 -0.01 1 2 3 4"))[0]
         for text, arguments in ((measured()[0], ""), (dense, "--density-status T"), (dense, ""), (measured()[0], "--illuminant D65 --observer 10"),
-                                (measured()[0], "--bands 31 --plain"), (rgb, "--illuminant A"), (inks, "--illuminant F11"), (lists, "")):
+                                (measured()[0], "--bands 31 --plain"), (rgb, "--illuminant A"), (inks, "--illuminant F11"), (both, ""), (lists, "")):
             write("in.cgats", text)
             self.convert("in.cgats -o out.cxf --force " + arguments)
             self.convert("in.cgats -o out.csv --force " + arguments)
@@ -86,7 +87,7 @@ class ConvertTest(unittest.TestCase):
             element = patch.find(f"{CXF}DeviceColorValues/{CXF}ColorCMYK")
             for found, ink in zip(texts(element, "Cyan", "Magenta", "Yellow", "Black"), "CMYK"):
                 self.assertEqual(float(found), float(row.pop("CMYK_" + ink)))
-        if "RGB_R" in row:
+        elif "RGB_R" in row:
             element = patch.find(f"{CXF}DeviceColorValues/{CXF}ColorRGB")
             full = int(texts(element, "MaxRange")[0])
             for found, channel in zip(texts(element, *"RGB"), "RGB"):

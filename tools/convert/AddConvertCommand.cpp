@@ -32,7 +32,7 @@ struct ConvertArguments {
     bool force = false;
     char separator = '\t';
     int bands = 0;  ///< 0: as the input has
-    int rgbMaximum = 255;
+    std::optional<int> rgbMaximum;
     ColourArguments colours;
     Conversion conversion;
 };
@@ -161,9 +161,10 @@ void AddConvertCommand(CLI::App& app, ToolContext& context)
             "between the values of CGATS: tab (default) or blank")
         ->type_name("NAME")
         ->check(CLI::IsMember({"tab", "blank"}));
-    command->add_option("--rgb-maximum", arguments->rgbMaximum, "what RGB values reach, for CxF3")
+    command
+        ->add_option("--rgb-maximum", arguments->rgbMaximum,
+                     "what RGB values reach, for CxF3 (default: DEVICE_MAXIMUM, or 255)")
         ->type_name("N")
-        ->capture_default_str()
         ->check(CLI::Range(1, 65535));
     command
         ->add_option("--density-status", arguments->conversion.densityStatus,
