@@ -7,6 +7,7 @@
 
 #include "Utilities/Tools/FilePath.h"
 #include "tools/AtomicFile.h"
+#include "tools/Platform.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -68,6 +69,7 @@ void OutputFile::Write(const std::string& content) const
         WriteAtomically(name, content);
         return;
     }
+    Platform::KeepBytes(stdout);  // they are those of the file
     std::fwrite(content.data(), 1, content.size(), stdout);
     FlushStandardOutput();
 }

@@ -29,6 +29,9 @@ void PrepareConsole();
 /// True when a person reads the stream, or types into it.
 bool IsTerminal(std::FILE* stream);
 
+/// Lets bytes that are written to a stream arrive as they are: line ends stay what they were.
+void KeepBytes(std::FILE* stream);
+
 /// Waits for what a person types into standard input. @return false when nothing came for this long
 bool WaitForInput(int milliseconds);
 

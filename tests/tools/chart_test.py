@@ -176,6 +176,11 @@ class ChartTest(unittest.TestCase):
         self.assertEqual(first, again)
         with open("chart.pdf", "rb") as file:
             self.assertEqual(page, file.read())
+        with open("out.pdf", "wb") as file:
+            subprocess.run([*tool_test.RUNNER, tool_test.PROGRAM, *f"chart {SPOTS} -o - --layout chart.cgats --force --date 2026-03-01".split()],
+                           stdout=file, check=True)
+        with open("out.pdf", "rb") as file:
+            self.assertEqual(page, file.read(), "also on standard output")
         # The sample chart in the packages is what this makes.
         self.assertEqual(content_of("chart.cgats").split("BEGIN_DATA_FORMAT")[1],
                          content_of(os.path.join(ROOT, "examples", "charts", "chart.cgats")).split("BEGIN_DATA_FORMAT")[1])
@@ -216,6 +221,7 @@ class ChartTest(unittest.TestCase):
                 ("chart --list rgb --patch 4,9" + out, USAGE, "patches of 4 mm can't be measured"),
                 ("chart --list rgb --date 2026-02-30" + out, USAGE, "--date '2026-02-30'"),
                 ("chart --list rgb -o chart.pdf --layout c.cgats", FILE, "--force"),
+                ("chart --list rgb -o c.pdf --layout c.pdf", USAGE, "two of the files to write are the same"),
                 ("chart two.cgats -o two.cgats --layout c.cgats --force", USAGE, "is read by this command"),
                 ("join one.cgats one.cgats -o j.cgats", FILE, "one.cgats: line 6: patch a stands in 'one.cgats' too"),
                 ("join one.cgats two.cgats -o j.cgats", FILE, "two.cgats: no patches with spectra, LAB or XYZ values"),

@@ -48,6 +48,8 @@ void PrepareConsole()
 
 bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) == 1; }
 
+void KeepBytes(std::FILE*) {}
+
 bool WaitForInput(int milliseconds)
 {
     pollfd input{STDIN_FILENO, POLLIN, 0};

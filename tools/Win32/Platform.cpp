@@ -45,6 +45,12 @@ bool IsTerminal(std::FILE* stream)
     return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream))), &mode) != 0;
 }
 
+void KeepBytes(std::FILE* stream)
+{
+    std::fflush(stream);
+    _setmode(_fileno(stream), _O_BINARY);
+}
+
 bool WaitForInput(int)
 {
     return true;  // reading a line ends by itself at Ctrl-C

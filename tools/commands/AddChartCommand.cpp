@@ -178,6 +178,11 @@ void RunChart(const NewChartArguments& arguments, const ToolContext& context)
         throw ToolError(ExitCode::Usage, "either COLOURS or --list is required",
                         std::string("The lists are ") + ColourRule::Help + ".");
     }
+    if (arguments.page == arguments.layout || arguments.page == arguments.print ||
+        arguments.layout == arguments.print) {
+        throw ToolError(ExitCode::Usage, "two of the files to write are the same",
+                        "Name one each with --output, --layout and --simulated-print.");
+    }
     const std::vector<std::string> inputs = {arguments.colours};
     const OutputFile page(arguments.page, arguments.force, inputs);
     const OutputFile layout(arguments.layout, arguments.force, inputs);
