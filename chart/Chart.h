@@ -34,6 +34,9 @@ struct Patch {
     std::optional<Densities> densities;  ///< as the instrument told them
     std::optional<double> repeatSpread;  ///< of several measurements from their mean, CIEDE2000
 
+    /// Its SAMPLE_ID in a file where it stands at this place, counted from 0: its own, else the place counted from 1.
+    std::string IdAt(size_t place) const { return id.empty() ? std::to_string(place + 1) : id; }
+
     /// CIELab: of the spectrum, or else the patch's own, or else of XYZ; nothing where there is none of them.
     std::optional<Colorimetry::Triple> Colour() const;
 };

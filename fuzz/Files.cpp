@@ -146,7 +146,7 @@ void Trace(const uint8_t* data, size_t size)
 
 void Colours(const uint8_t* data, size_t size)
 try {
-    const J4Tool::ColourList list = J4Tool::ColourList::Read(FileOf(data, size), std::nullopt);
+    const J4Tool::ColourList list = J4Tool::ColourList::Read(FileOf(data, size), {});
     const size_t count = list.Colours().size();
     J4Tool::PageLayout::Settings settings;
     settings.quiet = 1.0;

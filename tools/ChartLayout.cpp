@@ -14,6 +14,7 @@
 #include "chart/DeviceValues.h"
 #include "chart/PlaneMap.h"
 #include "chart/cgats/CgatsFields.h"
+#include "tools/TableText.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -149,14 +150,7 @@ std::string ChartLayout::FileText() const
             table.rows[i].values[columns[k]] = J4Chart::NumberText(std::round(values[k] * 1e3) / 1e3);
         }
     }
-    J4Chart::CgatsFile file;
-    file.Add(std::move(table));
-    try {
-        return file.Text();
-    } catch (const J4Chart::CgatsError& error) {
-        throw ToolError(ExitCode::File, std::string("the layout can't be written: ") + error.what(),
-                        "Correct the layout.");
-    }
+    return TableText(std::move(table), "the layout can't be written", "Correct the layout.");
 }
 
 std::array<ChartLayout::Corner, 3> ChartLayout::Corners() const

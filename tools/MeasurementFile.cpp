@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <numbers>
 #include <sstream>
+#include <utility>
 
 #include "chart/ChartReader.h"
 #include "chart/cgats/CgatsFields.h"
@@ -61,7 +63,7 @@ std::vector<std::string> Values(const ChartLayout& layout, size_t index, RowPlac
                                 const MeasurementFile::Conditions& conditions)
 {
     const J4Chart::Patch& patch = layout.Patches()[index];
-    std::vector<std::string> values = {std::to_string(index + 1), patch.name};
+    std::vector<std::string> values = {patch.IdAt(index), patch.name};
     values.insert(values.end(), patch.device.begin(), patch.device.end());
     MeasuredColumns::AddPlace(values, layout.Places()[index]);
     MeasuredColumns::AddRow(values, rowPlace);
@@ -257,15 +259,17 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
         }
     }
     Measurements measurements(layout.Patches().size());
+    std::map<std::pair<std::string, std::string>, size_t> places;
+    for (size_t i = 0; i < measurements.size(); ++i) {
+        places.emplace(std::pair(layout.Patches()[i].IdAt(i), layout.Patches()[i].name), i);
+    }
     for (const J4Chart::Patch& patch : partial.patches) {
-        double number = 0.0;
-        if (!J4Chart::ParseNumber(patch.id, number) || number < 1.0 ||
-            number > static_cast<double>(measurements.size()) ||
-            layout.Patches()[static_cast<size_t>(number) - 1].name != patch.name) {
+        const auto found = places.find({patch.id, patch.name});
+        if (found == places.end()) {
             const std::string reason = "patch " + patch.id + " '" + patch.name + "' is not of this layout";
             Refuse(fileName, J4Chart::CgatsError(patch.line, reason).what());
         }
-        measurements[static_cast<size_t>(number) - 1] = ReadingOf(patch);
+        measurements[found->second] = ReadingOf(patch);
     }
     return measurements;
 }

@@ -39,6 +39,18 @@ void OutputFile::RequireRegular(const std::string& name)
     }
 }
 
+void OutputFile::RequireDifferent(const std::vector<std::string>& names)
+{
+    for (size_t i = 0; i < names.size(); ++i) {
+        for (size_t k = 0; k < i; ++k) {
+            if (!names[i].empty() && !names[k].empty() && IsSameFile(names[i], names[k])) {
+                throw ToolError(ExitCode::Usage, "'" + names[i] + "' is named for two files that are to be written",
+                                "Name a file for each.");
+            }
+        }
+    }
+}
+
 OutputFile::OutputFile(const std::string& name, bool replace, const std::vector<std::string>& inputs) : name(name)
 {
     if (name.empty()) {

@@ -27,6 +27,9 @@ public:
     /// @throws ToolError
     void Write(const std::string& content) const;
 
+    /// @throws ToolError where two files that one command writes are the same, standard output too
+    static void RequireDifferent(const std::vector<std::string>& names);
+
     /// @throws ToolError for what is there and no regular file
     static void RequireRegular(const std::string& name);
 

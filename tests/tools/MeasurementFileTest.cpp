@@ -36,6 +36,16 @@ TEST(MeasurementFile, PartialFilesGiveBackEveryBitToTheirOwnScan)
         EXPECT_EQ(table.rows[row].values.at(static_cast<size_t>(table.FindField(field))), value);
     }
 
+    // Ids of the layout's own stay, for references that have no names.
+    const ChartLayout own =
+        LayoutOf(CgatsText("SAMPLE_ID SAMPLE_NAME X Y WIDTH HEIGHT", "7 a 50 50 10 10\n5 b 60 50 10 10\n"));
+    Measurements half(2);
+    half[1].emplace().spectrum.fill(0.5f);
+    WriteAtomically(partialFile, MeasurementFile::Text(own, half, Conditions, MeasurementFile::Form::Cgats));
+    EXPECT_EQ(FileOf(*ContentOf(partialFile)).Tables().front().rows.front().values.front(), "5");
+    EXPECT_EQ(MeasurementFile::Load(partialFile, own, Conditions), half);
+    WriteAtomically(partialFile, text);
+
     const auto expectRefusal = [](const ChartLayout& other, const MeasurementFile::Conditions& conditions,
                                   const char* reason) {
         try {

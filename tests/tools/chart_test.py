@@ -5,6 +5,7 @@ of them scanned on the virtual table, with colours that are computed here from t
 usage: chart_test.py PROGRAM FOLDER [--sanitized]
 """
 import glob
+import json
 import os
 import re
 import struct
@@ -130,16 +131,19 @@ class ChartTest(unittest.TestCase):
                                            msg=f"{row['SAMPLE_NAME']}, channel {channel}, {step}")
 
     def test_pages_hold_the_device_values_and_are_scanned_one_by_one(self):
-        write("list.cgats", "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID CMYK_C CMYK_M CMYK_Y CMYK_K\nEND_DATA_FORMAT\nBEGIN_DATA\n" +
-              "".join(f'"patch {i}" {i * 37 % 101} {i * 53 % 101 * 0.5} {i * 71 % 101} {i % 7 * 5}\n' for i in range(140)) + "END_DATA\n")
+        write("list.cgats", "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID SAMPLE_NAME CMYK_C CMYK_M CMYK_Y CMYK_K\nEND_DATA_FORMAT\nBEGIN_DATA\n" +
+              "".join(f'{140 - i} "patch {i}" {i * 37 % 101} {i * 53 % 101 * 0.5} {i * 71 % 101} {i % 7 * 5}\n' for i in range(140)) + "END_DATA\n")
         for arguments, size, patches, pages in (
                 (SPOTS, (297, 210), 82, 1),
                 ("list.cgats --paper 200,130 --patch 8,7 --gap 1,2", (200, 130), 140, 2),
-                ("--list rgb --paper letter --portrait --seed 7", (215.9, 279.4), 70, 1),
+                ("--list rgb --paper letter --portrait --seed 7 --patch 5.5,5.5", (215.9, 279.4), 70, 1),
                 ("--list rgb5 --paper A4 --keep-order --patch 14,12", (297, 210), 187, 2)):
             with self.subTest(arguments):
                 rows = self.make(arguments)
                 self.assertEqual((len(rows), len({row["SAMPLE_NAME"] for row in rows})), (patches, patches))
+                own_ids = {row["SAMPLE_NAME"]: row["SAMPLE_ID"] for row in table("list.cgats")} if "list.cgats" in arguments else {}
+                self.assertEqual([row["SAMPLE_ID"] for row in rows],
+                                 [own_ids.get(row["SAMPLE_NAME"], str(i + 1)) for i, row in enumerate(rows)])
                 self.assertEqual({row["PAGE"] for row in rows}, set(map(str, range(1, pages + 1))))
                 write_print("chart.cgats", "print.cgats")
                 names = []
@@ -148,6 +152,8 @@ class ChartTest(unittest.TestCase):
                     self.assert_page(own, page, size)
                     words = run("pdftotext", "-f", str(page), "-l", str(page), "chart.pdf", "-").decode().split()
                     self.assertIn(f"page {page} of {pages}, 2026-03-01", " ".join(words))
+                    boxes = run("pdftotext", "-bbox", "-f", str(page), "-l", str(page), "chart.pdf", "-").decode()
+                    self.assertLess(max(float(right) for right in re.findall('xMax="(.*?)"', boxes)), (size[0] - 5) * MM)
                     self.assertLessEqual({re.match("[A-Z]+", row["SAMPLE_LOC"])[0] for row in own}, set(words))
                     scan = tool(f"--virtual --chart print.cgats scan chart.cgats -o m{page}.cgats --force"
                                 f"{f' --page {page}' if pages > 1 else ''} --option Simulator.Noise=0.0005")
@@ -165,7 +171,7 @@ class ChartTest(unittest.TestCase):
                 self.assertEqual(tool(["join", *pages, "-o", "all.cgats", "--force"]).returncode, DONE)
                 dropped = ["SAMPLE_ID", "PAGE", "X", "Y", "WIDTH", "HEIGHT", "SCAN_ROW", "SCAN_COLUMN"]
                 for i, (row, joined) in enumerate(zip((row for page in pages for row in table(page)), table("all.cgats"), strict=True)):
-                    self.assertEqual(joined, {"SAMPLE_ID": str(i + 1), "PAGE": rows[i]["PAGE"]} |
+                    self.assertEqual(joined, {"SAMPLE_ID": rows[i]["SAMPLE_ID"], "PAGE": rows[i]["PAGE"]} |
                                      {field: value for field, value in row.items() if field not in dropped})
 
     def test_a_list_gives_the_same_chart_each_time(self):
@@ -187,6 +193,21 @@ class ChartTest(unittest.TestCase):
         self.assertNotEqual(first[0], self.make(SPOTS + " --seed 2"))
         self.assertEqual([row["SAMPLE_NAME"] for row in self.make(SPOTS + " --keep-order")],
                          [row["SAMPLE_NAME"] for row in table(SPOTS)])
+
+    def test_the_page_keeps_a_title_in_its_place_and_tells_what_is_not_on_it(self):
+        head, rows = content_of(SPOTS).split("BEGIN_DATA\n")
+        write("more.cgats", head.replace(" SPOT_1\n", " SPOT_1 VARNISH\n").replace("FIELDS 6", "FIELDS 7") + "BEGIN_DATA\n" +
+              re.sub(r"(\d)\n", r"\1 100\n", rows))
+        made = tool(["chart", "more.cgats", "-o", "chart.pdf", "--layout", "chart.cgats", "--force", "--json", "--title",
+                     70 * "W\u65e5 "])
+        self.assertEqual(made.returncode, DONE, made.stderr)
+        self.assertEqual(json.loads(made.stdout)["notices"],
+                         ["VARNISH is not printed, only carried over into the layout",
+                          'the page has "?" for letters of the title that its font lacks'])
+        words = re.findall('<word xMin="(.*?)" .*?xMax="(.*?)" .*?>(.*?)</word>', run("pdftotext", "-bbox", "chart.pdf", "-").decode())
+        title = [float(right) for _, right, word in words if word.startswith(("W?", "\u2026"))]
+        count = [float(left) for left, _, word in words if word == "page"]
+        self.assertTrue(count[0] - 100 < max(title) < count[0], (title, count))
 
     def test_the_simulated_print_is_scanned_where_it_lies(self):
         self.make(SPOTS + " --simulated-print print.cgats")
@@ -218,10 +239,11 @@ class ChartTest(unittest.TestCase):
                 ("chart twice.cgats" + out, FILE, "line 17: the colour of line 16 is called C5M0Y0K0 too"),
                 ("chart --list rgb --paper A9" + out, USAGE, "--paper 'A9' is neither A4"),
                 ("chart --list rgb --paper 90,50" + out, USAGE, "no patch fits on the page"),
-                ("chart --list rgb --patch 4,9" + out, USAGE, "patches of 4 mm can't be measured"),
+                ("chart --list rgb --patch 5,9" + out, USAGE, "patches of 5 mm can't be measured"),
+                ("chart --list rgb --gap -10,0" + out, USAGE, "patches -10 mm apart would overlap"),
+                ("chart --list rgb -o c.pdf --layout ./c.pdf", USAGE, "'./c.pdf' is named for two files"),
                 ("chart --list rgb --date 2026-02-30" + out, USAGE, "--date '2026-02-30'"),
                 ("chart --list rgb -o chart.pdf --layout c.cgats", FILE, "--force"),
-                ("chart --list rgb -o c.pdf --layout c.pdf", USAGE, "two of the files to write are the same"),
                 ("chart two.cgats -o two.cgats --layout c.cgats --force", USAGE, "is read by this command"),
                 ("join one.cgats one.cgats -o j.cgats", FILE, "one.cgats: line 6: patch a stands in 'one.cgats' too"),
                 ("join one.cgats two.cgats -o j.cgats", FILE, "two.cgats: no patches with spectra, LAB or XYZ values"),

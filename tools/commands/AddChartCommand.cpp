@@ -11,6 +11,7 @@
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
 #include "tools/Plural.h"
+#include "tools/TableText.h"
 #include "tools/Terminal.h"
 #include "tools/ToolError.h"
 #include "tools/commands/ChartArguments.h"
@@ -18,6 +19,7 @@
 #include "tools/make/LayoutTable.h"
 #include "tools/make/PagePainter.h"
 #include "tools/make/PatchOrder.h"
+#include "tools/make/PdfText.h"
 #include "tools/make/PrintModel.h"
 
 namespace J4Tool {
@@ -42,7 +44,7 @@ struct NewChartArguments {
     std::vector<double> gap;
     std::vector<double> bed;
     std::optional<double> quiet;
-    std::optional<double> rgbMaximum;
+    ColourList::Scales scales;
     std::string title;
     std::string date;
 };
@@ -108,23 +110,29 @@ std::time_t Created(const NewChartArguments& arguments)
 ColourList ReadColours(const NewChartArguments& arguments)
 {
     if (arguments.list.empty()) {
-        return ColourList::Load(arguments.colours, arguments.rgbMaximum);
+        return ColourList::Load(arguments.colours, arguments.scales);
     }
     J4Chart::CgatsFile file;
     file.Add(ColourRule::Make(arguments.list));
-    return ColourList::Read(file, std::nullopt);
+    return ColourList::Read(file, {});
 }
 
-std::string TextOf(J4Chart::CgatsTable table)
+std::string LayoutText(const J4Chart::CgatsTable& table)
 {
-    J4Chart::CgatsFile file;
-    file.Add(std::move(table));
-    try {
-        return file.Text();
-    } catch (const J4Chart::CgatsError& error) {
-        throw ToolError(ExitCode::File, std::string("the layout can't be written: ") + error.what(),
-                        "Correct the list of colours, or --title.");
+    return TableText(table, "the layout can't be written", "Correct the list of colours, or --title.");
+}
+
+/// What may not come out as it was meant.
+std::vector<std::string> Notices(const LayoutTable& table, const std::string& title)
+{
+    std::vector<std::string> notices;
+    for (const std::string& field : table.Carried()) {
+        notices.push_back(field + " is not printed, only carried over into the layout");
     }
+    if (!PdfText::IsShown(title)) {
+        notices.push_back("the page has \"?\" for letters of the title that its font lacks");
+    }
+    return notices;
 }
 
 PatchOrder OrderOf(const ColourList& list, const PageLayout& pages, const NewChartArguments& arguments)
@@ -142,7 +150,7 @@ PatchOrder OrderOf(const ColourList& list, const PageLayout& pages, const NewCha
 }
 
 void ShowChart(const NewChartArguments& arguments, const PageLayout& pages, const PatchOrder& order,
-               const std::string& paper, bool json)
+               const std::string& paper, const std::vector<std::string>& notices, bool json)
 {
     const size_t patches = order.Order().size();
     const double difference = std::round(order.LeastDifference() * 10.0) / 10.0;
@@ -156,7 +164,8 @@ void ShowChart(const NewChartArguments& arguments, const PageLayout& pages, cons
                    {"pages", pages.Pages()},
                    {"quiet", pages.Chosen().quiet},
                    {"leastDifference", difference},
-                   {"leastFromPaper", fromPaper}});
+                   {"leastFromPaper", fromPaper},
+                   {"notices", notices}});
         return;
     }
     Print(stdout, "%s in %s on %s of %s: %s\n", Plural(patches, "patch").c_str(),
@@ -170,6 +179,9 @@ void ShowChart(const NewChartArguments& arguments, const PageLayout& pages, cons
     if (!arguments.print.empty()) {
         Print(stdout, "A simulated print, by a simple model of inks, is in %s\n", arguments.print.c_str());
     }
+    for (const std::string& notice : notices) {
+        Print(stdout, "Notice: %s\n", notice.c_str());
+    }
 }
 
 void RunChart(const NewChartArguments& arguments, const ToolContext& context)
@@ -178,12 +190,8 @@ void RunChart(const NewChartArguments& arguments, const ToolContext& context)
         throw ToolError(ExitCode::Usage, "either COLOURS or --list is required",
                         std::string("The lists are ") + ColourRule::Help + ".");
     }
-    if (arguments.page == arguments.layout || arguments.page == arguments.print ||
-        arguments.layout == arguments.print) {
-        throw ToolError(ExitCode::Usage, "two of the files to write are the same",
-                        "Name one each with --output, --layout and --simulated-print.");
-    }
     const std::vector<std::string> inputs = {arguments.colours};
+    OutputFile::RequireDifferent({arguments.page, arguments.layout, arguments.print});
     const OutputFile page(arguments.page, arguments.force, inputs);
     const OutputFile layout(arguments.layout, arguments.force, inputs);
     std::optional<OutputFile> print;
@@ -219,13 +227,13 @@ void RunChart(const NewChartArguments& arguments, const ToolContext& context)
     PdfDocument document({title, creator, created}, list.Spots());
     PagePainter(list, pages, order.Order()).Draw(document, title, paper.name, DateText(created).substr(0, 10));
 
-    layout.Write(TextOf(table.Layout()));
+    layout.Write(LayoutText(table.Layout()));
     if (print) {
-        print->Write(TextOf(table.SimulatedPrint()));
+        print->Write(LayoutText(table.SimulatedPrint()));
     }
     page.Write(document.Text());
     if (!page.IsStandardOutput() && !layout.IsStandardOutput() && !(print && print->IsStandardOutput())) {
-        ShowChart(arguments, pages, order, paper.name, context.json);
+        ShowChart(arguments, pages, order, paper.name, Notices(table, title), context.json);
     }
 }
 
@@ -255,11 +263,11 @@ void AddChartCommand(CLI::App& app, ToolContext& context)
         ->type_name("PAPER")
         ->capture_default_str();
     command->add_flag("--portrait", arguments->portrait, "paper upright instead of across");
-    AddPair(*command, "--patch", arguments->patch, "width and height of a patch (default 10,10 mm; 5 mm at least)");
+    AddPair(*command, "--patch", arguments->patch, "width and height of a patch (default 10,10 mm; 5.5 mm at least)");
     AddPair(*command, "--gap", arguments->gap, "paper between patches (default none)");
     command
         ->add_option("--quiet", arguments->quiet,
-                     "bare paper around the patches (default: as far as a scan travels, 23 mm)")
+                     "bare paper around the patches (default: as far as a scan travels, 24 mm)")
         ->type_name("LENGTH")
         ->check(FiniteNumber())
         ->check(CLI::PositiveNumber);
@@ -269,7 +277,13 @@ void AddChartCommand(CLI::App& app, ToolContext& context)
         ->type_name("NUMBER")
         ->capture_default_str();
     command->add_flag("--keep-order", arguments->keepOrder, "patches in the order of the list");
-    command->add_option("--rgb-maximum", arguments->rgbMaximum, "what COLOURS has for full R, G or B (default 255)")
+    command->add_option("--rgb-maximum", arguments->scales.rgb, "what COLOURS has for full R, G or B (default 255)")
+        ->type_name("NUMBER")
+        ->check(FiniteNumber())
+        ->check(CLI::PositiveNumber);
+    command
+        ->add_option("--cmyk-maximum", arguments->scales.cmyk,
+                     "what COLOURS has for solids of C, M, Y, K and spot inks (default 100)")
         ->type_name("NUMBER")
         ->check(FiniteNumber())
         ->check(CLI::PositiveNumber);

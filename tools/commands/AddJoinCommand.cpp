@@ -1,12 +1,11 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "chart/cgats/CgatsFile.h"
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
 #include "tools/Plural.h"
+#include "tools/TableText.h"
 #include "tools/Terminal.h"
-#include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
 #include "tools/make/JoinedPages.h"
 
@@ -25,13 +24,7 @@ void Join(const JoinArguments& arguments, bool json)
     const OutputFile output(arguments.output, arguments.force, arguments.pages);
     const JoinedPages joined(arguments.pages);
     const size_t patches = joined.Table().rows.size();
-    J4Chart::CgatsFile file;
-    file.Add(joined.Table());
-    try {
-        output.Write(file.Text());
-    } catch (const J4Chart::CgatsError& error) {
-        throw ToolError(ExitCode::File, error.what());
-    }
+    output.Write(TableText(joined.Table(), "the pages can't be written as one file", "Correct their names."));
     if (output.IsStandardOutput()) {
         return;
     }

@@ -7,6 +7,7 @@
 
 #include "chart/ChartFile.h"
 #include "chart/ChartReader.h"
+#include "chart/DeviceValues.h"
 #include "chart/cgats/CgatsFields.h"
 #include "tools/ToolError.h"
 
@@ -82,19 +83,19 @@ SpotInk ReadSpot(const CgatsTable& table, const std::string& field)
 
 }  // namespace
 
-ColourList ColourList::Load(const std::string& fileName, std::optional<double> rgbMaximum)
+ColourList ColourList::Load(const std::string& fileName, const Scales& scales)
 {
     try {
-        return Read(J4Chart::ChartFile::Read(fileName), rgbMaximum);
+        return Read(J4Chart::ChartFile::Read(fileName), scales);
     } catch (const CgatsError& error) {
         throw ToolError(
             ExitCode::File, "colours '" + fileName + "': " + error.what(),
             "A list of colours is a CGATS.17 file with RGB_R, RGB_G, RGB_B (0 to 255, or --rgb-maximum), or "
-            "with CMYK_C, CMYK_M, CMYK_Y, CMYK_K and SPOT_1, SPOT_2 ... (0 to 100).");
+            "with CMYK_C, CMYK_M, CMYK_Y, CMYK_K and SPOT_1, SPOT_2 ... (0 to 100, or --cmyk-maximum).");
     }
 }
 
-ColourList ColourList::Read(const J4Chart::CgatsFile& file, std::optional<double> rgbMaximum)
+ColourList ColourList::Read(const J4Chart::CgatsFile& file, const Scales& scales)
 {
     J4Chart::ChartReader::Wanted wanted;
     wanted.names = false;
@@ -106,11 +107,14 @@ ColourList ColourList::Read(const J4Chart::CgatsFile& file, std::optional<double
     list.table = file.Tables()[chart.table];
     list.FindInks();
     list.ReadSpots();
-    list.maximum = list.isRgb ? rgbMaximum.value_or(FullRgb) : Percent;
+    list.RequireAllPrinted();
+    const std::optional<double> told = list.ToldMaximum(scales);
+    list.maximum = told.value_or(list.isRgb ? FullRgb : Percent);
     std::map<std::string, int> lines;
     for (size_t i = 0; i < chart.patches.size(); ++i) {
         const J4Chart::Patch& patch = chart.patches[i];
-        Colour colour{patch.name.empty() ? std::to_string(i + 1) : patch.name, patch.line, {}, patch.Colour()};
+        Colour colour{
+            patch.name.empty() ? std::to_string(i + 1) : patch.name, patch.id, patch.line, {}, patch.Colour()};
         for (const size_t field : list.fields) {
             colour.values.push_back(
                 Scaled(list.table.fields[field], list.table.rows[i].values[field], patch.line, list.maximum));
@@ -121,7 +125,7 @@ ColourList ColourList::Read(const J4Chart::CgatsFile& file, std::optional<double
         }
         list.colours.push_back(std::move(colour));
     }
-    if (list.isRgb && !rgbMaximum) {
+    if (!told) {
         list.RequireScale();
     }
     return list;
@@ -140,16 +144,28 @@ void ColourList::FindInks()
     fields = isRgb ? rgb : cmyk;
 }
 
+/// What a person tells, else the file.
+std::optional<double> ColourList::ToldMaximum(const Scales& scales) const
+{
+    const std::optional<double> told = isRgb ? scales.rgb : scales.cmyk;
+    const CgatsTable::Keyword* const keyword = table.FindKeyword(J4Chart::DeviceValues::MaximumKeyword);
+    if (told || keyword == nullptr) {
+        return told;
+    }
+    double number = 0.0;
+    if (!J4Chart::ParseNumber(keyword->value, number) || number <= 0.0) {
+        throw CgatsError(keyword->line, keyword->name + " '" + keyword->value + "' is not a number above 0");
+    }
+    return number;
+}
+
 void ColourList::ReadSpots()
 {
-    for (size_t number = 1;; ++number) {
+    for (size_t number = 1; !isRgb; ++number) {
         const std::string name = "SPOT_" + std::to_string(number);
         const int field = table.FindField(name);
         if (field < 0) {
             break;
-        }
-        if (isRgb) {
-            throw CgatsError(table.fieldsLine, "spot inks go with CMYK, not with RGB");
         }
         fields.push_back(static_cast<size_t>(field));
         spots.push_back(ReadSpot(table, name));
@@ -160,18 +176,43 @@ void ColourList::ReadSpots()
     }
 }
 
-/// A list on another scale would be printed all too dark, and nobody would see why.
+/// What stands in a list as an ink and was left out would be bare paper, and nobody would see why.
+void ColourList::RequireAllPrinted() const
+{
+    for (size_t field = 0; field < table.fields.size(); ++field) {
+        const std::string& name = table.fields[field];
+        if (!J4Chart::IsDeviceField(name) || std::find(fields.begin(), fields.end(), field) != fields.end()) {
+            continue;
+        }
+        const bool isSpot = name.starts_with("SPOT_");
+        throw CgatsError(table.fieldsLine,
+                         isSpot && isRgb ? "spot inks go with CMYK, not with RGB"
+                         : isSpot        ? "the field SPOT_" + std::to_string(spots.size() + 1) +
+                                        " is missing; spot inks are numbered from 1 on, and there is " + name
+                                  : name + " is none of the values that a chart is printed of, " +
+                                        (isRgb ? "R, G and B" : "C, M, Y, K and spot inks"));
+    }
+}
+
+/// A list on another scale would be printed all too dark or nearly blank, and nobody would see why.
 void ColourList::RequireScale() const
 {
     double highest = 0.0;
     for (const Colour& colour : colours) {
-        highest = std::max(highest, *std::max_element(colour.values.begin(), colour.values.end()) * maximum);
+        highest = std::max(highest, *std::max_element(colour.values.begin(), colour.values.end()));
     }
-    if (highest == Percent || highest == 1.0) {
-        throw CgatsError(0, "the highest value of R, G and B is " + NumberText(highest) +
-                                ", and it can't be told whether that is full light (--rgb-maximum " +
-                                NumberText(highest) + ") or not (--rgb-maximum 255)");
+    constexpr double rounding = 1e-9;  // 1 of a scale of 255 may have become a little more
+    const double full = isRgb ? FullRgb : Percent;
+    highest *= full;
+    if (highest == 0.0 || highest > (isRgb ? Percent : 1.0) + rounding) {
+        return;
     }
+    const std::string option = isRgb ? "--rgb-maximum " : "--cmyk-maximum ";
+    const std::string other = highest > 1.0 + rounding ? NumberText(Percent) : "1";
+    throw CgatsError(0, std::string("the highest value of ") + (isRgb ? "R, G and B" : "the inks") + " is " +
+                            NumberText(std::round(highest * 1e6) / 1e6) + ", and it can't be told whether " +
+                            (isRgb ? "full light" : "a solid") + " is " + other + " (" + option + other + ") or " +
+                            NumberText(full) + " (" + option + NumberText(full) + ")");
 }
 
 }  // namespace J4Tool

@@ -22,19 +22,25 @@ class ColourList {
 public:
     struct Colour {
         std::string name;
+        std::string id;                                   ///< SAMPLE_ID; empty where the file has none
         int line = 0;                                     ///< in its file; 0 for one that was made by a rule
         std::vector<double> values;                       ///< R, G, B, or C, M, Y, K and the spot inks; 0 to 1
         std::optional<J4Chart::Colorimetry::Triple> lab;  ///< where the file has spectra, Lab or XYZ; D50
     };
 
+    /// What the file writes for full light or ink, where a person tells it; else its DEVICE_MAXIMUM, else these.
+    struct Scales {
+        std::optional<double> rgb;   ///< 255
+        std::optional<double> cmyk;  ///< of spot inks too, 100
+    };
+
     /// Reads RGB_R, RGB_G, RGB_B, or CMYK_C, CMYK_M, CMYK_Y, CMYK_K (0 to 100) and with them SPOT_1, SPOT_2 and so on
     /// (0 to 100), whose inks the keywords SPOT_1_NAME and SPOT_1_CMYK ("0 60 100 0") tell.
-    /// @param rgbMaximum  what the file writes for full R, G or B; without it 255
-    /// @throws ToolError with file, line and reason
-    static ColourList Load(const std::string& fileName, std::optional<double> rgbMaximum);
+    /// @throws ToolError with file, line and reason, also for values that look as if they were on another scale
+    static ColourList Load(const std::string& fileName, const Scales& scales);
 
     /// @throws J4Chart::CgatsError
-    static ColourList Read(const J4Chart::CgatsFile& file, std::optional<double> rgbMaximum);
+    static ColourList Read(const J4Chart::CgatsFile& file, const Scales& scales);
 
     bool IsRgb() const { return isRgb; }
 
@@ -50,6 +56,8 @@ public:
 private:
     void FindInks();
     void ReadSpots();
+    std::optional<double> ToldMaximum(const Scales& scales) const;
+    void RequireAllPrinted() const;
     void RequireScale() const;
 
     bool isRgb = false;

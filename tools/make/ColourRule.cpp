@@ -24,7 +24,7 @@ public:
     explicit Colours(bool isRgb) : isRgb(isRgb)
     {
         table.kind = "CGATS.17";
-        table.fields = {"SAMPLE_ID", "SAMPLE_NAME"};
+        table.fields = {"SAMPLE_NAME"};
         for (const char* field : isRgb ? std::vector<const char*>{"RGB_R", "RGB_G", "RGB_B"}
                                        : std::vector<const char*>{"CMYK_C", "CMYK_M", "CMYK_Y", "CMYK_K"}) {
             table.fields.emplace_back(field);
@@ -42,7 +42,7 @@ public:
             row.values.push_back(J4Chart::NumberText(values[i]));
             name += (isRgb ? "RGB" : "CMYK")[i] + row.values.back();
         }
-        row.values.insert(row.values.begin(), {std::to_string(table.rows.size() + 1), name});
+        row.values.insert(row.values.begin(), name);
         table.rows.push_back(std::move(row));
     }
 

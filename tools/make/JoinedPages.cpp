@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <set>
 
 #include "chart/ChartFile.h"
 #include "chart/ChartReader.h"
@@ -15,7 +16,7 @@ using J4Chart::CgatsTable;
 
 namespace {
 
-/// What holds for a page alone.
+/// What holds for a page alone, and SAMPLE_ID, which stands before all others.
 constexpr std::array<const char*, 8> FieldsOfPage = {"SAMPLE_ID", "PAGE",   "X",        "Y",
                                                      "WIDTH",     "HEIGHT", "SCAN_ROW", "SCAN_COLUMN"};
 constexpr std::array<const char*, 2> KeywordsOfPage = {"LAYOUT_PAGE", "LAYOUT_ROTATION"};
@@ -58,6 +59,21 @@ JoinedPages::JoinedPages(const std::vector<std::string>& files)
             throw ToolError(ExitCode::File, file + ": " + error.what(),
                             "Give the measured pages of one chart, each once.");
         }
+    }
+    NumberRows();
+}
+
+void JoinedPages::NumberRows()
+{
+    std::set<std::string> ids;
+    for (const CgatsTable::Row& row : joined.rows) {
+        ids.insert(row.values.front());
+    }
+    if (ids.size() == joined.rows.size() && !ids.contains("")) {
+        return;
+    }
+    for (size_t i = 0; i < joined.rows.size(); ++i) {
+        joined.rows[i].values.front() = std::to_string(i + 1);
     }
 }
 
@@ -106,6 +122,7 @@ void JoinedPages::AddRows(const CgatsTable& table, const std::string& file, cons
         files.emplace(patch.name, patch.file);
     }
     const auto name = static_cast<size_t>(table.FindField("SAMPLE_NAME"));
+    const int id = table.FindField("SAMPLE_ID");
     for (const CgatsTable::Row& row : table.rows) {
         if (const auto [other, isNew] = files.emplace(row.values[name], file); !isNew) {
             throw CgatsError(row.line, "patch " + row.values[name] + " stands in '" + other->second + "' too");
@@ -113,7 +130,7 @@ void JoinedPages::AddRows(const CgatsTable& table, const std::string& file, cons
         seen.push_back({row.values[name], file});
         CgatsTable::Row& added = joined.rows.emplace_back();
         added.line = row.line;
-        added.values = {std::to_string(joined.rows.size()), page};
+        added.values = {id < 0 ? std::string() : row.values[static_cast<size_t>(id)], page};
         for (size_t field = 0; field < table.fields.size(); ++field) {
             if (!IsOneOf(FieldsOfPage, table.fields[field])) {
                 added.values.push_back(row.values[field]);

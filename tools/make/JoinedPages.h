@@ -15,12 +15,13 @@ public:
     ///         patch that stands in two files
     explicit JoinedPages(const std::vector<std::string>& files);
 
-    /// All patches, numbered anew, with the field PAGE; without places, since pages lie in the same place. What the files
+    /// All patches, with the field PAGE, numbered anew where ids are missing or not unique; without places, since pages lie in the same place. What the files
     /// agree in stays in the head, CREATED is the latest.
     const J4Chart::CgatsTable& Table() const { return joined; }
 
 private:
     void Add(const std::string& file);
+    void NumberRows();
     void AddRows(const J4Chart::CgatsTable& table, const std::string& file, const std::string& page);
     void AgreeOn(const J4Chart::CgatsTable& table);
 

@@ -76,6 +76,8 @@ LayoutTable::LayoutTable(const ColourList& list, const PageLayout& pages, const 
     layout.SetKeyword(J4Chart::DeviceValues::MaximumKeyword, J4Chart::NumberText(list.Maximum()));
     layout.SetKeyword("LAYOUT_PAGES", std::to_string(pages.Pages()));
     DropFields(layout, IsOfPlaces);
+    std::copy_if(layout.fields.begin(), layout.fields.end(), std::back_inserter(carried),
+                 [](const std::string& field) { return !IsColour(field) && !J4Chart::IsDeviceField(field); });
     layout.kind = "CGATS.17";
     const std::vector<CgatsTable::Row> colours = std::move(layout.rows);
     layout.rows.clear();
@@ -83,7 +85,8 @@ LayoutTable::LayoutTable(const ColourList& list, const PageLayout& pages, const 
     layout.fields.insert(layout.fields.end(), PlaceFields.begin(), PlaceFields.end());
     for (size_t place = 0; place < order.size(); ++place) {
         CgatsTable::Row row = colours[order[place]];
-        row.values.insert(row.values.begin(), {std::to_string(place + 1), list.Colours()[order[place]].name});
+        const ColourList::Colour& colour = list.Colours()[order[place]];
+        row.values.insert(row.values.begin(), {colour.id.empty() ? std::to_string(place + 1) : colour.id, colour.name});
         const std::vector<std::string> there = PlaceOf(place);
         row.values.insert(row.values.end(), there.begin(), there.end());
         layout.rows.push_back(std::move(row));

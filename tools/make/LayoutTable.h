@@ -19,8 +19,11 @@ public:
     LayoutTable(const ColourList& list, const PageLayout& pages, const std::vector<size_t>& order,
                 const Keywords& keywords);
 
-    /// What the list tells of its colours is carried over.
+    /// What the list tells of its colours is carried over, SAMPLE_ID too; where the list has none it counts the places.
     const J4Chart::CgatsTable& Layout() const { return layout; }
+
+    /// Fields of the list that are neither printed nor known as colours or places.
+    const std::vector<std::string>& Carried() const { return carried; }
 
     /// The layout as PrintModel prints it, for the virtual table: with spectra and paper, with marks and names as strokes.
     J4Chart::CgatsTable SimulatedPrint() const;
@@ -32,6 +35,7 @@ private:
     const PageLayout& pages;
     const std::vector<size_t>& order;
     J4Chart::CgatsTable layout;
+    std::vector<std::string> carried;
 };
 
 }  // namespace J4Tool

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "chart/cgats/CgatsFields.h"
-#include "tools/ChartLayout.h"
 #include "tools/RowSpeed.h"
 #include "tools/ToolError.h"
 
@@ -38,12 +37,19 @@ PageLayout::PageLayout(const Settings& wanted, size_t patches, const WorkArea& a
     : settings(wanted), patches(patches)
 {
     for (const double side : {settings.patch.x, settings.patch.y}) {
-        if (side < ChartLayout::SmallestPatch) {
+        if (side < SmallestPatch) {
             throw ToolError(ExitCode::Usage,
                             "patches of " + J4Chart::NumberText(side) +
-                                " mm can't be measured: the instrument sees a "
-                                "spot of 4.5 mm and needs 5 mm at least",
+                                " mm can't be measured: the instrument sees a spot of 4.5 mm, and with what a print "
+                                "lies off they need " +
+                                J4Chart::NumberText(SmallestPatch) + " mm at least",
                             "Give a larger --patch.");
+        }
+    }
+    for (const double gap : {settings.gap.x, settings.gap.y}) {
+        if (gap < 0.0) {
+            throw ToolError(ExitCode::Usage, "patches " + J4Chart::NumberText(gap) + " mm apart would overlap",
+                            "Give a --gap of 0 or more.");
         }
     }
     settings.quiet = settings.quiet > 0.0 ? settings.quiet : TravelledMargin(settings.patch);

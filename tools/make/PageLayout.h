@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/ChartLayout.h"
 #include "tools/Point.h"
 #include "tools/WorkArea.h"
 
@@ -26,8 +27,12 @@ public:
         Point bed{150.0, 150.0};    ///< where the page's upper left corner lies on the bed, mm
     };
 
+    /// Side of the smallest patch that is worth printing: beside what can be measured, room for a print that lies a
+    /// quarter of a millimetre off, mm.
+    static constexpr double SmallestPatch = ChartLayout::SmallestPatch + 0.5;
+
     /// @param area  what the arm reaches; patches lie where it can be carried over them with their quiet margin
-    /// @throws ToolError where no patch fits
+    /// @throws ToolError where no patch fits, for patches that are too small, and for gaps below 0
     PageLayout(const Settings& settings, size_t patches, const WorkArea& area);
 
     size_t Pages() const { return pages; }

@@ -1,8 +1,10 @@
 #include "tools/make/PagePainter.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "chart/cgats/CgatsFields.h"
+#include "tools/make/PdfText.h"
 
 namespace J4Tool {
 
@@ -56,9 +58,13 @@ void PagePainter::Draw(PdfDocument& document, const std::string& title, const st
         PdfPage& page = document.AddPage(size);
         drawn.push_back(&page);
         const std::string count = "page " + std::to_string(number) + " of " + std::to_string(pages.Pages());
-        page.Write({Edge, TitleLine}, TitleHeight, title, black, PdfPage::Align::Left, true);
+        const double room = size.x - 2.0 * Edge - PdfPage::UsualWidth(count + ", " + date, SmallHeight) - NameHeight;
+        page.Write({Edge, TitleLine}, TitleHeight, PdfText::Fitting(title, room / TitleHeight), black,
+                   PdfPage::Align::Left, true);
         page.Write({size.x - Edge, TitleLine}, SmallHeight, count + ", " + date, black, PdfPage::Align::Right);
-        page.Write({Edge, size.y - Edge}, SmallHeight, Hint(paper), black);
+        const std::string hint = Hint(paper);
+        const double fitting = std::min(SmallHeight, (size.x - 2.0 * Edge) / PdfText::Width(hint));
+        page.Write({Edge, size.y - Edge}, fitting, hint, black);
         DrawNames(page, number);
         for (size_t mark = 0; mark < pages.Marks().size(); ++mark) {
             const Point at = pages.Marks()[mark];

@@ -55,11 +55,15 @@ void PdfPage::Line(Point from, Point to, double width, const Colour& colour)
     content += Points(width) + " w " + Text(from) + " m " + Text(to) + " l S\n";
 }
 
+double PdfPage::UsualWidth(const std::string& text, double height)
+{
+    constexpr double ofDigits = 0.556;  // heights of the font
+    return ofDigits * height * static_cast<double>(text.size());
+}
+
 void PdfPage::Write(Point place, double height, const std::string& text, const Colour& colour, Align align, bool bold)
 {
-    // Digits are as wide as this, and capitals a little wider.
-    constexpr double usualWidth = 0.556;
-    const double width = usualWidth * height * static_cast<double>(text.size());
+    const double width = UsualWidth(text, height);
     place.x -= align == Align::Left ? 0.0 : align == Align::Middle ? 0.5 * width : width;
     Select(colour, false);
     content += std::string("BT /") + (bold ? BoldFontName : FontName) + " " + Points(height) + " Tf " + Text(place) +

@@ -37,6 +37,9 @@ public:
     void Write(Point place, double height, const std::string& text, const Colour& colour, Align align = Align::Left,
                bool bold = false);
 
+    /// How wide a line of text is taken to be, mm: digits are so wide, and capitals a little wider.
+    static double UsualWidth(const std::string& text, double height);
+
     Point Size() const { return size; }
 
     /// What has been drawn, as a content stream.

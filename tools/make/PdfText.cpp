@@ -59,6 +59,24 @@ unsigned char WinAnsi(uint32_t character)
     return Unknown;
 }
 
+/// Advance of a character in bold Helvetica, thousandths of the font's height; of those beyond ASCII the widest of them.
+int Advance(unsigned char code)
+{
+    constexpr unsigned char first = 0x20;
+    constexpr std::array<short, 95> widths = {
+        278, 333, 474, 556, 556, 889, 722, 238, 333, 333, 389, 584, 278, 333, 278, 278, 556, 556, 556,
+        556, 556, 556, 556, 556, 556, 556, 333, 333, 584, 584, 584, 611, 975, 722, 722, 722, 722, 667,
+        611, 778, 722, 278, 556, 722, 611, 833, 722, 778, 667, 778, 722, 667, 611, 722, 667, 944, 667,
+        667, 611, 333, 278, 333, 584, 556, 333, 556, 611, 556, 611, 556, 333, 611, 611, 278, 278, 556,
+        278, 889, 611, 611, 611, 611, 389, 556, 333, 611, 556, 778, 556, 556, 500, 389, 280, 389, 584};
+    constexpr int widest = 1000;       // long dash, ellipsis, the Danish letters
+    constexpr int widestAccent = 778;  // letters with accents
+    return code < 0x7f                    ? widths[code - first]
+           : code < 0xc0                  ? widest
+           : code == 0xc6 || code == 0xe6 ? widest
+                                          : widestAccent;
+}
+
 std::string Formatted(const char* format, unsigned value)
 {
     char text[16];
@@ -79,6 +97,41 @@ std::string Shown(std::string_view text)
         shown += code < 0x7f ? std::string(1, static_cast<char>(code)) : Formatted("\\%03o", code);
     }
     return shown + ")";
+}
+
+bool IsShown(std::string_view text)
+{
+    while (!text.empty()) {
+        const uint32_t character = TakeCharacter(text);
+        if (character != Unknown && WinAnsi(character) == Unknown) {
+            return false;
+        }
+    }
+    return true;
+}
+
+double Width(std::string_view text)
+{
+    int width = 0;
+    while (!text.empty()) {
+        width += Advance(WinAnsi(TakeCharacter(text)));
+    }
+    return width / 1000.0;
+}
+
+std::string Fitting(std::string_view text, double width)
+{
+    if (Width(text) <= width) {
+        return std::string(text);
+    }
+    const std::string ellipsis = "\xe2\x80\xa6";
+    double taken = Width(ellipsis);
+    std::string_view rest = text;
+    size_t kept = 0;
+    while (!rest.empty() && (taken += Advance(WinAnsi(TakeCharacter(rest))) / 1000.0) <= width) {
+        kept = text.size() - rest.size();
+    }
+    return std::string(text.substr(0, kept)) + ellipsis;
 }
 
 std::string About(std::string_view text)

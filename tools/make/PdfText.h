@@ -10,6 +10,16 @@ namespace J4Tool::PdfText {
 /// @param text  UTF-8
 std::string Shown(std::string_view text);
 
+/// Whether the fonts have all its characters.
+bool IsShown(std::string_view text);
+
+/// How wide a text is in bold Helvetica, in heights of the font, at most; the regular font is narrower.
+double Width(std::string_view text);
+
+/// The text, or as much of its beginning as is no wider with an ellipsis behind it.
+/// @param width  in heights of the font
+std::string Fitting(std::string_view text, double width);
+
 /// A text about the file, in all characters, in angles.
 /// @param text  UTF-8
 std::string About(std::string_view text);

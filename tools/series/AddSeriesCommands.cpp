@@ -9,6 +9,7 @@
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
 #include "tools/Plural.h"
+#include "tools/TableText.h"
 #include "tools/Terminal.h"
 #include "tools/ToolError.h"
 #include "tools/commands/Commands.h"
@@ -85,13 +86,7 @@ void Average(const SeriesArguments& arguments, bool json)
     RequireSeveral(arguments, "average");
     const OutputFile output(arguments.output, arguments.force, arguments.measured);
     const MeasurementSeries series(arguments.measured, true);
-    J4Chart::CgatsFile file;
-    file.Add(AverageTable(series));
-    try {
-        output.Write(file.Text());
-    } catch (const J4Chart::CgatsError& error) {
-        throw ToolError(ExitCode::File, arguments.measured.front() + ": " + error.what());
-    }
+    output.Write(TableText(AverageTable(series), arguments.measured.front(), "Correct its names."));
     if (output.IsStandardOutput()) {
         return;
     }

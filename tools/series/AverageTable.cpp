@@ -118,7 +118,7 @@ CgatsTable AverageTable(const MeasurementSeries& series)
         const J4Chart::Patch& patch = first.patches[i];
         CgatsTable::Row& row = table.rows.emplace_back();
         row.line = patch.line;
-        row.values = {patch.id.empty() ? std::to_string(i + 1) : patch.id, patch.name};
+        row.values = {patch.IdAt(i), patch.name};
         row.values.insert(row.values.end(), patch.device.begin(), patch.device.end());
         if (!first.places.empty()) {
             MeasuredColumns::AddPlace(row.values, first.places[i]);
