@@ -38,6 +38,8 @@ add_library(j4_untraced STATIC c_sdk/src/CallTrace.cpp)
 target_link_libraries(j4_untraced PUBLIC j4t_flags)
 add_library(j4_core OBJECT ${j4_core_sources})
 target_link_libraries(j4_core PUBLIC j4_untraced j4_arm_geometry j4_foundation)
+# One object for each source: the tool takes the line to the table out of them, and not the rest.
+set_target_properties(j4_core PROPERTIES UNITY_BUILD OFF)
 target_compile_definitions(j4_core PRIVATE J4T_CHECK_THREADS=$<BOOL:${J4T_CHECK_THREADS}>)
 target_include_directories(j4_core
     PUBLIC ${PROJECT_SOURCE_DIR}/c_sdk/include

@@ -31,7 +31,7 @@ const std::string inkRows =
     "C50 50 0 0 0 74 -18 -24\ngrey 50 40 40 0 58 0 -1\nbrown 50 50 50 0 52 6 8\ngreyK 50 40 40 10 50 0 0\n"
     "\"brand red\" 10 95 80 0 47 66 40\n";
 
-Tolerances Read(const std::string& text) { return ToleranceFile::Read(text, "t.toml"); }
+Tolerances TolerancesOf(const std::string& text) { return ToleranceFile::Read(text, "t.toml"); }
 
 std::string RuleFor(const std::string& patches)
 {
@@ -73,7 +73,7 @@ TEST(ToleranceFile, RefusesWhatItDoesNotKnowWithItsLine)
     for (const auto& [text, complaint] : cases) {
         SCOPED_TRACE(text);
         try {
-            Read(text);
+            TolerancesOf(text);
             ADD_FAILURE() << "not refused";
         } catch (const ToolError& error) {
             EXPECT_EQ(error.code, ExitCode::File);
@@ -121,7 +121,7 @@ TEST(Judgement, PatchesOfARuleByPartNameAndDeviceValue)
     for (const Case& test : cases) {
         SCOPED_TRACE(test.patches);
         const J4Chart::Chart chart = ChartOf(test.fields, test.rows);
-        const Judgement judgement(Read(RuleFor(test.patches)), chart, chart);
+        const Judgement judgement(TolerancesOf(RuleFor(test.patches)), chart, chart);
         std::vector<std::string> found;
         for (const Judgement::PatchValue& patch : judgement.Lines()[0].behind) {
             found.push_back(patch.name);
@@ -169,7 +169,7 @@ TEST(Judgement, ValuesAndVerdicts)
         // The reference lacks K, so that the first rule finds all of its patches measured.
         const bool isWhole = test.rule.find("K = 0") != std::string::npos;
         const Judgement judgement(
-            Read("[[rule]]\nname = 'r'\n" + test.rule), ChartOf(names, measuredRows),
+            TolerancesOf("[[rule]]\nname = 'r'\n" + test.rule), ChartOf(names, measuredRows),
             isWhole ? ChartOf(inkFields, J4Test::Replaced(inkRows, "K 0 0 0 100 16 0 0\n", "")) : reference);
         const Judgement::Line& line = judgement.Lines()[0];
         EXPECT_EQ(line.verdict, test.verdict) << line.reason;
@@ -183,7 +183,7 @@ TEST(Judgement, ValuesAndVerdicts)
 
 TEST(Judgement, OnlyByAReferenceOfTheSameChart)
 {
-    const Tolerances tolerances = Read(RuleFor("'all'"));
+    const Tolerances tolerances = TolerancesOf(RuleFor("'all'"));
     const std::string ids = "SAMPLE_ID RGB_R" + lab;
     const std::pair<J4Chart::Chart, const char*> references[] = {
         {ChartOf(inkFields, "C 100 40 0 0 56 -36 -44\n"), "patch 'C' has CMYK_M 0 in the measured file (line"},
@@ -205,11 +205,11 @@ TEST(Judgement, MeasuredInPartOnlyWhereTheFileAllowsIt)
     const std::string text = "[[rule]]\nname = 'r'\nmaximum = 1\n[[rule]]\nname = 's'\nmaximum = 1.003\nmean = 1";
     const J4Chart::Chart reference = ChartOf("SAMPLE_NAME" + lab, "a 50 0 0\nb 50 0 0\n");
     const J4Chart::Chart measured = ChartOf("SAMPLE_NAME" + lab, "a 51.003 0 0\nx 50 0 0\n");
-    const Judgement part(Read("subset = true\nformula = 'CIE 1976'\n" + text), measured, reference);
+    const Judgement part(TolerancesOf("subset = true\nformula = 'CIE 1976'\n" + text), measured, reference);
     EXPECT_EQ(part.Overall(), Verdict::Fail);
     EXPECT_EQ(part.Words(), "fail: 2 of 3 limits not held");
     EXPECT_EQ(part.CoverageWords(), "Rules cover 1 of 2 patches.");
-    const Judgement whole(Read(text), measured, reference);
+    const Judgement whole(TolerancesOf(text), measured, reference);
     EXPECT_EQ(whole.Lines()[2].reason, "1 patch without a reference");
     EXPECT_EQ(whole.Lines()[2].verdict, Verdict::NotJudged);
 }
@@ -223,7 +223,7 @@ TEST(Judgement, FiguresLookAsTheirVerdict)
     };
     for (const auto& [limit, lightness, texts] : cases) {
         SCOPED_TRACE(limit + " " + lightness);
-        const Judgement judgement(Read("[[rule]]\nname = 'r'\nof = 'lightness'\nmaximum = " + limit),
+        const Judgement judgement(TolerancesOf("[[rule]]\nname = 'r'\nof = 'lightness'\nmaximum = " + limit),
                                   ChartOf("SAMPLE_NAME" + lab, "a " + lightness + " 0 0\n"), reference);
         EXPECT_EQ(judgement.Lines()[0].LimitText() + " " + judgement.Lines()[0].ValueText(), texts);
     }

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int DeepestShown = 20;  // calls that never end would lead out of sight
 constexpr size_t LongestWord = 60;
-constexpr size_t LongestFrame = 48;
+constexpr size_t LongestShown = 48;
 
 /// A text in one line, and not more of it than can be taken in.
 std::string Short(const std::string& text, size_t longest)
@@ -82,7 +82,7 @@ DialogueLine Dialogue::LineOf(const TraceEvent& event)
         break;
     default: {
         const WireFrame frame(entry.name);
-        const std::string shown = Short(entry.name, LongestFrame);
+        const std::string shown = Short(entry.name, LongestShown);
         line.text = (entry.kind == Kind::Sent ? "-> " : "<- ") + shown +
                     std::string(shown.size() < 20 ? 20 - shown.size() : 0, ' ') + "  " + frame.Text();
         line.isFailure = frame.IsFailure();
