@@ -27,6 +27,7 @@ good = True
 with j4tavla.Table() as table:
     table.connect()
     print("Table", table.options["J4TSerialNumber"], "with instrument", table.options["J4TJ4SerialNumber"], file=sys.stderr)
+    table.options["MeasurementMode"] = "ScanningReflectance"
     table.calibrate()
     for number, (start, end, patches) in enumerate(rows, 1):
         spectra = table.scan(start, end)

@@ -1,6 +1,7 @@
 """The J4 Tavla scanning table: measures rows of patches on printed charts.
 
     with j4tavla.Table(virtual=True, chart="chart.cgats") as table:
+        table.options["MeasurementMode"] = "ScanningReflectance"
         table.calibrate()
         spectra = table.scan((199.5, 250), (356.5, 250))
 

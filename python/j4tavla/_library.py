@@ -10,7 +10,7 @@ import os
 import sys
 import threading
 from pathlib import Path
-from typing import Any, Iterator
+from typing import Any, Iterator, Optional
 
 from ._errors import Status, TableError
 
@@ -117,8 +117,20 @@ def _load(file: str) -> dict[str, Any]:
     return functions
 
 
+def _decoded(text: Optional[bytes]) -> str:
+    return (text or b"").decode(errors="replace")
+
+
+_OF_PARENT = ("A Table was open when this process was forked: it is the parent's. Fork before the Table is opened, or start "
+              "the process by the method \"spawn\".")
+
+
 class Library:
-    """The process's one library. Every failure of a call becomes a TableError."""
+    """The process's one library. Every failure of a call becomes a TableError.
+
+    The child of a fork has a copy of all this, amid whatever the parent's threads were doing. So it calls nothing when the
+    parent was using the library, and has a lock of its own, since nobody would release that of the parent.
+    """
 
     def __init__(self) -> None:
         self.lock = threading.RLock()
@@ -130,6 +142,12 @@ class Library:
         # The library keeps pointers to them, so they live as long as the process.
         self._error_handler = _ErrorHandler(self._keep_failure)
         self._message_handler = _DeviceMessageHandler(self._keep_message)
+        if hasattr(os, "register_at_fork"):
+            os.register_at_fork(after_in_child=self._begin_child)
+
+    def _begin_child(self) -> None:
+        self.lock = threading.RLock()
+        self.messages.clear()
 
     @property
     def is_virtual(self) -> bool:
@@ -137,27 +155,33 @@ class Library:
         return _is_virtual(Path(self._file))
 
     def open(self, file: str, anew: bool) -> None:
-        """Loads the library and takes it into use; a RuntimeError when it is in use, or another one is loaded.
+        """Loads the library and takes it into use; a RuntimeError when it is in use, here or by the parent at the fork, or
+        another one is loaded.
 
         anew: the virtual table is as at power-on, also when it has been used in this process.
         """
         with self.lock:
-            if self._user == os.getpid():
+            self._refuse_child()
+            if self._user:
                 raise RuntimeError("A Table is open: the library has one state for the whole process. Close it first.")
-            if self._functions and file != self._file:
-                raise RuntimeError(f"This process has loaded {self._file}. {file} needs a process of its own.")
-            is_first = not self._functions
-            if is_first:
-                self._functions = _load(file)
-                self._file = file
             self._user = os.getpid()
             try:
+                if self._functions and file != self._file:
+                    raise RuntimeError(f"This process has loaded {self._file}. {file} needs a process of its own.")
+                is_first = not self._functions
+                if is_first:
+                    self._functions = _load(file)
+                    self._file = file
                 self._register()
                 if anew and not is_first:
                     self._call("J4_SetOption", b"Simulator.Reset", b"yes")
-            except TableError:
+            except BaseException:
                 self._user = 0
                 raise
+
+    def _refuse_child(self) -> None:
+        if self._user not in (0, os.getpid()):
+            raise RuntimeError(_OF_PARENT)
 
     def release(self) -> None:
         """Lets table and instrument go and ends the use; nothing when another process, a parent, has opened it."""
@@ -180,13 +204,13 @@ class Library:
             raise TableError("J4_RegisterErrorHandler", Status.FRAME_FAILURE, self._text("LastError"))
 
     def _keep_failure(self, function: bytes, status: int, message: bytes) -> None:
-        self._failure = function.decode(), status, message.decode(errors="replace").strip()
+        self._failure = function.decode(), status, _decoded(message).strip()
 
-    def _keep_message(self, message: int, text: bytes) -> None:
-        self.messages.append((message, text.decode(errors="replace")))
+    def _keep_message(self, message: int, text: Optional[bytes]) -> None:
+        self.messages.append((message, _decoded(text)))
 
     def _text(self, key: str) -> str:
-        return str(self._functions["J4_GetOption"](key.encode()).decode(errors="replace").strip())
+        return _decoded(self._functions["J4_GetOption"](key.encode())).strip()
 
     def _call(self, name: str, *arguments: Any) -> Any:
         self._failure = None
@@ -203,8 +227,9 @@ class Library:
         return result
 
     def call(self, name: str, *arguments: Any) -> Any:
-        """Calls a function; its value when it does not fail."""
+        """Calls a function; its value when it does not fail. A RuntimeError in the child of a fork."""
         with self.lock:
+            self._refuse_child()
             try:
                 return self._call(name, *arguments)
             finally:

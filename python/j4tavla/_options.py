@@ -5,6 +5,8 @@ import decimal
 from collections.abc import Callable, Iterator, Mapping
 from typing import Any, Union
 
+from ._errors import TableError
+
 Value = Union[str, bool, int, float]
 
 # The keys of the table's library that can be read, whatever table it is.
@@ -53,8 +55,19 @@ class Options(Mapping[str, str]):
         return sum(1 for _ in self)
 
     def __contains__(self, key: object) -> bool:
-        """Whether the key is listed, or reads a text that is not empty."""
-        return isinstance(key, str) and (key in iter(self) or key in _NOT_LISTED or self[key] != "")
+        """Whether the key is listed, or can be read and gives a text that is not empty."""
+        if not isinstance(key, str):
+            return False
+        if key in iter(self) or key in _NOT_LISTED:
+            return True
+        try:
+            name = _bytes(key)
+        except ValueError:
+            return False
+        try:
+            return bool(self._call("J4_GetOption", name))
+        except TableError:
+            return False
 
 
 def _text(value: Value) -> str:

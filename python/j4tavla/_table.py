@@ -33,7 +33,8 @@ class Table:
 
     The library has one state for the whole process. So one Table can be open at a time, and a second one is refused with a
     RuntimeError; a process that has used the virtual variant can't use the real one, nor the other way round. Threads may
-    share a Table: its calls wait for one another.
+    share a Table: its calls wait for one another. In the child of a fork a Table that the parent had open can't be used,
+    nor another one be opened: RuntimeError.
 
     Every method fails with a TableError when the library's function does, and with a ValueError when the Table is closed.
     Nothing is connected before the first call that needs it. Closing, by the end of a with block, by close() or by the end
@@ -63,7 +64,7 @@ class Table:
             it came, on the caller's thread. Number 1: the instrument that the text names has gone. It may use the table.
 
         Raises OSError when there is no such library or it can't be loaded, TableError when the instrument's library can't be
-        loaded or an option is refused, RuntimeError when another Table is open.
+        loaded or an option is refused, RuntimeError when another Table is open, or was when this process was forked.
         """
         self.on_device_message = on_device_message
         self._numpy: Any = _numpy(arrays)
@@ -123,7 +124,7 @@ class Table:
         return x.value, y.value
 
     def scan(self, start: Point, end: Point) -> Spectra:
-        """Carries the instrument along a row of patches while it measures.
+        """Carries the instrument along a row of patches while it measures, in the mode of option "MeasurementMode".
 
         start, end: (x, y) of the row's ends, mm, on bare paper some 8 mm beside its outer patches.
         Returns the patches that were recognised, in their order: shape (patches, 36), reflectance factors. Their colour
@@ -157,8 +158,12 @@ class Table:
         self._call("J4_TriggerMeasurement")
 
     def trigger_counted_scan(self, count: int) -> None:
-        """Takes so many samples at the instrument's own pace, while nothing moves the arm."""
-        self._call("J4_TriggerCountedScan", count)
+        """Takes so many samples at the instrument's own pace, while nothing moves the arm.
+
+        A scan leaves option "Recognition" at yes, and then the instrument looks for patches in the samples, so that there
+        are fewer. For all of them set it to False before, and to True again before the next scan.
+        """
+        self._call("J4_TriggerCountedScan", _number(count, ValueError))
 
     @property
     def sample_count(self) -> int:
@@ -228,7 +233,8 @@ class Table:
 
     def private(self, operation: int, record: Optional[ctypes.Structure] = None) -> int:
         """Operations of service programs, see j4tavla.h; 1001 and 1002 with a PrivateTableRequest."""
-        return int(self._call("J4_Private", operation, None if record is None else ctypes.byref(record)))
+        reference = None if record is None else ctypes.byref(record)
+        return int(self._call("J4_Private", _number(operation, ValueError, 2**31), reference))
 
     def _succeeds(self, name: str) -> bool:
         try:
@@ -260,10 +266,14 @@ def _numpy(wanted: Optional[bool]) -> Any:
 
 
 def _index(index: int) -> int:
-    """A negative one would be the index of a sample far behind the last."""
-    if index < 0:
-        raise IndexError("samples are counted from 0")
-    return index
+    return _number(index, IndexError)
+
+
+def _number(number: int, error: type[Exception], end: int = 2**32) -> int:
+    """Of any other one ctypes would take the last 32 bits."""
+    if not 0 <= number < end:
+        raise error(f"{number} is not a number from 0 to {end - 1}")
+    return number
 
 
 def _values(spectrum: Sequence[float]) -> ctypes.Array[ctypes.c_float]:

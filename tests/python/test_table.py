@@ -11,6 +11,7 @@ from pathlib import Path
 import j4tavla
 import pytest
 from j4tavla import Status, Table, TableError
+from j4tavla._library import LIBRARY
 from printed_rows import CHART
 
 HEADER = Path(__file__).parents[2] / "c_sdk/include/j4tavla.h"
@@ -75,6 +76,7 @@ def test_a_place_is_measured_by_itself(table):
     table.set_substrate(table.spectrum(0))
     assert table.density(0) == pytest.approx(0, abs=1e-6)
     table.trigger_counted_scan(4)
+    assert table.sample_count == 4
     table.go_home()
     assert table.position == pytest.approx((100, 80), abs=0.05)
     assert table.connected and table.instrument_connected and table.key_pressed == 0
@@ -104,7 +106,8 @@ def test_options_name_those_that_can_be_listed(table):
     assert "Simulator.Noise" in listed and len(listed) == len(set(listed)) == len(table.options)
     assert dict(table.options)["J4TSerialNumber"] == "640001"
     assert "Simulator.Journal" in table.options and "MeasurementMode" in table.options
-    assert "NoSuchKey" not in table.options and table.options["NoSuchKey"] == ""
+    assert not any(key in table.options for key in ("NoSuchKey", "65536", "", "\0", "\ud800", 5))
+    assert table.options["NoSuchKey"] == ""
     version = [table.options[f"J4T{part}Version"] for part in ("Major", "Minor", "Revision", "Build")]
     assert ".".join(version) == j4tavla.__version__
 
@@ -140,6 +143,9 @@ def test_failures_tell_what_failed(options, call, function, status, name, text, 
 
 @pytest.mark.parametrize("call, error", [
     (lambda table: table.spectrum(-1), IndexError),
+    (lambda table: table.colour(2**32), IndexError),
+    (lambda table: table.trigger_counted_scan(2**32 + 5), ValueError),
+    (lambda table: table.private(2**32 + 1001), ValueError),
     (lambda table: table.set_substrate([1.0] * 35), ValueError),
     (lambda table: table.options.__setitem__("Simulator.Noise", "0\0.5"), ValueError),
     (lambda table: table.options.__setitem__("J4THoldPosition", [True]), TypeError),
@@ -174,10 +180,12 @@ def test_device_messages_come_at_the_end_of_a_call(table):
     table.connect()
     table.options["Simulator.Unplug"] = "240118"
     assert not table.instrument_connected
-    assert seen == [(1, "240118", "240118")]
+    LIBRARY._message_handler(2, None)
+    table.connected
+    assert seen == [(1, "240118", "240118"), (2, "", "240118")]
     table.on_device_message = None
     table.options["Simulator.Unplug"] = "none"
-    assert len(seen) == 1
+    assert len(seen) == 2
 
 
 def test_one_table_is_open_at_a_time(chart):
@@ -214,6 +222,49 @@ def test_threads_wait_for_one_another(table):
         thread.join()
     for name, scans in measured.items():
         assert len(scans) == 5 and all(spectra == near(row(name)) for spectra in scans)
+
+
+FORK = """
+import os, signal, sys, threading, j4tavla
+
+def child(*uses):
+    process = os.fork()
+    if process == 0:
+        signal.alarm(20)
+        for use in uses:
+            try:
+                print(use(), flush=True)
+            except RuntimeError as error:
+                print("the parent's" in str(error), flush=True)
+        sys.exit(0)
+    print("ended", os.waitpid(process, 0)[1], flush=True)
+
+def opened():
+    with j4tavla.Table(virtual=True) as table:
+        return table.connected
+
+def call():  # keeps another thread in a call
+    with j4tavla._library.LIBRARY.lock:
+        running.set()
+        forked.wait()
+
+running, forked = threading.Event(), threading.Event()
+with j4tavla.Table(virtual=True) as table:
+    thread = threading.Thread(target=call)
+    thread.start()
+    running.wait()
+    child(lambda: table.connected, opened, table.close, opened)
+    forked.set()
+    thread.join()
+    print("parent", table.connected, flush=True)
+child(lambda: "closed", opened)
+"""
+
+
+def test_the_child_of_a_fork_leaves_an_open_table_to_its_parent():
+    result = python(FORK)
+    assert result.stdout.split() == ["True", "True", "None", "True", "ended", "0", "parent", "True",
+                                     "closed", "True", "ended", "0"], result.stderr
 
 
 FIND = "import j4tavla, sys\ntry:\n    {}\nexcept Exception as error:\n    print(type(error).__name__, error)"
