@@ -393,9 +393,15 @@ namespace J4Tavla {
         }
 
         /// <summary>An option by its key.</summary>
+        /// <exception cref="ArgumentException">A NUL in key or value.</exception>
         public string this[string key] {
-            get { return Run(() => library.Option(key)); }
+            get {
+                CheckWhole(key);
+                return Run(() => library.Option(key));
+            }
             set {
+                CheckWhole(key);
+                CheckWhole(value);
                 bool isReset = key == "Reset" && (value == "All" || value == "J4TAll");
                 lock (calls) {
                     if (isReset && depth > 0) {
@@ -604,6 +610,12 @@ namespace J4Tavla {
                     // One without a call of the handler: there is no instrument's library.
                     throw new TableException(function, status, library.Option("LastError"), "");
                 }
+            }
+        }
+
+        static void CheckWhole(string text) {
+            if (text != null && text.IndexOf('\0') >= 0) {
+                throw new ArgumentException("a key or value with a NUL in it would be cut there");
             }
         }
 

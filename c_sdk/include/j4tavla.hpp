@@ -24,7 +24,6 @@
 #include <exception>
 #include <functional>
 #include <iomanip>
-#include <list>
 #include <locale>
 #include <memory>
 #include <mutex>
@@ -225,38 +224,45 @@ using DeviceMessageHandler = std::function<void(std::int32_t message, const std:
 /// @cond
 namespace Detail {
 
-/** A list of handlers that may be changed while it is called. */
+/**
+ * A list of handlers that may be changed while it is called. What has been removed is called no more: a thread that removes
+ * waits until another one that calls has come to the list's end.
+ */
 template <class Handler>
 class Handlers {
 public:
-    using Place = typename std::list<Handler>::iterator;
+    using Place = std::shared_ptr<const Handler>;
 
     Place Add(Handler handler)
     {
-        const std::lock_guard<std::mutex> lock(mutex);
-        return list.insert(list.end(), std::move(handler));
+        if (!handler) {
+            throw std::invalid_argument("an empty handler can't be called");
+        }
+        const std::lock_guard<std::recursive_mutex> lock(mutex);
+        return list.emplace_back(std::make_shared<const Handler>(std::move(handler)));
     }
 
-    void Remove(Place place)
+    void Remove(const Place& place)
     {
-        const std::lock_guard<std::mutex> lock(mutex);
-        list.erase(place);
+        const std::lock_guard<std::recursive_mutex> lock(mutex);
+        list.erase(std::find(list.begin(), list.end(), place));
     }
 
     template <class... Arguments>
     void Call(const Arguments&... arguments)
     {
-        std::unique_lock<std::mutex> lock(mutex);
-        const std::list<Handler> copy = list;
-        lock.unlock();
-        for (const Handler& handler : copy) {
-            handler(arguments...);
+        const std::lock_guard<std::recursive_mutex> lock(mutex);
+        // A handler may remove itself and others, and add some.
+        for (const Place& place : std::vector<Place>(list)) {
+            if (std::find(list.begin(), list.end(), place) != list.end()) {
+                (*place)(arguments...);
+            }
         }
     }
 
 private:
-    std::mutex mutex;
-    std::list<Handler> list;
+    std::recursive_mutex mutex;
+    std::vector<Place> list;
 };
 
 /** What a process has once, as the library under it. It is never taken down, so that static objects may use it. */
@@ -318,6 +324,15 @@ private:
     std::exception_ptr thrownByHandler;
 };
 
+/** A text that the library gets whole. */
+inline const char* Whole(const std::string& text)
+{
+    if (text.find('\0') != std::string::npos) {
+        throw std::invalid_argument("a key or value with a NUL in it would be cut there");
+    }
+    return text.c_str();
+}
+
 inline std::string ToText(const std::string& value) { return value; }
 inline std::string ToText(bool value) { return value ? "yes" : "no"; }
 inline std::string ToText(std::int32_t value) { return std::to_string(value); }
@@ -360,7 +375,10 @@ Value FromText(const char* key, const std::string& text)
 }  // namespace Detail
 /// @endcond
 
-/** A registered handler; it is called until the last copy of this object ends. */
+/**
+ * A registered handler; it is called until the last copy of this object ends. The end waits for handlers that run in
+ * another thread, which must therefore not wait for this one; in a handler it does not wait.
+ */
 class Registration {
 private:
     friend class Table;
@@ -559,26 +577,29 @@ public:
         SetOption(option.key, Detail::ToText(value));
     }
 
-    /** @param key  of any option  @return its value */
+    /** @param key  of any option  @return its value  @throws std::invalid_argument for a NUL in the key */
     std::string GetOption(const std::string& key)
     {
-        return Run([&] { return std::string(J4_GetOption(key.c_str())); });
+        return Run([text = Detail::Whole(key)] { return std::string(J4_GetOption(text)); });
     }
 
     /**
      * Writes an option by its key.
      * @param key    of any option
      * @param value  its new value
-     * @throws std::logic_error for "Reset" with "All" or "J4TAll" in a handler
+     * @throws std::invalid_argument for a NUL in key or value; std::logic_error for "Reset" with "All" or "J4TAll" in a
+     *         handler
      */
     void SetOption(const std::string& key, const std::string& value)
     {
+        const char* const keyText = Detail::Whole(key);
+        const char* const valueText = Detail::Whole(value);
         const bool isReset = key == "Reset" && (value == "All" || value == "J4TAll");
         const auto lock = Lock();
         if (isReset && shared.failure != nullptr) {
             throw std::logic_error("the library can't be reset in a handler");
         }
-        Check("J4_SetOption", [&] { return J4_SetOption(key.c_str(), value.c_str()); });
+        Check("J4_SetOption", [&] { return J4_SetOption(keyText, valueText); });
         if (isReset) {
             J4_RegisterErrorHandler(Detail::Shared::OnFailure);
             J4_RegisterDeviceMessageHandler(Detail::Shared::OnDeviceMessage);
@@ -592,6 +613,7 @@ public:
      * Registers a handler that is called with each failure, before its Error is thrown; it may read options.
      * @param handler  what it throws takes the place of the Error
      * @return as long as this lives the handler is called
+     * @throws std::invalid_argument for an empty handler
      */
     [[nodiscard]] Registration OnFailure(FailureHandler handler)
     {
@@ -603,6 +625,7 @@ public:
      * Registers a handler that is called with each device message; it must not call the table.
      * @param handler  what it throws leaves the call that is under way when that is done
      * @return as long as this lives the handler is called
+     * @throws std::invalid_argument for an empty handler
      */
     [[nodiscard]] Registration OnDeviceMessage(DeviceMessageHandler handler)
     {

@@ -2,6 +2,8 @@
 // tell every failure of theirs; handlers live as long as their objects.
 #include <atomic>
 #include <functional>
+#include <future>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -114,6 +116,11 @@ TEST_F(CppHeaderTest, OptionsHaveTheirTypes)
     EXPECT_GT(table.Get(Options::IntegrationTime), 0.001f);
     EXPECT_THROW(table.Get(J4Tavla::ReadOnly<int32_t>{"J4TVersion"}), Error)
         << "104 is a number, the whole text is none";
+    using namespace std::string_literals;
+    EXPECT_THROW(table.GetOption("J4TScanSpeed\0"s), std::invalid_argument);
+    EXPECT_THROW(table.SetOption("J4TScanSpeed\0x"s, "90"), std::invalid_argument);
+    EXPECT_THROW(table.SetOption("J4TScanSpeed", "90\0"s), std::invalid_argument);
+    EXPECT_EQ(table.Get(Options::ScanSpeed), 80);
 }
 
 TEST_F(CppHeaderTest, EachFailureNamesItsFunction)
@@ -174,6 +181,8 @@ TEST_F(CppHeaderTest, HandlersAreCalledAsLongAsTheyAreKept)
     {
         Table table;
         EXPECT_THROW(Table(), std::logic_error);
+        EXPECT_THROW(static_cast<void>(table.OnFailure(nullptr)), std::invalid_argument);
+        EXPECT_THROW(static_cast<void>(table.OnDeviceMessage(nullptr)), std::invalid_argument);
         {
             const J4Tavla::Registration outer = table.OnFailure([&](const Error& error) {
                 heard.push_back(error.Function());
@@ -209,6 +218,41 @@ TEST_F(CppHeaderTest, HandlersAreCalledAsLongAsTheyAreKept)
     Table().CheckTable();
     J4_GetSpectrum(nullptr, 0);
     EXPECT_EQ(Application::failures.size(), 1u) << "the handlers of before are back";
+}
+
+TEST_F(CppHeaderTest, AHandlerIsCalledNoMoreWhenItsRegistrationHasEnded)
+{
+    Table table;
+    std::optional<J4Tavla::Registration> second;
+    std::string heard;
+    std::optional<J4Tavla::Registration> first = table.OnFailure([&](const Error&) {
+        heard += "first ";
+        second.reset();
+        first.reset();
+        heard += "ended ";
+    });
+    second = table.OnFailure([&](const Error&) { heard += "second "; });
+    FailureOf([&] { table.GetSpectrum(0); });
+    FailureOf([&] { table.GetSpectrum(0); });
+    EXPECT_EQ(heard, "first ended ");
+
+    // What another thread is in the midst of, the end of a registration waits for.
+    std::promise<void> begun;
+    std::atomic<bool> hasEnded{false};
+    std::atomic<bool> calledAfterwards{false};
+    first = table.OnFailure([&](const Error&) {
+        begun.set_value();
+        for (int i = 0; i < 1000 && !hasEnded; ++i) {
+            std::this_thread::yield();
+        }
+    });
+    second = table.OnFailure([&](const Error&) { calledAfterwards = hasEnded.load(); });
+    std::thread caller([&] { FailureOf([&] { table.GetSpectrum(0); }); });
+    begun.get_future().wait();
+    second.reset();
+    hasEnded = true;
+    caller.join();
+    EXPECT_FALSE(calledAfterwards);
 }
 
 TEST_F(CppHeaderTest, ThreadsTakeTurns)

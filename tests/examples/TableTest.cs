@@ -84,6 +84,10 @@ static class TableTest {
         table.UserUnit = Unit.Inch;
         Expect(table["J4TScanSpeed"] + table["J4THoldPosition"] + table["J4TRecognitionAlgorithm"], "80yes1", "texts");
         Expect(table.ScanSpeed, 80, "number");
+        foreach (string[] pair in new[] {new[] {"J4TScanSpeed\0", "90"}, new[] {"J4TScanSpeed", "90\0"}}) {
+            Expect(FailureOf(() => table[pair[0]] = pair[1]), "ArgumentException", "a NUL");
+        }
+        Expect(FailureOf(() => Expect(table["J4TScanSpeed\0"], "", "no value")), "ArgumentException", "a NUL");
         Expect(table.HoldPosition, true, "switch");
         Expect(table.PlacementFactor, 2f, "real");
         Expect(table.UserUnit, Unit.Inch, "unit");
