@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Utilities/Tools/FilePath.h"
+#include "Utilities/Tools/FileSystem.h"
 #include "tools/AtomicFile.h"
 #include "tools/Platform.h"
 #include "tools/ToolError.h"
@@ -14,6 +15,7 @@
 namespace J4Tool {
 
 using Kestrelon::Utilities::Tools::PathOf;
+using Kestrelon::Utilities::Tools::WriteThrough;
 
 PartialFile::PartialFile(std::string name, const ChartLayout& layout, MeasurementFile::Conditions conditions)
     : name(std::move(name)), layout(layout), conditions(std::move(conditions))
@@ -59,7 +61,7 @@ std::string PartialFile::Add(const std::vector<size_t>& patches, const Measureme
         return Begin(measurements);
     }
     errno = 0;
-    if (std::fwrite(unwritten.data(), 1, unwritten.size(), file) == unwritten.size() && Platform::WriteThrough(file)) {
+    if (std::fwrite(unwritten.data(), 1, unwritten.size(), file) == unwritten.size() && WriteThrough(file)) {
         size += static_cast<long long>(unwritten.size());
         unwritten.clear();
         return {};

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
 
 namespace J4Tool::Platform {
 
@@ -59,20 +58,10 @@ private:
 /// Writes a text to standard error at once; a signal handler may call it.
 void WriteNow(const char* text);
 
-/// Opens a file for writing that must not exist yet. @return null with errno when that failed
-std::FILE* CreateNew(const std::filesystem::path& file);
-
 /// Opens a file for appending that must exist. @return null with errno when that failed
 std::FILE* OpenToAppend(const std::filesystem::path& file);
 
 /// Cuts a file that is open for writing to a length, in bytes. @return false with errno when that failed
 bool CutTo(std::FILE* stream, long long length);
-
-/// Returns when everything written to the stream is on the disk. @return false with errno when that failed
-bool WriteThrough(std::FILE* stream);
-
-/// Puts a file in the place of another, which may exist; readers see the one or the other. @return the system's
-/// reason when that failed
-std::error_code MoveOver(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace J4Tool::Platform

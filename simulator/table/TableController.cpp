@@ -146,7 +146,7 @@ TableController::TableController(BenchClock& clock, Faults& faults) : clock(cloc
 void TableController::KeepIn(const std::filesystem::path& file)
 {
     const TableState before = State();
-    if (std::filesystem::exists(file)) {
+    if (std::filesystem::exists(std::filesystem::symlink_status(file))) {
         if (motors.IsRunning()) {
             throw std::runtime_error("the motors are at work.");
         }

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "Utilities/Tools/ReplacementFile.h"
 #include "simulator/table/TableFlash.h"
 #include "simulator/table/WireText.h"
 
@@ -99,6 +100,15 @@ private:
     std::string key;
 };
 
+/// A pipe or a device has no end, and where a link stands a file would take its place.
+void RequireRegular(const std::filesystem::path& file)
+{
+    const std::filesystem::file_status status = std::filesystem::symlink_status(file);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        throw std::runtime_error("it is no regular file.");
+    }
+}
+
 }  // namespace
 
 std::string TableState::Text() const
@@ -162,6 +172,7 @@ TableState TableState::Parse(const std::string& text)
 
 TableState TableState::Load(const std::filesystem::path& file)
 {
+    RequireRegular(file);
     std::ifstream stream(file, std::ios::binary);
     const std::string text(std::istreambuf_iterator<char>(stream), {});
     if (!stream) {
@@ -172,16 +183,15 @@ TableState TableState::Load(const std::filesystem::path& file)
 
 bool TableState::Save(const std::filesystem::path& file) const
 {
-    std::filesystem::path next = file;
-    next += ".new";
-    std::ofstream stream(next, std::ios::binary);
-    stream << Text();
-    stream.close();
-    std::error_code error;
-    if (stream) {
-        std::filesystem::rename(next, file, error);
+    try {
+        RequireRegular(file);
+        Kestrelon::Utilities::Tools::ReplacementFile next(file);
+        next.Write(Text());
+        next.TakePlace();
+        return true;
+    } catch (const std::exception&) {
+        return false;
     }
-    return stream && !error;
 }
 
 }  // namespace J4Bench

@@ -25,10 +25,10 @@ struct TableState {
     /// @throws std::runtime_error with the line and what is wrong in it
     static TableState Parse(const std::string& text);
 
-    /// @throws std::runtime_error with the reason
+    /// @throws std::runtime_error with the reason, also for what is no regular file
     static TableState Load(const std::filesystem::path& file);
 
-    /// Replaces the file whole or not at all, whenever the program ends.
+    /// Replaces the file whole or not at all, whenever the program ends, and never by another program's half.
     /// @return false when that failed
     bool Save(const std::filesystem::path& file) const;
 };

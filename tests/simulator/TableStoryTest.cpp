@@ -333,6 +333,18 @@ TEST(TableState, OutlivesItsTableAndIsTakenWholeOrNotAtAll)
     first.line.Ask("i1", TableLine::Long);
     EXPECT_EQ(first.table.KeptIn(), "") << "given up";
 
+    // What another program is writing at this moment is none of this one's business.
+    std::ofstream(file + ".1.tmp") << "half";
+    first.table.KeepIn(file);
+    first.line.Ask("i1", TableLine::Long);
+    EXPECT_EQ(first.table.KeptIn(), file);
+    EXPECT_EQ(std::filesystem::file_size(file + ".1.tmp"), 4u);
+    EXPECT_FALSE(std::filesystem::exists(file + ".2.tmp")) << "nothing is left beside the file";
+    std::filesystem::remove(file + ".1.tmp");
+    std::filesystem::create_directory(folder);
+    EXPECT_THROW(first.table.KeepIn(folder), std::runtime_error);
+    std::filesystem::remove(folder);
+
     const auto resealed = [](std::string text) {
         uint32_t sum = 0x811c9dc5;
         for (const char character : text) {

@@ -244,6 +244,19 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(run.returncode, REFUSED, run.stderr)
             self.assertIn(said, run.stderr)
             self.assertEqual(content_of("t\u00e4ble.state"), damaged)
+        write("t\u00e4ble.state", kept)
+        if not RUNNER:
+            os.mkfifo("pipe")
+            os.symlink("t\u00e4ble.state", "link")
+            for name in ("pipe", "link", "/dev/full"):
+                run = tool(f"--virtual --option Simulator.StateFile={name} position")
+                self.assertEqual(run.returncode, REFUSED, run.stderr)
+                self.assertIn("it is no regular file.", run.stderr)
+            self.assertTrue(os.path.islink("link"))
+        command = [PROGRAM] + (table + "move 100 100").split()
+        programs = [subprocess.Popen(RUNNER + command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) for _ in range(8)]
+        self.assertEqual([program.wait() for program in programs], [DONE] * 8)
+        self.assertEqual([name for name in os.listdir() if name.endswith(".tmp")], [])
 
     def test_a_trace_and_a_capture_say_the_same(self):
         run = tool("--virtual --option Simulator.TraceFile=t.jsonl scan chart.cgats -o m.cgats --trust-place")

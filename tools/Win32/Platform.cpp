@@ -107,20 +107,4 @@ std::FILE* OpenToAppend(const std::filesystem::path& file)
 
 bool CutTo(std::FILE* stream, long long length) { return _chsize_s(_fileno(stream), length) == 0; }
 
-std::FILE* CreateNew(const std::filesystem::path& file)
-{
-    const int handle = _wopen(file.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
-    return handle < 0 ? nullptr : _fdopen(handle, "wb");
-}
-
-bool WriteThrough(std::FILE* stream) { return std::fflush(stream) == 0 && _commit(_fileno(stream)) == 0; }
-
-std::error_code MoveOver(const std::filesystem::path& from, const std::filesystem::path& to)
-{
-    if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
-        return {static_cast<int>(GetLastError()), std::system_category()};
-    }
-    return {};
-}
-
 }  // namespace J4Tool::Platform
