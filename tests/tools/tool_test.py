@@ -106,14 +106,15 @@ def labs(rows, name="LAB_L LAB_A LAB_B", head=""):
                      [" ".join(map(str, row)) for row in rows] + ["END_DATA", ""])
 
 
-def usb_capture(events, link, order):
-    """What usbmon would have seen of a trace: pcap bytes with this link type and byte order. Another device talks too."""
+def usb_capture(events, link, order, ends=()):
+    """What usbmon would have seen of a trace: pcap bytes with this link type and byte order. Another device talks too, and
+    transfers end in other ways: kind, transfer, endpoint and status of each."""
     capture = struct.pack(order + "IHHiIII", 0xa1b2c3d4, 2, 4, 0, 0, 262144, link)
 
-    def record(time, kind, transfer, endpoint, device, data, setup=b""):
+    def record(time, kind, transfer, endpoint, device, data, setup=b"", status=0):
         seconds, rest = divmod(time + 1700000000000000, 1000000)
         packet = struct.pack(order + "QcBBBHcc", 7, kind, transfer, endpoint, device, 3, b"\0" if setup else b"-", b"\0")
-        packet += struct.pack(order + "qiiII", seconds, rest, 0, len(data), len(data)) + (setup or bytes(8))
+        packet += struct.pack(order + "qiiII", seconds, rest, status, len(data), len(data)) + (setup or bytes(8))
         packet += bytes(16 if link == 220 else 0) + data
         return struct.pack(order + "IIII", seconds, rest, len(packet), len(packet)) + packet
 
@@ -123,6 +124,7 @@ def usb_capture(events, link, order):
         if event["kind"] == "usb":
             request, value = map(int, event["name"].split()[1:])
             capture += record(time, b"S", 2, 0x00, 5, b"", struct.pack("<BBHHH", 0x40, request, value, 0, 0))
+            capture += record(time, b"C", 2, 0x00, 5, b"")
         elif event["kind"] == "sent":
             capture += record(time, b"S", 3, 0x02, 5, name) + record(time, b"C", 3, 0x02, 5, b"")
         else:
@@ -130,6 +132,8 @@ def usb_capture(events, link, order):
             status = b"\x01\x60"
             packets = b"".join(status + name[at:at + 62] for at in range(number % 3, len(name), 62))
             capture += record(time, b"C", 3, 0x81, 5, status + name[:number % 3]) + record(time, b"C", 3, 0x81, 5, packets)
+    for kind, transfer, endpoint, status in ends:
+        capture += record(events[-1]["time"], kind, transfer, endpoint, 5, b"", status=status)
     return capture
 
 
@@ -283,17 +287,36 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(pages[0][count], pages[1][count])
         self.assertEqual(pages[0]["scans"], 4)
 
+        shown = tool("trace t.jsonl -o t.html").stdout
+        self.assertIn(" (some are part of the procedure", shown)
+        for name, place in (("t.jsonl", f"line {len(traced) + 1}"), ("t.pcap", "record ")):
+            write("cut", bytes_of(name)[:-5])
+            self.assertIn(f"\nThe file ends within {place}", tool("trace cut").stdout)
+            self.assertIn(place, json.loads(tool("trace cut --json").stdout.splitlines()[-1])["cut"])
+            cut = json.loads(tool("trace cut -o cut.html --force --json").stdout)
+            self.assertIn(place, cut["cut"])
+            self.assertEqual(cut["scans"], 4)
+        write("t.pcap", usb_capture(events, 220, "<", ((b"C", 3, 0x81, -108), (b"C", 3, 0x02, -71), (b"E", 3, 0x02, -19),
+                                                       (b"C", 3, 0x81, -2), (b"C", 3, 0x81, -121), (b"C", 2, 0x00, -32))))
+        said = [(one["text"], one["failure"]) for one in map(json.loads, tool("trace t.pcap --json").stdout.splitlines())]
+        self.assertEqual(said[len(wanted):], [
+            ("USB in = -108: the device was pulled out or switched off", True),
+            ("USB out = -71: error on the cable, or the device was pulled out", True),
+            ("USB out = -19: the device is gone", True), ("USB in = cancelled by the program", False)])
+
+        write("t.pcap", usb_capture(events, 220, ">"))
         good = bytes_of("t.pcap")
         lines = bytes_of("t.jsonl").split(b"\n")[:3]
         for content, complaint in (
                 (b"", "it is empty"), (b"CGATS.17\n", "neither a trace nor a pcap file"),
                 (b"\x0a\x0d\x0d\x0a" + bytes(40), "save it as pcap"),
-                (good[:-1], "it is cut"), (good[:30], "record 1: it is cut"),
+                (good[:32] + struct.pack(">II", 1 << 30, 20) + good[40:], "record 1: it has 1073741824 bytes"),
                 (good[:20] + struct.pack(">I", 1) + good[24:], "its link type is 1 and not"),
                 (good[:32] + struct.pack(">II", 20, 20) + good[40:], "record 1: it is shorter than its header"),
-                (lines[1], "line 1: this is no trace"),
+                (lines[1], "line 1: this is no trace"), (lines[0][:-1], "line 1: parse error"),
                 (b"\n".join(lines) + b"\n{\"time\":1}", "line 4: key 'kind' not found"),
-                (b"\n".join(lines[:2]) + b"\n{\"time\":1,", "line 3: parse error at column 11: "),
+                (b"\n".join(lines[:2]) + b"\n{\"time\":1,\n", "line 3: parse error at column 11: "),
+                (lines[0] + b'\n{"time":1,"kind":"samples","name":"a","count":99999999999}', "the count 99999999999 is not"),
                 (b"\n".join(lines).replace(b"library", b"yell"), "line 2: there is no kind 'yell'"),
                 (b"\n".join(lines).replace(b'"version":1', b'"version":2'), "line 1: this is no trace, or one of a later")):
             with self.subTest(complaint):
@@ -302,7 +325,9 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(run.returncode, FILE, run.stderr)
                 self.assertIn("bad: ", run.stderr)
                 self.assertIn(complaint, run.stderr)
+        os.mkdir("no.trace")
         for arguments, code, complaint in (("trace missing", FILE, "missing: it can't be opened"),
+                                           ("trace no.trace", FILE, "no.trace: it is a folder"),
                                            ("trace t.jsonl -o t.jsonl --force", USAGE, "is read by this command"),
                                            ("trace t.jsonl -o m.cgats", FILE, "exists")):
             run = tool(arguments)

@@ -44,15 +44,26 @@ void PrintEvent(const TraceEvent& event)
                {"text", line.text}});
 }
 
+void TellCut(const std::string& cut)
+{
+    if (!cut.empty()) {
+        Print(stdout, "The file ends within %s.\n", cut.c_str());
+    }
+}
+
 void ShowTrace(const TraceArguments& arguments, bool json)
 {
     if (json) {
-        ReadTrace(arguments.file, PrintEvent);
+        const std::string cut = ReadTrace(arguments.file, PrintEvent);
+        if (!cut.empty()) {
+            PrintJson({{"cut", cut}});
+        }
         return;
     }
     Dialogue dialogue(PrintDialogueLine, arguments.isWhole);
-    ReadTrace(arguments.file, [&dialogue](const TraceEvent& event) { dialogue.Add(event); });
+    const std::string cut = ReadTrace(arguments.file, [&dialogue](const TraceEvent& event) { dialogue.Add(event); });
     dialogue.End();
+    TellCut(cut);
 }
 
 void DrawTrace(const TraceArguments& arguments, bool json)
@@ -68,11 +79,16 @@ void DrawTrace(const TraceArguments& arguments, bool json)
                    {"events", page.Events()},
                    {"motions", page.Motions()},
                    {"scans", page.Scans()},
-                   {"failures", page.Failures()}});
+                   {"failures", page.Failures()},
+                   {"cut", page.Cut().empty() ? Json(nullptr) : Json(page.Cut())}});
         return;
     }
-    Print(stdout, "%s, %s of them scans, %s\nThe page is in %s\n", Plural(page.Motions(), "motion").c_str(),
-          std::to_string(page.Scans()).c_str(), Plural(page.Failures(), "failure").c_str(), arguments.output.c_str());
+    const std::string failures = Plural(page.Failures(), "failure") +
+                                 (page.Failures() > 0 ? std::string(" (") + TracePage::FailuresRemark + ")" : "");
+    Print(stdout, "%s, %s of them scans, %s\n", Plural(page.Motions(), "motion").c_str(),
+          std::to_string(page.Scans()).c_str(), failures.c_str());
+    TellCut(page.Cut());
+    Print(stdout, "The page is in %s\n", arguments.output.c_str());
 }
 
 }  // namespace

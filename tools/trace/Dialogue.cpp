@@ -78,7 +78,7 @@ DialogueLine Dialogue::LineOf(const TraceEvent& event)
                     FixedText(static_cast<double>(entry.begin) * 1e-6, 3) + " s";
         break;
     case Kind::Usb:
-        line.text = BridgeText(entry.name);
+        line.text = BridgeText(entry.name) + (entry.result ? Outcome(entry) : "");
         break;
     default: {
         const WireFrame frame(entry.name);

@@ -1,8 +1,10 @@
 #include "tools/trace/TraceEvent.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "Utilities/Tools/FilePath.h"
@@ -18,7 +20,7 @@ constexpr const char* Advice =
     "A trace is what the option Simulator.TraceFile of the virtual table writes, or a capture of usbmon as a pcap "
     "file.";
 
-constexpr uint32_t MostSamples = 1000000;  // of one scan; an instrument has room for fewer
+constexpr int64_t MostSamples = 1000000;  // of one scan; an instrument has room for fewer
 
 /// UTF-8 characters up to U+00FF as the bytes of their numbers, which is how a trace has the bytes of a line.
 std::string BytesOf(const std::string& text)
@@ -35,11 +37,22 @@ std::string BytesOf(const std::string& text)
     return bytes;
 }
 
+/// @throws std::exception for what is no whole number in the range
+int64_t WholeNumber(const Json& json, const std::string& key, int64_t low, int64_t high)
+{
+    const Json& value = json.at(key);
+    const bool isTooLarge = value.is_number_unsigned() && value.get<uint64_t>() > static_cast<uint64_t>(high);
+    if (!value.is_number_integer() || isTooLarge || value.get<int64_t>() < low || value.get<int64_t>() > high) {
+        throw std::runtime_error("the " + key + " " + value.dump() + " is not one of a trace");
+    }
+    return value.get<int64_t>();
+}
+
 /// @throws std::exception, with a reason, for an object that is no event
 TraceEvent EventOf(const Json& json)
 {
     TraceEvent event;
-    event.time = json.at("time").get<int64_t>();
+    event.time = WholeNumber(json, "time", 0, LatestTime);
     const std::string kind = json.at("kind");
     const auto* const known = std::ranges::find(J4Bench::JournalEntry::KindNames, kind);
     if (known == std::end(J4Bench::JournalEntry::KindNames)) {
@@ -54,20 +67,17 @@ TraceEvent EventOf(const Json& json)
     entry.table = json.value("table", "");
     entry.arguments = json.value("arguments", std::vector<std::string>());
     if (json.contains("status")) {
-        entry.status = json["status"].get<int32_t>();
+        using Range = std::numeric_limits<int32_t>;
+        entry.status = static_cast<int32_t>(WholeNumber(json, "status", Range::min(), Range::max()));
     }
     if (json.contains("result")) {
         entry.result = json["result"].get<std::string>();
     }
-    entry.begin = json.value("begin", int64_t{0});
-    entry.count = json.value("count", uint32_t{0});
-    for (const int64_t time : {event.time, entry.begin}) {
-        if (time < 0 || time > LatestTime) {
-            throw std::runtime_error("the time " + std::to_string(time) + " is not one of a trace");
-        }
+    if (json.contains("begin")) {
+        entry.begin = WholeNumber(json, "begin", 0, LatestTime);
     }
-    if (entry.count > MostSamples) {
-        throw std::runtime_error("there are no " + std::to_string(entry.count) + " samples in one run");
+    if (json.contains("count")) {
+        entry.count = static_cast<uint32_t>(WholeNumber(json, "count", 0, MostSamples));
     }
     return event;
 }
@@ -87,11 +97,16 @@ std::string ReasonOf(const std::exception& error)
     return text;
 }
 
-void ReadLines(std::istream& stream, const std::string& fileName, const TraceListener& listener)
+/// @return the line that the file cuts, for people; empty for none
+std::string ReadLines(std::istream& stream, const std::string& fileName, const TraceListener& listener)
 {
     std::string text;
     for (size_t number = 1; std::getline(stream, text); ++number) {
         try {
+            // A program that ends, or a full disk, leaves a line without its end.
+            if (number > 1 && stream.eof() && !Json::accept(text)) {
+                return "line " + std::to_string(number);
+            }
             const Json json = Json::parse(text);
             if (number == 1) {
                 if (json.value("kind", "") != "trace" || json.value("version", 0) != 1) {
@@ -107,12 +122,17 @@ void ReadLines(std::istream& stream, const std::string& fileName, const TraceLis
                             Advice);
         }
     }
+    return {};
 }
 
 }  // namespace
 
-bool ReadTrace(const std::string& fileName, const TraceListener& listener)
+std::string ReadTrace(const std::string& fileName, const TraceListener& listener)
 {
+    std::error_code error;
+    if (std::filesystem::is_directory(Kestrelon::Utilities::Tools::PathOf(fileName), error)) {
+        throw ToolError(ExitCode::File, fileName + ": it is a folder", Advice);
+    }
     std::ifstream stream(Kestrelon::Utilities::Tools::PathOf(fileName), std::ios::binary);
     if (!stream) {
         throw ToolError(ExitCode::File, fileName + ": it can't be opened", Advice);
@@ -120,21 +140,19 @@ bool ReadTrace(const std::string& fileName, const TraceListener& listener)
     return ReadTrace(stream, fileName, listener);
 }
 
-bool ReadTrace(std::istream& stream, const std::string& fileName, const TraceListener& listener)
+std::string ReadTrace(std::istream& stream, const std::string& fileName, const TraceListener& listener)
 {
     if (stream.peek() == std::istream::traits_type::eof()) {
         throw ToolError(ExitCode::File, fileName + ": it is empty", Advice);
     }
     if (stream.peek() == '{') {
-        ReadLines(stream, fileName, listener);
-        return false;
+        return ReadLines(stream, fileName, listener);
     }
     try {
-        ReadUsbCapture(stream, listener);
+        return ReadUsbCapture(stream, listener);
     } catch (const UsbCaptureError& error) {
         throw ToolError(ExitCode::File, fileName + ": " + error.what(), Advice);
     }
-    return true;
 }
 
 }  // namespace J4Tool

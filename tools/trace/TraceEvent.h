@@ -26,12 +26,13 @@ inline constexpr int64_t LatestTime = 1000000000000000;
 using TraceListener = std::function<void(const TraceEvent&)>;
 
 /// Reads a file of either kind and tells its events in their order; their times are 0 to LatestTime.
-/// @return whether it is a capture, and so has no calls
+/// @return at what line or record the file ends before that does, for people, as when the disk was full; empty when the
+/// file is whole
 /// @throws ToolError with file, place and reason for what can't be read
-bool ReadTrace(const std::string& fileName, const TraceListener& listener);
+std::string ReadTrace(const std::string& fileName, const TraceListener& listener);
 
 /// The same from a stream.
 /// @param fileName  for texts
-bool ReadTrace(std::istream& stream, const std::string& fileName, const TraceListener& listener);
+std::string ReadTrace(std::istream& stream, const std::string& fileName, const TraceListener& listener);
 
 }  // namespace J4Tool

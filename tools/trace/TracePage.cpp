@@ -57,7 +57,7 @@ TracePage::TracePage(const std::string& fileName, bool isWhole)
             lines.push_back(std::move(object));
         },
         isWhole);
-    ReadTrace(fileName, [&](const TraceEvent& event) {
+    cut = ReadTrace(fileName, [&](const TraceEvent& event) {
         ++events;
         end = std::max(end, event.time);
         dialogue.Add(event);
@@ -82,12 +82,9 @@ TracePage::TracePage(const std::string& fileName, bool isWhole)
     using Kestrelon::Utilities::Tools::NameOf;
     using Kestrelon::Utilities::Tools::PathOf;
     const std::string name = NameOf(PathOf(fileName).filename());
-    const Json data = {{"program", HtmlPage::Program()},
-                       {"file", name},
-                       {"end", end},
-                       {"tables", tables},
-                       {"samples", samples},
-                       {"lines", lines}};
+    const Json data = {
+        {"program", HtmlPage::Program()},   {"file", name}, {"end", end},    {"tables", tables}, {"samples", samples},
+        {"failuresRemark", FailuresRemark}, {"cut", cut},   {"lines", lines}};
     text = HtmlPage{"Trace: " + name, traceBody, traceStyle, JsonText(data), traceScript}.Text();
 }
 

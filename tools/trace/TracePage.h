@@ -22,8 +22,16 @@ public:
     size_t Scans() const { return scans; }
     size_t Failures() const { return failures; }
 
+    /// Where the file is cut, for people; empty when it is whole.
+    const std::string& Cut() const { return cut; }
+
+    /// What people need to know of the failures of a program that is well.
+    static constexpr const char* FailuresRemark =
+        "some are part of the procedure, such as the search for the instrument in the table";
+
 private:
     std::string text;
+    std::string cut;
     size_t events = 0;
     size_t motions = 0;
     size_t scans = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <span>
@@ -33,6 +34,37 @@ constexpr size_t LongestFrame = 4096;  // beyond it a line is noise
 
 enum Transfer : uint8_t { Control = 2, Bulk = 3 };
 
+// Why a transfer ended, negative errno numbers of Linux whatever system reads the capture.
+constexpr int32_t FewerBytes = -121;  // than asked for, which is usual
+
+struct UsbFailure {
+    int32_t status;
+    const char* words;
+};
+
+constexpr const char* Cancelled = "cancelled by the program";
+
+constexpr UsbFailure UsbFailures[] = {
+    {-2, Cancelled},
+    {-19, "the device is gone"},
+    {-32, "the device refused it (stall)"},
+    {-62, "the device did not answer in time"},
+    {-71, "error on the cable, or the device was pulled out"},
+    {-75, "the device sent more than was asked for"},
+    {-84, "damaged on the cable, or the device was pulled out"},
+    {-104, Cancelled},
+    {-108, "the device was pulled out or switched off"},
+    {-110, "timeout"},
+};
+
+const char* UsbFailureText(int32_t status)
+{
+    const auto* const known = std::ranges::find(UsbFailures, status, &UsbFailure::status);
+    return known == std::end(UsbFailures) ? "failed" : known->words;
+}
+
+bool IsCancelled(int32_t status) { return UsbFailureText(status) == Cancelled; }
+
 /// Numbers at their places in a record.
 class Fields {
 public:
@@ -59,12 +91,19 @@ class Device {
 public:
     explicit Device(std::string name) : name(std::move(name)) {}
 
-    void TakeControl(int64_t time, uint8_t request, uint16_t value, const TraceListener& listener)
+    /// What is no data: a request, or the end of a transfer that failed.
+    /// @param status  why it failed; 0 for a request
+    void TakeOther(int64_t time, const std::string& what, int32_t status, const TraceListener& listener)
     {
+        TraceEvent event{time, {.kind = Kind::Usb, .name = what, .table = name}};
+        if (status != 0) {
+            event.entry.result = UsbFailureText(status);
+            event.entry.status = IsCancelled(status) ? std::nullopt : std::optional(status);
+        }
         if (isTable) {
-            Tell(time, Kind::Usb, "control " + std::to_string(request) + " " + std::to_string(value), listener);
+            listener(event);
         } else {
-            before.push_back({time, request, value});
+            before.push_back(std::move(event));
             before.erase(before.begin(), before.size() > 16 ? before.begin() + 1 : before.begin());
         }
     }
@@ -73,8 +112,8 @@ public:
     {
         if (!isTable && !data.empty() && data[0] == ';') {
             isTable = true;
-            for (const Request& request : std::exchange(before, {})) {
-                TakeControl(request.time, request.request, request.value, listener);
+            for (const TraceEvent& event : std::exchange(before, {})) {
+                listener(event);
             }
         }
         Collect(sent, time, Kind::Sent, data, listener);
@@ -92,12 +131,6 @@ public:
     }
 
 private:
-    struct Request {
-        int64_t time;
-        uint8_t request;
-        uint16_t value;
-    };
-
     void Tell(int64_t time, Kind kind, std::string text, const TraceListener& listener) const
     {
         listener({time, {.kind = kind, .name = std::move(text), .table = name}});
@@ -120,7 +153,7 @@ private:
 
     std::string name;
     bool isTable = false;
-    std::vector<Request> before;  ///< its set-up comes before the first frame
+    std::vector<TraceEvent> before;  ///< its set-up comes before the first frame
     std::string sent;
     std::string received;
 };
@@ -129,12 +162,13 @@ class Capture {
 public:
     explicit Capture(std::istream& stream) : stream(stream) {}
 
-    void Read(const TraceListener& listener)
+    std::string Read(const TraceListener& listener)
     {
         ReadFileHeader();
         while (const auto record = NextRecord()) {
             Take(*record, listener);
         }
+        return isCut ? "record " + std::to_string(number) : std::string();
     }
 
 private:
@@ -181,10 +215,11 @@ private:
         }
         ++number;
         const uint32_t length = size == RecordHeader ? Fields(bytes, isBigEndian).Word(8) : 0;
-        if (size < RecordHeader || length > LargestRecord || ReadBytes(bytes, length) < length) {
-            Fail("it is cut");
+        if (length > LargestRecord) {
+            Fail("it has " + std::to_string(length) + " bytes, which no record has");
         }
-        return bytes;
+        isCut = size < RecordHeader || ReadBytes(bytes, length) < length;
+        return isCut ? std::nullopt : std::optional(bytes);
     }
 
     void Take(const std::vector<uint8_t>& record, const TraceListener& listener)
@@ -197,10 +232,11 @@ private:
         const char type = static_cast<char>(fields.Byte(8));
         const uint8_t transfer = fields.Byte(9);
         const uint8_t endpoint = fields.Byte(10);
-        const bool isControl = transfer == Control && (endpoint & 0x7f) == 0 && type == 'S' && fields.Byte(14) == 0;
-        const bool isOut = transfer == Bulk && endpoint == OutEndpoint && type == 'S';
-        const bool isIn = transfer == Bulk && endpoint == InEndpoint && type == 'C';
-        if (!isControl && !isOut && !isIn) {
+        const bool isEnd = type == 'C' || type == 'E';
+        const bool isControl = transfer == Control && (endpoint & 0x7f) == 0 && (isEnd || fields.Byte(14) == 0);
+        const bool isOut = transfer == Bulk && endpoint == OutEndpoint;
+        const bool isIn = transfer == Bulk && endpoint == InEndpoint;
+        if ((!isControl && !isOut && !isIn) || (!isEnd && type != 'S')) {
             return;
         }
         const uint64_t moment = fields.At(16, 8) * 1000000 + fields.Word(24);
@@ -208,11 +244,21 @@ private:
         // Records of two processors may stand the wrong way round by some microseconds.
         const int64_t time = std::clamp<int64_t>(static_cast<int64_t>(moment - *begin), 0, LatestTime);
         Device& device = DeviceOf(fields.Byte(11), static_cast<uint16_t>(fields.At(12, 2)));
+        const auto status = isEnd ? static_cast<int32_t>(fields.Word(28)) : 0;
+        const bool isFailed = status != 0 && status != FewerBytes;
         if (isControl) {
-            if (fields.Byte(40) == VendorOut) {
-                // What is on the wire has the wire's byte order, the lowest first.
-                device.TakeControl(time, fields.Byte(41), Fields(record, false).Word(42) & 0xffff, listener);
+            std::string& running = requests[fields.At(0, 8)];
+            const std::string ended = std::exchange(running, isEnd ? std::string() : VendorRequest(record));
+            if (isFailed && !ended.empty()) {
+                device.TakeOther(time, ended, status, listener);
             }
+            if (!running.empty()) {
+                device.TakeOther(time, running, 0, listener);
+            }
+        } else if (isFailed) {
+            device.TakeOther(time, isOut ? "out" : "in", status, listener);
+        }
+        if (isControl || (isOut ? type != 'S' : type != 'C')) {
             return;
         }
         const uint32_t length = fields.Word(32);
@@ -229,6 +275,16 @@ private:
         }
     }
 
+    /// "control 3 52" for a vendor request, empty for another one.
+    static std::string VendorRequest(const std::vector<uint8_t>& record)
+    {
+        // What is on the wire has the wire's byte order, the lowest first.
+        const Fields setup(record, false);
+        return setup.Byte(40) != VendorOut
+                   ? std::string()
+                   : "control " + std::to_string(setup.Byte(41)) + " " + std::to_string(setup.At(42, 2));
+    }
+
     Device& DeviceOf(uint8_t address, uint16_t bus)
     {
         const std::string name = std::to_string(bus) + "." + std::to_string(address);
@@ -239,12 +295,17 @@ private:
     bool isBigEndian = false;
     uint32_t link = 0;
     size_t number = 0;
+    bool isCut = false;
+    std::map<uint64_t, std::string> requests;  ///< those of the vendor that run
     std::optional<uint64_t> begin;
     std::map<std::string, Device> devices;
 };
 
 }  // namespace
 
-void ReadUsbCapture(std::istream& stream, const TraceListener& listener) { Capture(stream).Read(listener); }
+std::string ReadUsbCapture(std::istream& stream, const TraceListener& listener)
+{
+    return Capture(stream).Read(listener);
+}
 
 }  // namespace J4Tool

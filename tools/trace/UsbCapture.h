@@ -15,7 +15,8 @@ struct UsbCaptureError : std::runtime_error {
 };
 
 /// @param stream  a pcap file of either byte order with the link type 189 or 220
+/// @return which record the file cuts, for people; empty for none
 /// @throws UsbCaptureError
-void ReadUsbCapture(std::istream& stream, const TraceListener& listener);
+std::string ReadUsbCapture(std::istream& stream, const TraceListener& listener);
 
 }  // namespace J4Tool

@@ -265,8 +265,7 @@
             {head: 'samples', cell: row => String(row.samples)},
             {head: 'end', text: true, cell: endText}], rows));
         byId('rows-section').classList.toggle('hidden', rows.length === 0);
-        byId('failures').replaceChildren(table(`${plural(failures.length, 'failure')}; some are part of the procedure, ` +
-            'such as the search for the instrument in the table', [
+        byId('failures').replaceChildren(table(`${plural(failures.length, 'failure')}; ${data.failuresRemark}`, [
             {head: 'time', cell: failure => timeButton(failure.t, () => seekLine(failure))},
             {head: 'what was said', text: true, cell: failure => failure.x}], failures.slice(0, 500)));
         byId('failures-section').classList.toggle('hidden', failures.length === 0);
@@ -348,7 +347,8 @@
 
     const motionCount = data.tables.reduce((sum, one) => sum + one.motions.length, 0);
     byId('subject').textContent = `${data.file}: ${seconds(data.end)}, ${plural(motionCount, 'motion')}, ` +
-        `${plural(data.samples.reduce((sum, run) => sum + run[2], 0), 'sample')}, ${plural(failures.length, 'failure')}`;
+        `${plural(data.samples.reduce((sum, run) => sum + run[2], 0), 'sample')}, ${plural(failures.length, 'failure')}` +
+        (data.cut && `. The file ends within ${data.cut}.`);
     byId('program').textContent = `Made by ${data.program}`;
     choose(0);
     keepDrawn(() => show(now));
