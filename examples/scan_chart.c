@@ -126,6 +126,12 @@ int main(int argc, char** argv)
 {
     J4_RegisterErrorHandler(OnError);
     J4_RegisterDeviceMessageHandler(OnDeviceMessage);
+    /* Without the instrument's library no handler is called, and why is the text of every option. */
+    const char* version = J4_GetOption("J4TVersion");
+    if (strncmp(version, "Version ", 8) != 0) {
+        fprintf(stderr, "%s\n", version);
+        return 1;
+    }
 
     int argument = 1;
     for (; argument + 1 < argc && strcmp(argv[argument], "-o") == 0; argument += 2) {

@@ -312,7 +312,9 @@ namespace J4Tavla {
             }
         }
 
-        /// <summary>Takes so many samples where the instrument stands.</summary>
+        /// <summary>Takes so many samples where the instrument stands. After a Scan that recognised patches set
+        /// PatchRecognition to None before, and back before the next one: else patches are looked for in the
+        /// samples.</summary>
         public Spectrum[] MeasureSamples(int count) {
             lock (calls) {
                 Check("J4_TriggerCountedScan", () => library.TriggerCountedScan((uint)count));

@@ -79,12 +79,12 @@
  *
  * | key                                | type   | access | meaning |
  * |------------------------------------|--------|--------|---------|
- * | "J4TMoveSpeed"                     | long   | rw     | speed of ::J4_SetPosition and of the way to a row's start, mm/s; default 300 |
+ * | "J4TMoveSpeed"                     | long   | rw     | speed of ::J4_SetPosition and of the way to a row's start, mm/s; default 300. Of this and of the next two the table is told the lower 16 bits, which alone are checked: 65836 moves with 300 |
  * | "J4TScanSpeed"                     | long   | rw     | speed along a row, mm/s; default 160 |
  * | "J4TScanDelay"                     | long   | rw     | pause of the table before a row starts, ms; default 200 |
  * | "J4TIsVisorCoordinate"             | yes/no | rw     | coordinates are those of the visor instead of the sensor; default no |
  * | "J4TRecognitionAlgorithm"          | long   | rw     | 0 no patch recognition, 1 by samples alone, 2 by samples and positions; default 2 |
- * | "Recognition"                      | yes/no | rw     | the instrument's own key; kept in step with the key above |
+ * | "Recognition"                      | yes/no | rw     | the instrument's own key, "no" at first. Writing the key above and each ::J4_Scan set it; written while a table is connected, "no" sets the key above to 0, and "yes" sets it from 0 to 2 |
  * | "J4THoldPosition"                  | yes/no | rw     | the motors hold the arm in place |
  * | "J4TEnableElectrostaticFoil"       | yes/no | rw     | the foil holds the paper |
  * | "J4TEnableElectrostaticFoilButton" | yes/no | rw     | the foil's button on the table works |
@@ -119,7 +119,9 @@
  * Boolean keys read "yes" or "no"; when written, "yes" and "1" mean yes and any other text means no, but for
  * "J4TEnableWhitebaseCorrection", as told there.
  *
- * Numbered properties worth knowing, for the numeric keys:
+ * Numbered properties worth knowing, for the numeric keys. The text that is written gives the value its type: **a float
+ * needs a point** ("2.0"), a long must not have one. Writing the wrong type succeeds, and the call that uses it fails with
+ * status 9, as ::J4_Calibrate does after "2" for "5044":
  *
  * | key            | type   | access | meaning |
  * |----------------|--------|--------|---------|
@@ -307,8 +309,10 @@ J4T_API const char* J4_GetOption(const char* key);
  */
 
 /**
- * Connects to the table where that has not been done, and asks whether it answers.
- * @return 0 when a table is connected; 2 when there is none, which also reaches the error handler; of the table
+ * Connects to the table where that has not been done. Of a connected one it asks the USB device alone: one that is
+ * plugged in and answers no command any more is connected, which the next move shows.
+ * @return 0 when a table is connected; 2 when there is none, which also reaches the error handler (of a table that has
+ *         been unplugged with the last text of the instrument's library, which is about something else); of the table
  */
 J4T_API J4_Result J4_IsTableConnected(void);
 
@@ -397,6 +401,10 @@ J4T_API J4_Result J4_TriggerMeasurement(void);
 /**
  * Takes samples at the instrument's own pace and returns when they are taken. The table does not move: J4_Scan() does
  * both.
+ *
+ * With the option "Recognition" at "yes", which every J4_Scan() leaves unless "J4TRecognitionAlgorithm" is 0, the
+ * instrument looks for patches in them, and those it finds are what is left: of one place, none. Write "no" before this
+ * call, and "yes" or the algorithm before the next row.
  * @param count  number of samples
  * @return 0; of the instrument
  */
@@ -431,8 +439,10 @@ J4T_API J4_Result J4_TriggerCountedScan(uint32_t count);
  * @param endY    as endX
  * @return 0; 9 for an instrument that is not calibrated in this mode; 102 for a point outside the work area, and 10 for
  *         a speed ("J4TMoveSpeed", "J4TScanSpeed") that the table does not have, a recognition or a unit that is none;
- *         101 when the arm did not arrive; of the table; of the instrument. After a failure on the way no sample is left
- *         and the table stands at the row's end.
+ *         101 when the arm did not arrive; of the table; of the instrument. A failure before the arm sets out along the
+ *         row leaves the samples of before, also 101 on the way to its start. When the measurement along it fails, no
+ *         sample is left and the table stands at the row's end. When only the end of the motion fails, the row's samples are
+ *         there.
  */
 J4T_API J4_Result J4_Scan(float startX, float startY, float endX, float endY);
 

@@ -39,6 +39,10 @@
 
 namespace J4Tavla {
 
+#if defined(__clang__)
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wweak-vtables"  // a header has no source that could hold the class's table
+#endif
 /** A call that failed: the function of j4tavla.h, its status, and the texts that tell why. */
 class Error : public std::runtime_error {
 public:
@@ -102,6 +106,10 @@ private:
 
     std::shared_ptr<const Details> details;  // so that copies of a thrown error can't fail
 };
+
+#if defined(__clang__)
+#pragma clang diagnostic pop
+#endif
 
 /** A place on the bed, in the user's unit: millimetres unless Options::UserUnit says otherwise. */
 struct Position {
@@ -467,7 +475,13 @@ public:
         return GetSpectrum(0);
     }
 
-    /** Takes samples where the instrument stands. @param count  how many  @return their spectra */
+    /**
+     * Takes samples where the instrument stands. After a Scan that recognised patches set Options::PatchRecognition to
+     * Recognition::None before, and back before the next one: else patches are looked for in the samples; see
+     * ::J4_TriggerCountedScan.
+     * @param count  how many
+     * @return their spectra
+     */
     std::vector<Spectrum> MeasureSamples(std::uint32_t count)
     {
         const auto lock = Lock();
