@@ -1,11 +1,11 @@
 #!/bin/sh
-# Runs a Windows program under Wine, in a prefix of its own beside the program's build, without windows,
-# sound or messages of Wine's own.
+# Runs a Windows program under Wine, in a prefix beside the program's build, or in that of J4T_WINE_PREFIX, without
+# windows, sound or messages of Wine's own.
 # usage: wine.sh PROGRAM.exe [ARGUMENT...]
 set -eu
 program=$1
 shift
 build=$(cd "$(dirname "$program")/.." && pwd)
-export WINEPREFIX="$build/wine" WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" DISPLAY=
+export WINEPREFIX="${J4T_WINE_PREFIX:-$build/wine}" WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" DISPLAY=
 wine=$(command -v wine64 || echo /usr/lib/wine/wine64)
 exec "$wine" "$program" "$@"

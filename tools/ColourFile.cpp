@@ -30,39 +30,6 @@ bool MakeIndex(const J4Chart::Chart& chart, TextOfPatch text, Index& index)
     return true;
 }
 
-/// Names and numbers of patches are the same in many charts, their inks are not.
-void RequireSameDevice(const J4Chart::Chart& measured, const J4Chart::Chart& reference, const PatchMatch& match)
-{
-    constexpr double rounding = 0.006;  // of full: one file may have whole percents, the other has eight bits
-    const J4Chart::DeviceValues own(measured);
-    const J4Chart::DeviceValues other(reference);
-    for (size_t field = 0; field < measured.deviceFields.size(); ++field) {
-        const std::string& name = measured.deviceFields[field];
-        const auto found = std::find(reference.deviceFields.begin(), reference.deviceFields.end(), name);
-        if (found == reference.deviceFields.end()) {
-            continue;
-        }
-        const auto there = static_cast<size_t>(found - reference.deviceFields.begin());
-        for (size_t i = 0; i < match.size(); ++i) {
-            if (!match[i] || own.Of(i).empty() || other.Of(*match[i]).empty()) {
-                continue;
-            }
-            const J4Chart::Patch& patch = measured.patches[i];
-            const J4Chart::Patch& wanted = reference.patches[*match[i]];
-            if (patch.device[field] != wanted.device[there] &&
-                std::abs(own.Of(i)[field] - other.Of(*match[i])[there]) > rounding * own.Full()) {
-                throw ToolError(ExitCode::File,
-                                "the reference is of another chart: patch '" + patch.name + "' has " + name + " " +
-                                    patch.device[field] + " in the measured file (line " + std::to_string(patch.line) +
-                                    ") and " + wanted.device[there] + " in the reference (line " +
-                                    std::to_string(wanted.line) + ")",
-                                "Patches belong together by SAMPLE_NAME, or by SAMPLE_ID where no name is in both "
-                                "files; what full ink or light is, DEVICE_MAXIMUM tells.");
-            }
-        }
-    }
-}
-
 /// Also where one of them tells no device values.
 bool HaveSameDevice(const J4Chart::Chart& measured, const J4Chart::Chart& reference)
 {
@@ -118,6 +85,34 @@ ColourFile ColourFile::Load(const std::string& fileName)
     }
 }
 
+std::optional<DeviceContradiction> FindContradiction(const J4Chart::Chart& chart, const J4Chart::Chart& other,
+                                                     const PatchMatch& match)
+{
+    constexpr double rounding = 0.006;  // of full: one file may have whole percents, the other has eight bits
+    const J4Chart::DeviceValues values(chart);
+    const J4Chart::DeviceValues otherValues(other);
+    for (size_t field = 0; field < chart.deviceFields.size(); ++field) {
+        const std::string& name = chart.deviceFields[field];
+        const auto found = std::find(other.deviceFields.begin(), other.deviceFields.end(), name);
+        if (found == other.deviceFields.end()) {
+            continue;
+        }
+        const auto there = static_cast<size_t>(found - other.deviceFields.begin());
+        for (size_t i = 0; i < match.size(); ++i) {
+            if (!match[i] || values.Of(i).empty() || otherValues.Of(*match[i]).empty()) {
+                continue;
+            }
+            const std::string& value = chart.patches[i].device[field];
+            const std::string& otherValue = other.patches[*match[i]].device[there];
+            if (value != otherValue &&
+                std::abs(values.Of(i)[field] - otherValues.Of(*match[i])[there]) > rounding * values.Full()) {
+                return DeviceContradiction{i, *match[i], name, value, otherValue};
+            }
+        }
+    }
+    return std::nullopt;
+}
+
 PatchMatch MatchPatches(const J4Chart::Chart& measured, const J4Chart::Chart& reference)
 {
     for (const TextOfPatch text : {&J4Chart::Patch::name, &J4Chart::Patch::id}) {
@@ -137,7 +132,16 @@ PatchMatch MatchPatches(const J4Chart::Chart& measured, const J4Chart::Chart& re
                                 "the reference has other inks or lights than the measured file, and no name is in both",
                                 "Numbers of patches are the same in many charts. Give the reference of this chart.");
             }
-            RequireSameDevice(measured, reference, match);
+            if (const auto found = FindContradiction(measured, reference, match)) {
+                const J4Chart::Patch& patch = measured.patches[found->patch];
+                throw ToolError(ExitCode::File,
+                                "the reference is of another chart: patch '" + patch.name + "' has " + found->field +
+                                    " " + found->value + " in the measured file (line " + std::to_string(patch.line) +
+                                    ") and " + found->otherValue + " in the reference (line " +
+                                    std::to_string(reference.patches[found->otherPatch].line) + ")",
+                                "Patches belong together by SAMPLE_NAME, or by SAMPLE_ID where no name is in both "
+                                "files; what full ink or light is, DEVICE_MAXIMUM tells.");
+            }
             return match;
         }
     }

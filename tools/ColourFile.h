@@ -24,6 +24,20 @@ struct ColourFile {
 /// Of each measured patch the reference's patch, where it has one.
 using PatchMatch = std::vector<std::optional<size_t>>;
 
+/// A value that says that two patches do not belong together.
+struct DeviceContradiction {
+    size_t patch = 0;
+    size_t otherPatch = 0;
+    std::string field;  ///< for instance "CMYK_C"
+    std::string value;
+    std::string otherValue;
+};
+
+/// The first patch that has other inks or lights than the one it is matched with, by the scales of both files and but
+/// for rounding. Names and numbers of patches are the same in many charts, their inks are not.
+std::optional<DeviceContradiction> FindContradiction(const J4Chart::Chart& chart, const J4Chart::Chart& other,
+                                                     const PatchMatch& match);
+
 /// By SAMPLE_NAME, or by SAMPLE_ID where names are missing, not unique, or none is in both files.
 /// @throws ToolError when no measured patch has a reference, or the two have other inks or lights
 PatchMatch MatchPatches(const J4Chart::Chart& measured, const J4Chart::Chart& reference);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <fstream>
 #include <iterator>
@@ -10,6 +11,7 @@
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
+#include <thread>
 
 #include "Utilities/Tools/ReplacementFile.h"
 #include "simulator/table/TableFlash.h"
@@ -174,6 +176,12 @@ TableState TableState::Load(const std::filesystem::path& file)
 {
     RequireRegular(file);
     std::ifstream stream(file, std::ios::binary);
+    // Windows lets nobody open a file while another one takes its place.
+    constexpr int tries = 200;
+    for (int left = tries; !stream && left > 0; --left) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        stream.open(file, std::ios::binary);
+    }
     const std::string text(std::istreambuf_iterator<char>(stream), {});
     if (!stream) {
         throw std::runtime_error("it can't be read.");

@@ -1,11 +1,9 @@
 #include "tools/series/MeasurementSeries.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 
 #include "chart/cgats/CgatsError.h"
-#include "chart/cgats/CgatsFields.h"
 #include "chart/colour/MeasuringCondition.h"
 #include "tools/ColourFile.h"
 #include "tools/ToolError.h"
@@ -29,31 +27,6 @@ Index IndexOf(const Chart& chart)
         }
     }
     return index;
-}
-
-bool IsSameValue(const std::string& first, const std::string& second)
-{
-    constexpr double rounding = 0.01;  // of percentages that other programs write with two decimals
-    double one = 0.0;
-    double other = 0.0;
-    return first == second || (J4Chart::ParseNumber(first, one) && J4Chart::ParseNumber(second, other) &&
-                               std::abs(one - other) <= rounding);
-}
-
-/// The same patch has the same ink or screen values, where both files tell them.
-void RequireSameDevice(const Chart& first, const Patch& wanted, const Chart& other, const Patch& patch)
-{
-    for (size_t i = 0; i < first.deviceFields.size(); ++i) {
-        const auto field = std::find(other.deviceFields.begin(), other.deviceFields.end(), first.deviceFields[i]);
-        if (field == other.deviceFields.end()) {
-            continue;
-        }
-        const std::string& value = patch.device[static_cast<size_t>(field - other.deviceFields.begin())];
-        if (!IsSameValue(wanted.device[i], value)) {
-            throw CgatsError(patch.line,
-                             "patch '" + patch.name + "' has " + *field + " " + value + " and not " + wanted.device[i]);
-        }
-    }
 }
 
 /// Brighteners show under one light and not under another: such spectra have no mean.
@@ -94,18 +67,24 @@ void Match(const Chart& first, Chart& other)
 {
     Index index = IndexOf(other);
     std::vector<size_t> order;
+    PatchMatch match;
     for (const Patch& wanted : first.patches) {
         const auto found = index.find(wanted.name);
         if (found == index.end()) {
             throw CgatsError(0, "the patch '" + wanted.name + "' is missing");
         }
-        RequireSameDevice(first, wanted, other, other.patches[found->second]);
         order.push_back(found->second);
+        match.emplace_back(found->second);
         index.erase(found);
     }
     if (!index.empty()) {
         const Patch& patch = other.patches[index.begin()->second];
         throw CgatsError(patch.line, "the patch '" + patch.name + "' is one more");
+    }
+    if (const auto found = FindContradiction(first, other, match)) {
+        const Patch& patch = other.patches[found->otherPatch];
+        throw CgatsError(patch.line, "patch '" + patch.name + "' has " + found->field + " " + found->otherValue +
+                                         " and not " + found->value);
     }
     Rearrange(other.patches, order);
     Rearrange(other.places, order);

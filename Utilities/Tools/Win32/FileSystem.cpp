@@ -18,7 +18,7 @@ bool WriteThrough(std::FILE* stream) { return std::fflush(stream) == 0 && _commi
 std::error_code MoveOver(const std::filesystem::path& from, const std::filesystem::path& to, bool isLasting)
 {
     // Who reads the file, if only to look for viruses, keeps its place for a moment.
-    constexpr int tries = 50;
+    constexpr int tries = 200;
     constexpr DWORD pause = 10;  // milliseconds
     const DWORD flags = MOVEFILE_REPLACE_EXISTING | (isLasting ? MOVEFILE_WRITE_THROUGH : 0);
     for (int left = tries; MoveFileExW(from.c_str(), to.c_str(), flags) == 0;) {

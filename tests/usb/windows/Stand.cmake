@@ -31,3 +31,6 @@ add_custom_target(usb_neighbours
     DEPENDS ${driver_file} ${usb_targets} foreign
     VERBATIM)
 add_dependencies(usb_tests usb_neighbours)
+
+# The stand-in of the driver serves all programs of its Wine: others have another one.
+set_tests_properties(usb_tests PROPERTIES ENVIRONMENT J4T_WINE_PREFIX=${CMAKE_BINARY_DIR}/wine-usb)
