@@ -34,6 +34,9 @@ public:
     static ChartLayout Read(const J4Chart::CgatsFile& file, const J4Chart::Grid& grid, bool measuredByHand,
                             std::optional<size_t> page = std::nullopt);
 
+    /// With whatever its file tells.
+    const J4Chart::Chart& AsChart() const { return chart; }
+
     const std::vector<J4Chart::Patch>& Patches() const { return chart.patches; }
 
     /// Where the patches lie on the bed.

@@ -106,18 +106,21 @@ std::vector<size_t> ChartScan::ScanRows()
 void ChartScan::CheckColours()
 {
     const ColourCheck check(layout, measurements);
-    if (!check.HasColours()) {
-        progress.Notice("the layout tells no colours: whether the chart lies the right way round can't be seen");
-        return;
+    if (!check.CanTellCharts()) {
+        progress.Notice(
+            "the layout tells no colours, or too few that differ: whether the chart lies the right way round "
+            "can't be seen");
     }
     if (const std::string fault = check.Fault(); !fault.empty()) {
         EndWithPartial("failed");
         throw ToolError(
             ExitCode::Check, fault,
             "Look whether it is the chart of the layout and lies where the layout says, and scan again with "
-            "--align --restart; or scan by a layout without colours.");
+            "--align --restart; or scan by a layout without colours and device values.");
     }
-    progress.Differences(check.Summary(), check.Words());
+    if (check.HasColours()) {
+        progress.Differences(check.Summary(), check.Words());
+    }
 }
 
 void ChartScan::TellDensities()

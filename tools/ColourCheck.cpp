@@ -5,8 +5,8 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <optional>
 
+#include "chart/ExpectedColours.h"
 #include "chart/colour/ColourDifference.h"
 #include "tools/FixedText.h"
 
@@ -61,11 +61,17 @@ std::vector<std::array<std::optional<size_t>, Sides>> Neighbours(const ChartLayo
 ColourCheck::ColourCheck(const ChartLayout& layout, const Measurements& measurements)
     : layout(layout), measurements(measurements)
 {
-    differences.assign(layout.Patches().size(), std::numeric_limits<double>::quiet_NaN());
+    for (const J4Chart::Patch& patch : layout.Patches()) {
+        wanted.push_back(patch.Colour());
+    }
+    if (std::none_of(wanted.begin(), wanted.end(), [](const auto& colour) { return colour.has_value(); })) {
+        isExpected = true;
+        wanted = J4Chart::ExpectedColours(layout.AsChart());
+    }
+    differences.assign(wanted.size(), std::numeric_limits<double>::quiet_NaN());
     for (size_t i = 0; i < differences.size(); ++i) {
-        const auto colour = layout.Patches()[i].Colour();
-        if (colour && measurements[i]) {
-            differences[i] = ColourDifference::Ciede2000(*colour, Colorimetry::Lab(measurements[i]->spectrum));
+        if (wanted[i] && measurements[i]) {
+            differences[i] = ColourDifference::Ciede2000(*wanted[i], Colorimetry::Lab(measurements[i]->spectrum));
             compared.push_back(i);
         }
     }
@@ -89,7 +95,7 @@ std::string ColourCheck::Words() const
 
 std::string ColourCheck::Fault() const
 {
-    const std::string fault = MixtureFault();
+    const std::string fault = isExpected ? "" : MixtureFault();
     return fault.empty() ? OtherChartFault() : fault;
 }
 
@@ -107,7 +113,7 @@ std::string ColourCheck::MixtureFault() const
     }
     const auto neighbours = Neighbours(layout);
     const auto reference = [this](size_t patch) {
-        return Colorimetry::TristimulusOfLab(*layout.Patches()[patch].Colour(), Colorimetry::White());
+        return Colorimetry::TristimulusOfLab(*wanted[patch], Colorimetry::White());
     };
     constexpr Eigen::Index own = 6;
     Eigen::MatrixXd slopes = Eigen::MatrixXd::Zero(3 * static_cast<Eigen::Index>(compared.size()), own + Sides);
@@ -123,7 +129,7 @@ std::string ColourCheck::MixtureFault() const
             slopes(line, 2 * channel + 1) = here[c];
             for (size_t side = 0; side < Sides; ++side) {
                 const auto beside = neighbours[patch][side];
-                if (beside && layout.Patches()[*beside].Colour()) {
+                if (beside && wanted[*beside]) {
                     slopes(line, own + static_cast<Eigen::Index>(side)) = reference(*beside)[c] - here[c];
                 }
             }
@@ -145,38 +151,50 @@ std::string ColourCheck::MixtureFault() const
            " % of each is of the patch " + SideNames[static_cast<size_t>(side)];
 }
 
-std::string ColourCheck::OtherChartFault() const
+ColourCheck::Order ColourCheck::OrderOfColours() const
 {
-    constexpr size_t fewest = 5;
-    constexpr double leastMean = 12.0;   // CIEDE2000
-    constexpr double leastSpread = 5.0;  // CIE 1976, of the layout's colours: below it all of them look alike
-    constexpr double leastShare = 0.5;
-    const double mean = compared.empty() ? 0.0 : Summary().Mean();
-    if (compared.size() < fewest || mean < leastMean) {
-        return {};
-    }
-    // How much of the measured colours the layout's explain, each channel by a straight line.
-    double explained = 0.0;
-    double all = 0.0;
-    double spread = 0.0;
+    Order order;
     for (size_t channel = 0; channel < 3; ++channel) {
         Eigen::VectorXd x(static_cast<Eigen::Index>(compared.size()));
         Eigen::VectorXd y(x.size());
         for (Eigen::Index i = 0; i < x.size(); ++i) {
             const size_t patch = compared[static_cast<size_t>(i)];
-            x(i) = (*layout.Patches()[patch].Colour())[channel];
+            x(i) = (*wanted[patch])[channel];
             y(i) = Colorimetry::Lab(measurements[patch]->spectrum)[channel];
         }
         x.array() -= x.mean();
         y.array() -= y.mean();
         const double xx = x.squaredNorm();
         const double xy = std::max(0.0, x.dot(y));  // light for dark explains nothing
-        explained += xx > 0.0 ? xy * xy / xx : 0.0;
-        all += y.squaredNorm();
-        spread += xx;
+        order.explained += xx > 0.0 ? xy * xy / xx : 0.0;
+        order.all += y.squaredNorm();
+        order.spread += xx;
     }
-    if (std::sqrt(spread / static_cast<double>(compared.size())) < leastSpread || explained > leastShare * all) {
+    order.spread = std::sqrt(order.spread / static_cast<double>(compared.size()));
+    return order;
+}
+
+bool ColourCheck::CanTellCharts() const
+{
+    constexpr size_t fewest = 5;
+    constexpr double leastSpread = 5.0;  // below it all of the colours look alike
+    return compared.size() >= fewest && OrderOfColours().spread >= leastSpread;
+}
+
+std::string ColourCheck::OtherChartFault() const
+{
+    constexpr double leastMean = 12.0;  // CIEDE2000
+    constexpr double leastShare = 0.5;
+    const double mean = compared.empty() ? 0.0 : Summary().Mean();
+    if (mean < leastMean || !CanTellCharts()) {
         return {};
+    }
+    const Order order = OrderOfColours();
+    if (order.explained > leastShare * order.all) {
+        return {};
+    }
+    if (isExpected) {
+        return "the colours have little to do with the device values of the layout: their order is another one";
     }
     return "the colours have little to do with those of the layout: they differ by " + FixedText(mean, 0) +
            " (CIEDE2000, mean), without order";

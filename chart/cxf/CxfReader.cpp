@@ -318,7 +318,7 @@ private:
         }
     }
 
-    /// Of several values of a kind, measured or computed otherwise, those of the specification that the file's first
+    /// Of several values of a kind, measured or computed otherwise, those of the ColorSpecification that the file's first
     /// one has.
     const Node* Chosen(const Node* colours, const char* kind)
     {
@@ -331,8 +331,8 @@ private:
             return Attribute(*node, "ColorSpecification") == wanted;
         });
         if (found == all.end()) {
-            throw CgatsError(LineOf(*all.front()),
-                             std::string(kind) + " is not of the specification '" + wanted + "', as that of others is");
+            throw CgatsError(LineOf(*all.front()), std::string(kind) + " is not of the ColorSpecification '" + wanted +
+                                                       "', as that of others is");
         }
         return *found;
     }

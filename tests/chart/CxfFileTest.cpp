@@ -169,7 +169,7 @@ TEST(CxfReader, RefusalsNameLineAndReason)
         {Foreign(object("<ReflectanceSpectrum ColorSpecification='m3'>1</ReflectanceSpectrum>")),
          "line 4: the spectrum's first wavelength ('') and step ('') are not told as whole numbers of nm"},
         {Foreign(object(lab) + object("<ColorCIELab ColorSpecification='m2'/>")),
-         "line 5: ColorCIELab is not of the specification 'm1', as that of others is"},
+         "line 5: ColorCIELab is not of the ColorSpecification 'm1', as that of others is"},
         {Foreign("<Object Name='a'><DeviceColorValues><ColorRGB><R>x</R></ColorRGB></DeviceColorValues></Object>"),
          "line 4: R 'x' is not a number"},
     };

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "chart/ChartPages.h"
+#include "chart/colour/PrintModel.h"
 #include "tests/tools/LayoutText.h"
 #include "tools/ToolError.h"
 #include "tools/make/ColourList.h"
@@ -12,7 +13,6 @@
 #include "tools/make/PageLayout.h"
 #include "tools/make/PatchOrder.h"
 #include "tools/make/PdfText.h"
-#include "tools/make/PrintModel.h"
 
 namespace J4Tool {
 namespace {
@@ -135,14 +135,14 @@ std::vector<Triple> LabsOf(const ColourList& list)
 {
     std::vector<Triple> labs;
     for (const ColourList::Colour& colour : list.Colours()) {
-        labs.push_back(J4Chart::Colorimetry::Lab(PrintModel(list.Spots()).Print(colour.values)));
+        labs.push_back(J4Chart::Colorimetry::Lab(J4Chart::PrintModel(list.SpotSolids()).Print(colour.values)));
     }
     return labs;
 }
 
 TEST(PatchOrder, PartsWhatIsAlikeAndIsTheSameEverywhere)
 {
-    const Triple paper = J4Chart::Colorimetry::Lab(PrintModel::Paper());
+    const Triple paper = J4Chart::Colorimetry::Lab(J4Chart::PrintModel::Paper());
     for (const char* name : {"cmyk", "rgb", "cmyk3", "rgb5"}) {
         SCOPED_TRACE(name);
         const std::vector<Triple> labs = LabsOf(ListOfRule(name));
@@ -175,7 +175,7 @@ TEST(PatchOrder, PartsWhatIsAlikeAndIsTheSameEverywhere)
 
 TEST(PrintModel, ComesNearTheInksOfOffset)
 {
-    const PrintModel model({{"Orange", {0.0, 0.6, 1.0, 0.0}}});
+    const J4Chart::PrintModel model({{0.0, 0.6, 1.0, 0.0}});
     const struct {
         std::vector<double> values;
         Triple lab;

@@ -13,7 +13,7 @@ import subprocess
 import unittest
 
 import tool_test
-from tool_test import DONE, FILE, ROOT, USAGE, content_of, tool, write
+from tool_test import CHECK, DONE, FILE, ROOT, USAGE, content_of, tool, write
 
 MM = 72 / 25.4  # points
 RESOLUTION = 72  # dots per inch: a dot is a point
@@ -222,6 +222,14 @@ class ChartTest(unittest.TestCase):
         self.assertEqual(scan.returncode, DONE, scan.stderr)
         self.assert_measured("m.cgats", "print.cgats", 1e-4)
         self.assertIn('SPOT_1_NAME "Sample Orange"', content_of("m.cgats"))
+        # By its edges the page could lie either way; the inks tell.
+        for colours in ("rgb5 --keep-order", "cmyk"):
+            self.assertEqual(tool(f"chart --list {colours} -o c.pdf --layout c.cgats --simulated-print p.cgats --force").returncode, DONE)
+            scan = tool(["--virtual", "--chart", "p.cgats", "--option", "Simulator.ChartOffset=0 0 180", "scan", "c.cgats",
+                         "-o", "n.cgats", "--restart"])
+            self.assertEqual(scan.returncode, CHECK, scan.stdout)
+            self.assertIn("the colours have little to do with the device values of the layout", scan.stderr)
+            self.assertFalse(os.path.exists("n.cgats"))
 
     def test_refuses_with_the_reason(self):
         write("twice.cgats", content_of(SPOTS).replace("C10M0Y0K0 ", "C5M0Y0K0 "))

@@ -7,6 +7,7 @@
 
 #include "Utilities/Tools/FilePath.h"
 #include "chart/cgats/CgatsFields.h"
+#include "chart/colour/PrintModel.h"
 #include "tools/DateText.h"
 #include "tools/Json.h"
 #include "tools/OutputFile.h"
@@ -20,7 +21,6 @@
 #include "tools/make/PagePainter.h"
 #include "tools/make/PatchOrder.h"
 #include "tools/make/PdfText.h"
-#include "tools/make/PrintModel.h"
 
 namespace J4Tool {
 
@@ -137,12 +137,12 @@ std::vector<std::string> Notices(const LayoutTable& table, const std::string& ti
 
 PatchOrder OrderOf(const ColourList& list, const PageLayout& pages, const NewChartArguments& arguments)
 {
-    const PrintModel model(list.Spots());
+    const J4Chart::PrintModel model(list.SpotSolids());
     std::vector<J4Chart::Colorimetry::Triple> labs;
     for (const ColourList::Colour& colour : list.Colours()) {
         labs.push_back(colour.lab ? *colour.lab : J4Chart::Colorimetry::Lab(model.Print(colour.values)));
     }
-    PatchOrder order(labs, J4Chart::Colorimetry::Lab(PrintModel::Paper()), pages.Rows());
+    PatchOrder order(labs, J4Chart::Colorimetry::Lab(J4Chart::PrintModel::Paper()), pages.Rows());
     if (!arguments.keepOrder) {
         order.Mix(arguments.seed);
     }

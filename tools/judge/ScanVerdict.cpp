@@ -8,28 +8,15 @@
 
 namespace J4Tool {
 
-namespace {
-
-/// The patches alone.
-J4Chart::Chart ChartOf(const ChartLayout& layout)
-{
-    J4Chart::Chart chart;
-    chart.deviceFields = layout.DeviceFields();
-    chart.patches = layout.Patches();
-    return chart;
-}
-
-}  // namespace
-
 ScanVerdict::ScanVerdict(const std::string& toleranceFile, const std::string& referenceFile, const ChartLayout& layout)
     : tolerances(ToleranceFile::Load(toleranceFile)), layout(layout)
 {
     if (!referenceFile.empty()) {
         reference = ColourFile::Load(referenceFile).chart;
-        MatchPatches(ChartOf(layout), reference);
+        MatchPatches(layout.AsChart(), reference);
         return;
     }
-    reference = ChartOf(layout);
+    reference = layout.AsChart();
     if (std::none_of(reference.patches.begin(), reference.patches.end(),
                      [](const J4Chart::Patch& patch) { return patch.Colour().has_value(); })) {
         throw ToolError(ExitCode::Usage, "the layout tells no colours to judge by",
@@ -39,7 +26,7 @@ ScanVerdict::ScanVerdict(const std::string& toleranceFile, const std::string& re
 
 Judgement ScanVerdict::On(const Measurements& measurements) const
 {
-    J4Chart::Chart measured = ChartOf(layout);
+    J4Chart::Chart measured = layout.AsChart();
     for (size_t i = 0; i < measured.patches.size(); ++i) {
         measured.patches[i].spectrum = measurements[i]->spectrum;
     }

@@ -1,6 +1,7 @@
 #include "tools/make/ColourList.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 #include <sstream>
@@ -213,6 +214,14 @@ void ColourList::RequireScale() const
                             NumberText(std::round(highest * 1e6) / 1e6) + ", and it can't be told whether " +
                             (isRgb ? "full light" : "a solid") + " is " + other + " (" + option + other + ") or " +
                             NumberText(full) + " (" + option + NumberText(full) + ")");
+}
+
+std::vector<std::array<double, 4>> ColourList::SpotSolids() const
+{
+    std::vector<std::array<double, 4>> solids;
+    std::transform(spots.begin(), spots.end(), std::back_inserter(solids),
+                   [](const SpotInk& spot) { return spot.cmyk; });
+    return solids;
 }
 
 }  // namespace J4Tool

@@ -48,6 +48,10 @@ public:
     double Maximum() const { return maximum; }
 
     const std::vector<SpotInk>& Spots() const { return spots; }
+
+    /// What stands for the solids of these.
+    std::vector<std::array<double, 4>> SpotSolids() const;
+
     const std::vector<Colour>& Colours() const { return colours; }
 
     /// As it was read, one row for each colour.

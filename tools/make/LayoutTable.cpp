@@ -6,8 +6,8 @@
 
 #include "chart/DeviceValues.h"
 #include "chart/cgats/CgatsFields.h"
+#include "chart/colour/PrintModel.h"
 #include "tools/make/PagePainter.h"
-#include "tools/make/PrintModel.h"
 
 namespace J4Tool {
 
@@ -108,13 +108,13 @@ CgatsTable LayoutTable::SimulatedPrint() const
     DropFields(print, IsColour);
     std::erase_if(print.keywords, [](const CgatsTable::Keyword& keyword) { return keyword.name == "SPECTRAL_NORM"; });
     std::string paper;
-    for (size_t band = 0; band < PrintModel::Paper().size(); ++band) {
+    for (size_t band = 0; band < J4Chart::PrintModel::Paper().size(); ++band) {
         print.fields.push_back(J4Chart::SpectralField(band));
-        paper += (band > 0 ? " " : "") + J4Chart::NumberText(PrintModel::Paper()[band]);
+        paper += (band > 0 ? " " : "") + J4Chart::NumberText(J4Chart::PrintModel::Paper()[band]);
     }
     print.SetKeyword("DESCRIPTOR", print.ValueOf("DESCRIPTOR") + ", simulated print of a simple model of inks");
     print.SetKeyword("PAPER_REFLECTANCE", paper);
-    const PrintModel model(list.Spots());
+    const J4Chart::PrintModel model(list.SpotSolids());
     for (size_t place = 0; place < order.size(); ++place) {
         for (const float factor : model.Print(list.Colours()[order[place]].values)) {
             print.rows[place].values.push_back(

@@ -1,11 +1,9 @@
-#include "tools/make/PrintModel.h"
+#include "chart/colour/PrintModel.h"
 
 #include <cmath>
 #include <functional>
 
-namespace J4Tool {
-
-using J4Chart::Spectrum;
+namespace J4Chart {
 
 namespace {
 
@@ -24,7 +22,7 @@ Spectrum Bands(const std::function<double(double)>& value)
 {
     Spectrum spectrum{};
     for (size_t band = 0; band < spectrum.size(); ++band) {
-        const int wavelength = J4Chart::FirstWavelength + J4Chart::WavelengthStep * static_cast<int>(band);
+        const int wavelength = FirstWavelength + WavelengthStep * static_cast<int>(band);
         spectrum[band] = static_cast<float>(value(wavelength));
     }
     return spectrum;
@@ -51,13 +49,13 @@ const Spectrum& PrintModel::Paper()
     return paper;
 }
 
-PrintModel::PrintModel(const std::vector<SpotInk>& spots)
+PrintModel::PrintModel(const std::vector<ProcessInks>& spots)
 {
     for (double (*const density)(double) : {CyanDensity, MagentaDensity, YellowDensity, BlackDensity}) {
         inks.push_back(Bands([density](double at) { return std::pow(10.0, -density(at)); }));
     }
-    for (const SpotInk& spot : spots) {
-        Spectrum ink = Print({spot.cmyk.begin(), spot.cmyk.end()});
+    for (const ProcessInks& spot : spots) {
+        Spectrum ink = Print({spot.begin(), spot.end()});
         for (size_t band = 0; band < ink.size(); ++band) {
             ink[band] /= Paper()[band];
         }
@@ -81,4 +79,4 @@ Spectrum PrintModel::Print(const std::vector<double>& values) const
     return print;
 }
 
-}  // namespace J4Tool
+}  // namespace J4Chart
