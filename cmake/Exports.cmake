@@ -11,6 +11,7 @@ function(j4_export target definition)
     list(JOIN names "; " names)
     set(map ${CMAKE_BINARY_DIR}/generated/${target}.map)
     file(CONFIGURE OUTPUT ${map} CONTENT "{ global: @names@; local: *; };\n" @ONLY)
-    target_link_options(${target} PRIVATE "-Wl,--version-script=${map}" -Wl,--no-undefined)
+    # What the sanitizers have at run time is in the program.
+    target_link_options(${target} PRIVATE "-Wl,--version-script=${map}" $<$<NOT:$<BOOL:${J4T_SANITIZE}>>:-Wl,--no-undefined>)
     set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
 endfunction()

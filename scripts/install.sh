@@ -6,7 +6,7 @@ set -eu
 
 build="g++ cmake ninja-build colord-data pkg-config libusb-1.0-0-dev help2man libcli11-dev nlohmann-json3-dev libeigen3-dev librapidxml-dev libtomlplusplus-dev"
 fuzz="$build googletest clang libclang-rt-14-dev"
-check="$build g++-mingw-w64-x86-64-posix llvm-14 clang clang-format file dpkg-dev googletest liblcms2-dev libcolord-dev libbenchmark-dev wine wine64 umockdev libumockdev-dev strace libxml2-utils doxygen python3 python3-numpy python3-pytest python3-setuptools python3-venv python3-wheel mypy mono-mcs chromium qpdf ghostscript poppler-utils"
+check="$build g++-mingw-w64-x86-64-posix llvm-14 clang libclang-rt-14-dev clang-format file dpkg-dev googletest liblcms2-dev libcolord-dev libbenchmark-dev wine wine64 umockdev libumockdev-dev strace libxml2-utils doxygen python3 python3-numpy python3-pytest python3-setuptools python3-venv python3-wheel mypy mono-mcs chromium qpdf ghostscript poppler-utils"
 
 case "${1-}" in
 build) wanted=$build ;;

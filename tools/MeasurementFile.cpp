@@ -191,7 +191,7 @@ auto WriteOf(Write write)
     }
 }
 
-[[noreturn]] void Refuse(const std::string& fileName, const std::string& reason)
+[[noreturn]] void RefusePartial(const std::string& fileName, const std::string& reason)
 {
     throw ToolError(
         ExitCode::File, "partial file '" + fileName + "': " + reason,
@@ -242,11 +242,11 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
         std::istringstream text(WholeText(fileName));
         partial = J4Chart::ChartReader::Read(J4Chart::CgatsFile::Read(text), wanted);
     } catch (const J4Chart::CgatsError& error) {
-        Refuse(fileName, error.what());
+        RefusePartial(fileName, error.what());
     }
     for (const auto& [keyword, value] : conditions) {
         if (keyword.ends_with("_SERIAL") && partial.Condition(keyword) != value) {
-            Refuse(fileName, keyword + " is '" + partial.Condition(keyword) + "' and not '" + value + "'");
+            RefusePartial(fileName, keyword + " is '" + partial.Condition(keyword) + "' and not '" + value + "'");
         }
     }
     // Rows that were scanned otherwise do not go into one file with those of this scan.
@@ -254,7 +254,7 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
     wanted.conditions = conditions;
     for (const char* keyword : {"REPEATS", "DENSITIES"}) {
         if (partial.Condition(keyword) != wanted.Condition(keyword)) {
-            Refuse(fileName, std::string(keyword) + " is '" + partial.Condition(keyword) + "' and not '" +
+            RefusePartial(fileName, std::string(keyword) + " is '" + partial.Condition(keyword) + "' and not '" +
                                  wanted.Condition(keyword) + "'");
         }
     }
@@ -267,7 +267,7 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
         const auto found = places.find({patch.id, patch.name});
         if (found == places.end()) {
             const std::string reason = "patch " + patch.id + " '" + patch.name + "' is not of this layout";
-            Refuse(fileName, J4Chart::CgatsError(patch.line, reason).what());
+            RefusePartial(fileName, J4Chart::CgatsError(patch.line, reason).what());
         }
         measurements[found->second] = ReadingOf(patch);
     }

@@ -14,7 +14,7 @@ using J4Chart::Spectrum;
 
 namespace {
 
-[[noreturn]] void Refuse(const std::string& fileName, const std::string& reason)
+[[noreturn]] void RefuseWhiteBase(const std::string& fileName, const std::string& reason)
 {
     throw ToolError(ExitCode::File, "white base file '" + fileName + "': " + reason,
                     "It needs one data set with SPECTRAL_NM380 to SPECTRAL_NM730, reflectance factors above 0.");
@@ -51,17 +51,17 @@ Spectrum LoadWhiteBase(const std::string& fileName)
         wanted.spectra = true;
         whites = J4Chart::ChartReader::Read(J4Chart::CgatsFile::Read(fileName), wanted).patches;
     } catch (const J4Chart::CgatsError& error) {
-        Refuse(fileName, error.what());
+        RefuseWhiteBase(fileName, error.what());
     }
     if (whites.size() != 1) {
-        Refuse(fileName, "there are " + std::to_string(whites.size()) + " data sets instead of 1");
+        RefuseWhiteBase(fileName, "there are " + std::to_string(whites.size()) + " data sets instead of 1");
     }
     const Spectrum& whiteBase = *whites.front().spectrum;
     for (size_t band = 0; band < whiteBase.size(); ++band) {
         if (whiteBase[band] <= 0.0f) {
             const std::string reason =
                 J4Chart::SpectralField(band) + " '" + J4Chart::NumberText(whiteBase[band]) + "' is not above 0";
-            Refuse(fileName, J4Chart::CgatsError(whites.front().line, reason).what());
+            RefuseWhiteBase(fileName, J4Chart::CgatsError(whites.front().line, reason).what());
         }
     }
     return whiteBase;

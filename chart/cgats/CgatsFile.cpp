@@ -107,9 +107,9 @@ std::string Joined(const std::vector<std::string>& words, size_t first)
 }
 
 /// Reads one file line by line; each line goes to the section that it stands in.
-class Reader {
+class LineReader {
 public:
-    explicit Reader(std::vector<CgatsTable>& tables) : tables(tables) {}
+    explicit LineReader(std::vector<CgatsTable>& tables) : tables(tables) {}
 
     void Read(std::istream& input)
     {
@@ -328,7 +328,7 @@ void RequireSame(const CgatsTable& table, const CgatsTable& back)
 CgatsFile CgatsFile::Read(std::istream& input)
 {
     CgatsFile file;
-    Reader(file.tables).Read(input);
+    LineReader(file.tables).Read(input);
     return file;
 }
 

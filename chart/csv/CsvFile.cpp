@@ -13,9 +13,9 @@ namespace J4Chart {
 namespace {
 
 /// Takes a text apart, record by record.
-class Reader {
+class RecordReader {
 public:
-    explicit Reader(std::string text) : text(std::move(text))
+    explicit RecordReader(std::string text) : text(std::move(text))
     {
         constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
         at = this->text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
@@ -115,7 +115,7 @@ std::string RecordText(const std::vector<std::string>& values)
 
 CgatsTable CsvFile::Read(std::istream& input)
 {
-    Reader reader({std::istreambuf_iterator<char>(input), {}});
+    RecordReader reader({std::istreambuf_iterator<char>(input), {}});
     if (input.bad()) {
         throw CgatsError(0, "the file can't be read to its end");
     }

@@ -158,9 +158,9 @@ bool IsKeyword(const std::string& name)
     });
 }
 
-class Reader {
+class ObjectReader {
 public:
-    explicit Reader(std::string content) : content(std::move(content)) {}
+    explicit ObjectReader(std::string content) : content(std::move(content)) {}
 
     CgatsTable Table()
     {
@@ -457,6 +457,6 @@ private:
 
 }  // namespace
 
-CgatsTable CxfReader::Read(std::istream& input) { return Reader(ContentOf(input)).Table(); }
+CgatsTable CxfReader::Read(std::istream& input) { return ObjectReader(ContentOf(input)).Table(); }
 
 }  // namespace J4Chart

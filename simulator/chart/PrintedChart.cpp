@@ -14,7 +14,6 @@ namespace J4Bench {
 namespace {
 
 constexpr float DefaultPaper = 0.85f;
-constexpr double TenthsPerMillimetre = 10.0;
 
 Point Tenths(J4Chart::Point place) { return {place.x * TenthsPerMillimetre, place.y * TenthsPerMillimetre}; }
 

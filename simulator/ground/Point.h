@@ -3,6 +3,9 @@
 
 namespace J4Bench {
 
+/// Charts and people count in millimetres.
+inline constexpr double TenthsPerMillimetre = 10.0;
+
 struct Point {
     double x = 0.0;
     double y = 0.0;

@@ -25,7 +25,6 @@ constexpr int64_t NumberLimit = std::numeric_limits<int32_t>::max();
 // A chart that is moved farther lies on no bed.
 constexpr double LargestShift = 1000.0;  // mm
 constexpr double LargestTurn = 360.0;    // degrees
-constexpr double TenthsPerMillimetre = 10.0;
 
 /// The value that ends the use of a file.
 constexpr const char* NoFile = "none";

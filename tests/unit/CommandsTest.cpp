@@ -283,10 +283,17 @@ TEST_F(Commands, TransfersGoInPiecesUntilOneFails)
     EXPECT_EQ(Thrown([&] { flash->ReadBigMemory(bytes, 0x1DFFF, 257, 1); }),
               "FirmwareException: Invalid start address: 123135");
     usb.SetTable([](const std::string& request) { return Strings{Reply("$" + request.substr(0, 2) + "0")}; });
-    for (const auto& [size, headers] :
-         std::vector<std::pair<std::size_t, Strings>>{{600, {}},  // 88 bytes are no size of the RAM buffer
-                                                      {512 + 256, {"u9", "u0"}},  // 256 bytes can be loaded, not copied
-                                                      {512 + 300, {"u9"}}}) {
+    const struct {
+        std::size_t size;
+        Strings headers;
+    } parts[] = {
+        {600, {}},                  // 88 bytes are no size of the RAM buffer
+        {512 + 256, {"u9", "u0"}},  // 256 bytes can be loaded, not copied
+        {512 + 300, {"u9"}},
+    };
+    for (const auto& part : parts) {
+        const std::size_t size = part.size;
+        const Strings& headers = part.headers;
         usb.Clear();
         EXPECT_EQ(Thrown([&] { flash->WriteToFlash(Bytes(size), 0x2000, 1); }),
                   "FirmwareException: Invalid number of bytes.");
