@@ -19,10 +19,8 @@ namespace {
 /// How well a travel tells a place at best, mm.
 constexpr double BestPlace = 0.02;
 
-/// An edge this far from its place, or so much light that the layout does not explain, is no matter of placement.
-constexpr double LargestResidual = 0.7;      // mm
-constexpr double LargestRemainder = 0.01;    // reflectance
-constexpr double LargestUnexplained = 0.15;  // share of what the line shows at all
+/// An edge this far from its place is no matter of placement.
+constexpr double LargestResidual = 0.7;  // mm
 
 /// Where the chart is searched for: this share of its rows and columns lies outside of the outer looks.
 constexpr double Inside = 0.2;
@@ -154,8 +152,7 @@ bool ChartFinder::TravelOnce(const Line& line)
     if (!fit.Located()) {
         return false;
     }
-    const bool otherChart = fit.Remainder() > LargestRemainder && fit.Unexplained() > LargestUnexplained;
-    if (otherChart || fit.Residual() > LargestResidual) {
+    if (fit.IsOfOthers() || fit.Residual() > LargestResidual) {
         throw ToolError(ExitCode::Check,
                         "what lies on the bed is not the chart of the layout, or lies quite elsewhere: the edges of "
                         "its patches are " +

@@ -37,6 +37,10 @@ constexpr double UsualStretch = 0.003;
 constexpr double LargestEdgeError = 0.1;
 constexpr double LargestOffsetError = 0.2;
 
+/// Light that the layout explains leaves no more than one of these.
+constexpr double LargestRemainder = 0.01;    // reflectance
+constexpr double LargestUnexplained = 0.15;  // share of what the line shows at all
+
 }  // namespace
 
 LineFit::Light LineFit::LightOf(const Spectrum& spectrum)
@@ -453,6 +457,8 @@ void LineFit::Compare(const Model& model, double noise)
         }
     }
 }
+
+bool LineFit::IsOfOthers() const { return remainder > LargestRemainder && unexplained > LargestUnexplained; }
 
 double LineFit::UsualDeviation() const
 {

@@ -80,12 +80,11 @@ public:
     double WorstEdge() const { return worstEdge; }
     size_t VisibleEdges() const { return visibleEdges; }
 
-    /// What the fit does not explain, as reflectance: root mean square over the four fifths of the samples that fit best,
-    /// so that a speck or a scratch counts for little. About the instrument's noise where the layout is right.
-    double Remainder() const { return remainder; }
-
-    /// The same as a share of what the samples differ at all.
+    /// What the fit does not explain, as a share of what the samples differ at all.
     double Unexplained() const { return unexplained; }
+
+    /// Whether so much is left, and so large a share, that other patches were seen than those of the layout.
+    bool IsOfOthers() const;
 
     /// How much worse the next best place along the line fits, as a ratio of the remaining squares: near 1 it can't
     /// be told which is right. Infinite where there is no other.
@@ -115,6 +114,8 @@ private:
     double residual = 0.0;
     double worstEdge = 0.0;
     size_t visibleEdges = 0;
+    /// What the fit does not explain, as reflectance: root mean square over the four fifths of the samples that fit best,
+    /// so that a speck or a scratch counts for little. About the instrument's noise where the layout is right.
     double remainder = 0.0;
     double unexplained = 0.0;
     double distinctness = 0.0;

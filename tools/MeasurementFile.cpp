@@ -255,7 +255,7 @@ Measurements MeasurementFile::Load(const std::string& fileName, const ChartLayou
     for (const char* keyword : {"REPEATS", "DENSITIES"}) {
         if (partial.Condition(keyword) != wanted.Condition(keyword)) {
             RefusePartial(fileName, std::string(keyword) + " is '" + partial.Condition(keyword) + "' and not '" +
-                                 wanted.Condition(keyword) + "'");
+                                        wanted.Condition(keyword) + "'");
         }
     }
     Measurements measurements(layout.Patches().size());

@@ -20,11 +20,9 @@ namespace Colorimetry = J4Chart::Colorimetry;
 namespace {
 
 /// Limits of a fitted row.
-constexpr double LargestResidual = 0.4;      // mm
-constexpr double LargestEdgeError = 1.2;     // mm
-constexpr double LargestRemainder = 0.01;    // reflectance
-constexpr double LargestUnexplained = 0.15;  // share of what the samples differ
-constexpr double LeastDistinctness = 1.5;
+constexpr double LargestRowResidual = 0.4;  // mm
+constexpr double LargestOfEdges = 1.2;      // mm
+constexpr double LeastRowDistinctness = 1.5;
 constexpr size_t LeastSamples = 3;
 constexpr double LargestDeviation = 1.5;
 constexpr double LargestLag = 0.02;  // s
@@ -117,15 +115,15 @@ std::string RowReader::Fit(const RowPlan::Pass& pass, int carried, Readings& rea
     if (!fit.Located() && fit.VisibleEdges() > 0) {
         return "the edges of the patches can't be found";
     }
-    if (fit.Remainder() > LargestRemainder && fit.Unexplained() > LargestUnexplained) {
+    if (fit.IsOfOthers()) {
         return "what was seen does not look like the row: " + Formatted("%.0f %%", 100.0 * fit.Unexplained()) +
                " of it is not explained";
     }
-    if (fit.Residual() > LargestResidual || fit.WorstEdge() > LargestEdgeError) {
+    if (fit.Residual() > LargestRowResidual || fit.WorstEdge() > LargestOfEdges) {
         return "the edges of the patches are " + Formatted("%.2f mm", fit.Residual()) + " off, the worst " +
                Formatted("%.2f mm", fit.WorstEdge());
     }
-    if (fit.Located() && fit.Distinctness() < LeastDistinctness) {
+    if (fit.Located() && fit.Distinctness() < LeastRowDistinctness) {
         return "it can't be told which of two places along the row is right";
     }
     readings.assign(row.size(), std::nullopt);

@@ -13,7 +13,7 @@ import subprocess
 import unittest
 
 import tool_test
-from tool_test import CHECK, DONE, FILE, ROOT, USAGE, content_of, tool, write
+from tool_test import CHECK, DONE, FILE, ROOT, USAGE, a_few_of, content_of, tool, write
 
 MM = 72 / 25.4  # points
 RESOLUTION = 72  # dots per inch: a dot is a point
@@ -133,7 +133,7 @@ class ChartTest(unittest.TestCase):
     def test_pages_hold_the_device_values_and_are_scanned_one_by_one(self):
         write("list.cgats", "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID SAMPLE_NAME CMYK_C CMYK_M CMYK_Y CMYK_K\nEND_DATA_FORMAT\nBEGIN_DATA\n" +
               "".join(f'{140 - i} "patch {i}" {i * 37 % 101} {i * 53 % 101 * 0.5} {i * 71 % 101} {i % 7 * 5}\n' for i in range(140)) + "END_DATA\n")
-        for arguments, size, patches, pages in (
+        for arguments, size, patches, pages in a_few_of(
                 (SPOTS, (297, 210), 82, 1),
                 ("list.cgats --paper 200,130 --patch 8,7 --gap 1,2", (200, 130), 140, 2),
                 ("--list rgb --paper letter --portrait --seed 7 --patch 5.5,5.5", (215.9, 279.4), 70, 1),

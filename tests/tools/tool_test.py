@@ -140,6 +140,11 @@ def usb_capture(events, link, order, ends=()):
 WAYS = ("RECOGNISED", "FITTED", "SPOT")
 
 
+def a_few_of(*cases):
+    """Under the sanitizers every third: what they look for does not depend on which chart it is."""
+    return cases[::3] if SANITIZED else cases
+
+
 def tool(arguments, program=PROGRAM, **options):
     # Not into pipes: what Wine starts in the background would hold them open for seconds.
     with tempfile.TemporaryFile() as output, tempfile.TemporaryFile() as errors:
@@ -419,6 +424,7 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(run.returncode, DONE, run.stderr)
             self.assert_measured("m.cgats", "samples.cgats")
 
+    @unittest.skipIf(SANITIZED, "the sanitizers take memory of their own")
     def test_scans_a_thousand_patches_and_reports_ten_thousand_in_little_memory(self):
         write("large.cgats", chart(25, 40))
         run = tool("scan --virtual large.cgats -o m.cgats --json")
@@ -430,7 +436,7 @@ class ToolTest(unittest.TestCase):
         write("limits.toml", "[[rule]]\nname = 'all'\nmaximum = 0.001\n")
         run = tool("report larger.cgats --reference larger.cgats --tolerances limits.toml -o r.html")
         self.assertEqual(run.returncode, DONE, run.stderr)
-        if not SANITIZED and not WINDOWS:
+        if not WINDOWS:
             self.assertLess(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss, 100 * 1024, "KiB")
 
     def test_rows_that_fail_are_tried_again_and_left_to_a_resume(self):
@@ -516,7 +522,7 @@ class ToolTest(unittest.TestCase):
         marks = {"speck": 'SPECK "236.5 211.5 3 0.04"\n', "scratch": 'SCRATCH "190 201 410 201 1 0.04"\n'}
         colour = lambda row, column, third: 0.06 + 0.06 * ((row * 131 + column * 37) * (third + 3) // 5 % 13)
         ends = lambda row, column, third: 0.85 if column < 2 or column > 9 else colour(row, column, third)
-        for name, size, gap, patches, move, known, code, ways in (
+        for name, size, gap, patches, move, known, code, ways in a_few_of(
                 ("plain", 10, 0, colour, (2, -2), True, DONE, {"RECOGNISED"}),
                 ("equal neighbours", 10, 0, lambda r, c, t: colour(r, c // 3, t), (0, 0), False, DONE, {"FITTED"}),
                 ("ends like paper", 10, 0, ends, (0, 0), False, DONE, {"FITTED"}),
@@ -564,6 +570,7 @@ class ToolTest(unittest.TestCase):
                 else:
                     self.assertIn(ways, run.stderr)
 
+    @unittest.skipIf(SANITIZED, "the charts above have some that are found, in less time")
     def test_finds_charts_that_lie_moved_and_turned(self):
         """The layout tells no colours; the corners that are found must be where the chart was laid."""
         write("bed.cgats", chart(20, 30))
