@@ -1,6 +1,8 @@
 # The shipped variants: each is the same object files with other seams.
 
 j4_add_library(j4tavla64_virtual j4_virtual_seams j4bench)
+# It loads the instrument's library when it runs.
+add_dependencies(j4tavla64_virtual sorvane64)
 
 # The variants for real tables. Their names are those of the virtual variant, so they have a folder of their
 # own.

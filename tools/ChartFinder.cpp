@@ -1,6 +1,6 @@
 #include "tools/ChartFinder.h"
 
-#include <Eigen/Dense>
+#include <Eigen/Core>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -10,6 +10,7 @@
 
 #include "tools/CrossedPatches.h"
 #include "tools/Formatted.h"
+#include "tools/LeastSquares.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -213,7 +214,7 @@ void ChartFinder::Solve()
             slopes(rows - 4 + i, i) = 1.0 / usual[i];
             left(rows - 4 + i) = -now[i] / usual[i];
         }
-        const Eigen::Vector4d step = slopes.colPivHouseholderQr().solve(left);
+        const Eigen::Vector4d step = SolveLeastSquares(slopes, left);
         placement.shift = {placement.shift.x + step(0), placement.shift.y + step(1)};
         placement.rotation += step(2);
         finding.latency += step(3);

@@ -1,6 +1,6 @@
 #include "tools/ColourCheck.h"
 
-#include <Eigen/Dense>
+#include <Eigen/Core>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,6 +9,7 @@
 #include "chart/ExpectedColours.h"
 #include "chart/colour/ColourDifference.h"
 #include "tools/FixedText.h"
+#include "tools/LeastSquares.h"
 
 namespace J4Tool {
 
@@ -136,7 +137,7 @@ std::string ColourCheck::MixtureFault() const
         }
     }
     const auto rest = [&](const Eigen::MatrixXd& some, Eigen::VectorXd& solution) {
-        solution = some.colPivHouseholderQr().solve(left);
+        solution = SolveLeastSquares(some, left);
         return (left - some * solution).squaredNorm();
     };
     Eigen::VectorXd solution;

@@ -244,8 +244,9 @@ void AddChartCommand(CLI::App& app, ToolContext& context)
     const auto arguments = std::make_shared<NewChartArguments>();
     CLI::App* command = app.add_subcommand(
         "chart", "make a chart of a list of colours: a page or several to print, PDF, and the layout for the scan");
-    command->add_option("COLOURS", arguments->colours,
-                        "device values, CGATS.17: RGB, or CMYK and spot inks; Lab, XYZ and spectra are carried over");
+    command->add_option(
+        "COLOURS", arguments->colours,
+        "device values, RGB or CMYK and spot inks: CGATS.17, CxF3 or CSV; Lab, XYZ and spectra are carried over");
     command->add_option("--list", arguments->list, std::string("a list made by rule. ") + ColourRule::Help)
         ->type_name("NAME");
     command->add_option("-o,--output", arguments->page, "the pages, PDF in device colours")

@@ -43,7 +43,8 @@ void AddJoinCommand(CLI::App& app, ToolContext& context)
     const auto arguments = std::make_shared<JoinArguments>();
     CLI::App* command = app.add_subcommand("join", "make one file of the measured pages of a chart");
     command
-        ->add_option("MEASURED", arguments->pages, "a measured file for each page, CGATS.17, in the order of the pages")
+        ->add_option("MEASURED", arguments->pages,
+                     "a measured file for each page, in their order: CGATS.17, CxF3 or CSV")
         ->required();
     command->add_option("-o,--output", arguments->output, "file to write, CGATS.17")->type_name("FILE")->required();
     command->add_flag("--force", arguments->force, "replace FILE if it exists");

@@ -344,7 +344,7 @@ void AddScanCommand(CLI::App& app, ToolContext& context)
             ->type_name("TOLERANCES");
     command
         ->add_option("--reference", arguments->reference,
-                     "what the chart should measure, CGATS.17; else the colours of the layout")
+                     "what the chart should measure: CGATS.17, CxF3 or CSV; else the colours of the layout")
         ->type_name("REF")
         ->needs(tolerances);
     command->add_flag("--dry-run", arguments->dryRun, "only show how each row would be read, and how long that takes");

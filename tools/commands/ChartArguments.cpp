@@ -31,7 +31,7 @@ CLI::Validator FiniteNumber()
 
 void ChartArguments::AddTo(CLI::App& command)
 {
-    command.add_option("LAYOUT", layout, "the chart's patches, CGATS.17");
+    command.add_option("LAYOUT", layout, "the chart's patches: CGATS.17, CxF3 or CSV");
     command.add_option("--page", page, "which page of a chart with several lies on the bed")
         ->check(CLI::Range(1, 99999));
     command.add_option("--rows", rows, "rows of a layout without places");

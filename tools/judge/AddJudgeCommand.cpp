@@ -37,10 +37,10 @@ void AddJudgeCommand(CLI::App& app, ToolContext& context)
     const auto arguments = std::make_shared<JudgeArguments>();
     CLI::App* judge = app.add_subcommand(
         "judge", "pass or fail: hold a measured chart against a reference, by the limits of a file of tolerances");
-    judge->add_option("MEASURED", arguments->measured, "measured file, CGATS.17")->required();
+    judge->add_option("MEASURED", arguments->measured, "measured file: CGATS.17, CxF3 or CSV")->required();
     judge
         ->add_option("--reference", arguments->reference,
-                     "what the chart should measure, CGATS.17; patches go by SAMPLE_NAME or SAMPLE_ID")
+                     "what the chart should measure, in the same formats; patches go by SAMPLE_NAME or SAMPLE_ID")
         ->type_name("REF")
         ->required();
     judge

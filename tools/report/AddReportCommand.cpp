@@ -86,11 +86,11 @@ void AddReportCommand(CLI::App& app, ToolContext& context)
     CLI::App* report = app.add_subcommand(
         "report",
         "make a page of measured colours: verdict, chart, differences to a reference, spectra, travel of the rows");
-    report->add_option("MEASURED", arguments->measured, "measured file, CGATS.17")->required();
+    report->add_option("MEASURED", arguments->measured, "measured file: CGATS.17, CxF3 or CSV")->required();
     CLI::Option* reference =
         report
             ->add_option("--reference", arguments->reference,
-                         "what the chart should measure, CGATS.17; patches go by SAMPLE_NAME or SAMPLE_ID")
+                         "what the chart should measure, in the same formats; patches go by SAMPLE_NAME or SAMPLE_ID")
             ->type_name("REF");
     report
         ->add_option("--tolerances", arguments->tolerances,

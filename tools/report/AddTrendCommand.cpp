@@ -145,11 +145,13 @@ void AddTrendCommand(CLI::App& app, ToolContext& context)
     CLI::App* trend = app.add_subcommand("trend",
                                          "make a page of many measurements of a chart: differences and rules "
                                          "over time, with control limits");
-    trend->add_option("MEASURED", arguments->measured, "measured files of the same chart, CGATS.17; two or more")
+    trend
+        ->add_option("MEASURED", arguments->measured,
+                     "measured files of the same chart: CGATS.17, CxF3 or CSV; two or more")
         ->required();
     trend
         ->add_option("--reference", arguments->reference,
-                     "what the chart should measure, CGATS.17; patches go by SAMPLE_NAME or SAMPLE_ID")
+                     "what the chart should measure, in the same formats; patches go by SAMPLE_NAME or SAMPLE_ID")
         ->type_name("REF")
         ->required();
     trend->add_option("--tolerances", arguments->tolerances, "rules with their limits, TOML, to show over time")

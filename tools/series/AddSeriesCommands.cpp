@@ -191,7 +191,8 @@ void AddSeriesCommands(CLI::App& app, ToolContext& context)
     CLI::App* average = app.add_subcommand("average",
                                            "make one file of several measurements of a chart, by the names "
                                            "of the patches");
-    average->add_option("MEASURED", arguments->measured, "measured files with spectra, CGATS.17; two or more")
+    average
+        ->add_option("MEASURED", arguments->measured, "measured files with spectra: CGATS.17, CxF3 or CSV; two or more")
         ->required();
     average
         ->add_option("-o,--output", arguments->output,
@@ -205,7 +206,8 @@ void AddSeriesCommands(CLI::App& app, ToolContext& context)
         app.add_subcommand("compare",
                            "tell how well several measurements of a chart agree: the mean colour difference "
                            "from the mean (MCDM), CIEDE2000 and CIE 1976");
-    compare->add_option("MEASURED", arguments->measured, "measured files, CGATS.17; two or more")->required();
+    compare->add_option("MEASURED", arguments->measured, "measured files: CGATS.17, CxF3 or CSV; two or more")
+        ->required();
     compare->callback([&context, arguments] { Compare(*arguments, context.json); });
 }
 
