@@ -26,7 +26,7 @@ ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
 WINDOWS = PROGRAM.endswith(".exe")
 if WINDOWS:
     RUNNER, LIBRARY_NAME = [os.path.join(ROOT, "scripts", "wine.sh")], "{}.dll"
-    os.environ["WINEPREFIX"] = os.path.join(BUILD, "wine")
+    os.environ["J4T_WINE_PREFIX"] = os.path.join(BUILD, "wine")
 else:
     import pty
     import resource
