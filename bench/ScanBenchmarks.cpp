@@ -9,6 +9,7 @@
 #include <fstream>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "chart/cgats/CgatsFields.h"
 #include "chart/cgats/CgatsFile.h"

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "chart/cgats/CgatsFields.h"
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <map>
+#include <utility>
 
 #include "chart/colour/Average.h"
 #include "chart/colour/Densities.h"

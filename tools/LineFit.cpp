@@ -6,6 +6,7 @@
 #include <limits>
 #include <numbers>
 #include <numeric>
+#include <utility>
 
 #include "tools/Agreement.h"
 

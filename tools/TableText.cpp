@@ -1,5 +1,7 @@
 #include "tools/TableText.h"
 
+#include <utility>
+
 #include "chart/cgats/CgatsFile.h"
 #include "tools/ToolError.h"
 

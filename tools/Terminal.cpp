@@ -5,43 +5,18 @@
 #include <vector>
 
 #include "Utilities/Tools/HexStringHelper.h"
+#include "Utilities/Tools/Utf8.h"
 
 namespace J4Tool {
 
 using Kestrelon::Utilities::Tools::HexStringHelper;
+namespace Utf8 = Kestrelon::Utilities::Tools::Utf8;
 
 namespace {
 
-/// Bytes of the UTF-8 character at a place, 0 where there is none.
-size_t CharacterLength(const std::string& text, size_t at, uint32_t& character)
+bool IsObeyed(char32_t character)
 {
-    constexpr uint32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
-    const auto first = static_cast<unsigned char>(text[at]);
-    const size_t length = first < 0x80   ? 1
-                          : first < 0xC0 ? 0
-                          : first < 0xE0 ? 2
-                          : first < 0xF0 ? 3
-                          : first < 0xF8 ? 4
-                                         : 0;
-    if (length == 0 || length > text.size() - at) {
-        return 0;
-    }
-    character = length == 1 ? first : first & (0x7Fu >> length);
-    for (size_t i = 1; i < length; ++i) {
-        const auto next = static_cast<unsigned char>(text[at + i]);
-        if ((next & 0xC0) != 0x80) {
-            return 0;
-        }
-        character = character << 6 | (next & 0x3Fu);
-    }
-    const bool isValid =
-        character >= smallest[length] && character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
-    return isValid ? length : 0;
-}
-
-bool IsObeyed(uint32_t character)
-{
-    const auto isIn = [character](uint32_t first, uint32_t last) { return character >= first && character <= last; };
+    const auto isIn = [character](char32_t first, char32_t last) { return character >= first && character <= last; };
     return (isIn(0, 0x1F) && character != '\n' && character != '\t') || isIn(0x7F, 0x9F) || isIn(0x200E, 0x200F) ||
            isIn(0x2028, 0x202E) || isIn(0x2066, 0x2069);
 }
@@ -52,10 +27,9 @@ std::string Printable(const std::string& text)
 {
     std::string shown;
     for (size_t at = 0; at < text.size();) {
-        uint32_t character = 0;
-        const size_t length = CharacterLength(text, at, character);
-        const size_t bytes = length == 0 ? 1 : length;
-        if (length == 0 || IsObeyed(character)) {
+        const auto character = Utf8::CharacterAt(text, at);
+        const size_t bytes = character ? character->length : 1;
+        if (!character || IsObeyed(character->code)) {
             for (size_t i = 0; i < bytes; ++i) {
                 shown += "\\x" + HexStringHelper::ToHexString(static_cast<uint8_t>(text[at + i]), 2);
             }

@@ -1,5 +1,6 @@
 #include "tools/WhiteBaseFile.h"
 
+#include <utility>
 #include <vector>
 
 #include "chart/ChartReader.h"

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "Utilities/Tools/FilePath.h"

@@ -2,15 +2,9 @@
 
 #include <ctime>
 
-#include "Utilities/Exceptions/TraceFrame.h"
-
 namespace Kestrelon::Utilities::Tools {
 
-DateTime::DateTime()
-try {
-    SetNow();
-}
-J4T_TRACE_FRAME
+DateTime::DateTime() { SetNow(); }
 
 void DateTime::SetNow() { time = std::time(nullptr); }
 

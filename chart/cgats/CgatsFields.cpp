@@ -62,6 +62,11 @@ std::string RangeText(const BandRange& bands)
     return SpectralField(bands.first, "") + " to " + SpectralField(bands.last, "") + " nm";
 }
 
+bool IsOneOf(const std::string& name, std::span<const char* const> names)
+{
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
 bool IsDeviceField(const std::string& field)
 {
     const auto starts = [&field](const char* prefix) { return field.starts_with(prefix); };

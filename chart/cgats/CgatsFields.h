@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 
 #include "chart/colour/Spectrum.h"
@@ -28,6 +29,9 @@ std::string SpectralField(size_t band, const std::string& prefix = "SPECTRAL_NM"
 
 /// For people: "400 to 700 nm".
 std::string RangeText(const BandRange& bands);
+
+/// Whether a field or keyword has one of these names.
+bool IsOneOf(const std::string& name, std::span<const char* const> names);
 
 /// Whether a field holds an ink or screen value, for instance "CMYK_C" or "6CLR_1".
 bool IsDeviceField(const std::string& field);

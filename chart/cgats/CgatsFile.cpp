@@ -10,9 +10,12 @@
 #include <utility>
 
 #include "Utilities/Tools/FilePath.h"
+#include "Utilities/Tools/Utf8.h"
 #include "chart/cgats/CgatsFields.h"
 
 namespace J4Chart {
+
+namespace Utf8 = Kestrelon::Utilities::Tools::Utf8;
 
 namespace {
 
@@ -113,12 +116,11 @@ public:
 
     void Read(std::istream& input)
     {
-        constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
         std::string line;
         while (std::getline(input, line)) {
             ++number;
-            if (number == 1 && line.starts_with(byteOrderMark)) {
-                line.erase(0, byteOrderMark.size());
+            if (number == 1 && line.starts_with(Utf8::ByteOrderMark)) {
+                line.erase(0, Utf8::ByteOrderMark.size());
             }
             if (!SplitLine(line, words, bare)) {
                 throw CgatsError(number, "a quoted text has no end");

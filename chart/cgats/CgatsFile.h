@@ -4,6 +4,7 @@
 
 #include <istream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "chart/cgats/CgatsError.h"

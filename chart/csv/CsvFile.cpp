@@ -6,9 +6,12 @@
 #include <utility>
 #include <vector>
 
+#include "Utilities/Tools/Utf8.h"
 #include "chart/cgats/CgatsError.h"
 
 namespace J4Chart {
+
+namespace Utf8 = Kestrelon::Utilities::Tools::Utf8;
 
 namespace {
 
@@ -17,8 +20,7 @@ class RecordReader {
 public:
     explicit RecordReader(std::string text) : text(std::move(text))
     {
-        constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
-        at = this->text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
+        at = this->text.starts_with(Utf8::ByteOrderMark) ? Utf8::ByteOrderMark.size() : 0;
     }
 
     /// @return false at the end

@@ -8,6 +8,7 @@
 #include <set>
 #include <sstream>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "chart/Chart.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <iterator>
 #include <map>
@@ -14,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "Utilities/Tools/Utf8.h"
 #include "chart/DeviceValues.h"
 #include "chart/cgats/CgatsError.h"
 #include "chart/cgats/CgatsFields.h"
@@ -21,6 +23,8 @@
 #include "chart/cxf/CxfFile.h"
 
 namespace J4Chart {
+
+namespace Utf8 = Kestrelon::Utilities::Tools::Utf8;
 
 namespace {
 
@@ -191,9 +195,8 @@ public:
 private:
     const Node& Parse()
     {
-        constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
-        if (content.starts_with(byteOrderMark)) {
-            content.erase(0, byteOrderMark.size());
+        if (content.starts_with(Utf8::ByteOrderMark)) {
+            content.erase(0, Utf8::ByteOrderMark.size());
         }
         if (content.starts_with("\xfe\xff") || content.starts_with("\xff\xfe") ||
             content.find('\0') != std::string::npos) {

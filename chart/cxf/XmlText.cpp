@@ -3,36 +3,16 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "Utilities/Tools/Utf8.h"
 #include "chart/cgats/CgatsError.h"
 
 namespace J4Chart {
 
+namespace Utf8 = Kestrelon::Utilities::Tools::Utf8;
+
 namespace {
 
-/// Takes the character of a text that begins at a place, and goes on to the next.
-/// @return nothing that is a character where the bytes are not UTF-8
-char32_t NextCharacter(const std::string& text, size_t& at)
-{
-    constexpr char32_t none = 0xffffffff;
-    const auto byte = [&text](size_t place) { return static_cast<uint8_t>(text[place]); };
-    const uint8_t first = byte(at++);
-    if (first < 0x80) {
-        return first;
-    }
-    const int further = first >= 0xf0 ? 3 : first >= 0xe0 ? 2 : 1;
-    if (first < 0xc2 || first > 0xf4) {
-        return none;
-    }
-    char32_t character = first & (0x3f >> further);
-    for (int i = 0; i < further; ++i, ++at) {
-        if (at >= text.size() || (byte(at) & 0xc0) != 0x80) {
-            return none;
-        }
-        character = (character << 6) | (byte(at) & 0x3f);
-    }
-    constexpr char32_t smallest[] = {0, 0x80, 0x800, 0x10000};
-    return character < smallest[further] ? none : character;
-}
+constexpr char32_t NoCharacter = 0xFFFFFFFF;
 
 bool IsOfXml(char32_t character)
 {
@@ -47,7 +27,9 @@ std::string XmlText(const std::string& text, int line)
     std::string escaped;
     for (size_t at = 0; at < text.size();) {
         const size_t begin = at;
-        const char32_t character = NextCharacter(text, at);
+        const auto found = Utf8::CharacterAt(text, at);
+        const char32_t character = found ? found->code : NoCharacter;
+        at += found ? found->length : 1;
         if (!IsOfXml(character)) {
             char byte[8];
             std::snprintf(byte, sizeof byte, "0x%02x", static_cast<uint8_t>(text[begin]));

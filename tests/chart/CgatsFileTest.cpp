@@ -5,6 +5,7 @@
 
 #include <sstream>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "chart/cgats/CgatsFields.h"

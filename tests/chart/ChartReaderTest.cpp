@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <sstream>
 #include <tuple>
+#include <utility>
 
 #include "tests/support/ChartText.h"
 

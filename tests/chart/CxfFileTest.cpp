@@ -4,6 +4,7 @@
 
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "chart/cgats/CgatsError.h"
 #include "chart/cgats/CgatsFile.h"

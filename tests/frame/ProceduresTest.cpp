@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 #include "Utilities/Exceptions/SDKError.h"
 #include "Utilities/Exceptions/TableExceptions.h"

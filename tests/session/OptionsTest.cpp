@@ -1,6 +1,8 @@
 // The option keys: where each leads, its text forms, and what a wrong value does.
 #include "tests/session/Session.h"
 
+#include <utility>
+
 namespace J4Test {
 namespace {
 

@@ -1,6 +1,8 @@
 // Moving the arm: units, visor coordinates, the work area, raw access to the line, and a table that fails.
 #include "tests/session/Session.h"
 
+#include <utility>
+
 namespace J4Test {
 namespace {
 

@@ -1,5 +1,7 @@
 #include "tools/ChartLayout.h"
 
+#include <utility>
+
 #include <gtest/gtest.h>
 
 #include "tests/tools/LayoutText.h"

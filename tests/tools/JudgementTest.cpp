@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <sstream>
+#include <utility>
 
 #include "tests/support/ChartText.h"
 #include "tests/support/Thrown.h"

@@ -4,6 +4,7 @@
 #include <limits>
 #include <locale>
 #include <map>
+#include <typeinfo>
 
 #include "Generic/Utilities/EndianConversion.h"
 #include "Utilities/Tools/HexStringHelper.h"

@@ -2,6 +2,8 @@
 #include <functional>
 #include <new>
 #include <sstream>
+#include <typeinfo>
+#include <utility>
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"

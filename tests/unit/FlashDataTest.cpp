@@ -4,6 +4,7 @@
 #include <limits>
 #include <numeric>
 #include <sstream>
+#include <utility>
 
 #include "Utilities/Tools/HexStringHelper.h"
 #include "src/Flash/j4TableFlashDataHandle.h"

@@ -2,6 +2,7 @@
 #include "src/SerialUSB/SerialUSB.h"
 
 #include <functional>
+#include <utility>
 
 #include "tests/unit/Channel.h"
 

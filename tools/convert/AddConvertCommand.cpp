@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
+#include <utility>
 
 #include "chart/ChartFile.h"
 #include "chart/ChartReader.h"

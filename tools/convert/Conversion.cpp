@@ -1,8 +1,8 @@
 #include "tools/convert/Conversion.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
-#include <initializer_list>
 #include <vector>
 
 #include "chart/cgats/CgatsError.h"
@@ -21,12 +21,7 @@ using J4Chart::Chart;
 using J4Chart::ColourConditions;
 using J4Chart::Colorimetry::Triple;
 
-constexpr std::initializer_list<const char*> colourFields = {"XYZ_X", "XYZ_Y", "XYZ_Z", "LAB_L", "LAB_A", "LAB_B"};
-
-bool IsOneOf(const std::string& name, std::initializer_list<const char*> names)
-{
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
+constexpr std::array colourFields = {"XYZ_X", "XYZ_Y", "XYZ_Z", "LAB_L", "LAB_A", "LAB_B"};
 
 /// A reflectance factor that reads back as the same.
 std::string FactorText(float factor, int scale)
@@ -66,7 +61,7 @@ public:
     CgatsTable Table()
     {
         CgatsTable table;
-        table.kind = IsOneOf(source.kind, {"", "SPECT"}) ? "CGATS.17" : source.kind;
+        table.kind = J4Chart::IsOneOf(source.kind, std::array{"", "SPECT"}) ? "CGATS.17" : source.kind;
         table.fieldsLine = source.fieldsLine;
         TakeKeywords(table);
         TakeFields(table);
@@ -119,9 +114,9 @@ private:
         for (size_t field = 0; field < source.fields.size(); ++field) {
             const std::string& name = source.fields[field];
             const bool ofSpectra = hasSpectra && J4Chart::WavelengthOf(name) >= 0;
-            const bool ofColours = computes && IsOneOf(name, colourFields);
-            const bool ofScan = IsOneOf(name, {"X", "Y", "WIDTH", "HEIGHT"}) || name.starts_with("SCAN_") ||
-                                name.starts_with("REPEAT_");
+            const bool ofColours = computes && J4Chart::IsOneOf(name, colourFields);
+            const bool ofScan = J4Chart::IsOneOf(name, std::array{"X", "Y", "WIDTH", "HEIGHT"}) ||
+                                name.starts_with("SCAN_") || name.starts_with("REPEAT_");
             if (!ofSpectra && !ofColours && !(wanted.plain && ofScan)) {
                 kept.push_back(field);
                 table.fields.push_back(name);

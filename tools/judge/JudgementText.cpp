@@ -6,23 +6,19 @@
 #include <string>
 #include <vector>
 
+#include "Utilities/Tools/Utf8.h"
 #include "tools/Terminal.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
+
+namespace Utf8 = Kestrelon::Utilities::Tools::Utf8;
 
 namespace {
 
 using Row = std::array<std::string, 7>;
 const Row Heads = {"rule", "patches", "what", "limit", "value", "", "worst patches"};
 constexpr std::array<bool, std::tuple_size_v<Row>> IsNumber = {false, true, false, true, true, false, false};
-
-/// Characters, for the width of a column.
-size_t Length(const std::string& text)
-{
-    return static_cast<size_t>(std::count_if(
-        text.begin(), text.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
-}
 
 std::string Behind(const Judgement::Line& line)
 {
@@ -52,7 +48,7 @@ void PrintJudgement(const Judgement& judgement, std::FILE* stream)
     std::array<size_t, std::tuple_size_v<Row>> widths{};
     for (const Row& row : rows) {
         for (size_t column = 0; column < row.size(); ++column) {
-            widths[column] = std::max(widths[column], Length(row[column]));
+            widths[column] = std::max(widths[column], Utf8::Count(row[column]));
         }
     }
     if (!judgement.Title().empty()) {
@@ -61,7 +57,7 @@ void PrintJudgement(const Judgement& judgement, std::FILE* stream)
     for (const Row& row : rows) {
         std::string text;
         for (size_t column = 0; column < row.size(); ++column) {
-            const std::string blanks(widths[column] - Length(row[column]), ' ');
+            const std::string blanks(widths[column] - Utf8::Count(row[column]), ' ');
             text += (column > 0 ? "  " : "") + (IsNumber[column] ? blanks + row[column] : row[column] + blanks);
         }
         text.erase(text.find_last_not_of(' ') + 1);

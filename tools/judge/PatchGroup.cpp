@@ -4,9 +4,12 @@
 #include <array>
 #include <string_view>
 
+#include "Utilities/Tools/Utf8.h"
 #include "chart/cgats/CgatsFields.h"
 
 namespace J4Tool {
+
+namespace Utf8 = Kestrelon::Utilities::Tools::Utf8;
 
 using J4Chart::DeviceValues;
 
@@ -14,11 +17,11 @@ namespace {
 
 constexpr std::array<std::string_view, 5> PartNames = {"all", "paper", "primaries", "secondaries", "greys"};
 
-/// Bytes of the character at the beginning.
+/// Bytes of the character at the beginning, or of what is none.
 size_t CharacterLength(std::string_view text)
 {
-    const auto isMore = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
-    return static_cast<size_t>(std::find_if_not(text.begin() + 1, text.end(), isMore) - text.begin());
+    const auto character = Utf8::CharacterAt(text);
+    return character ? character->length : 1;
 }
 
 bool Matches(std::string_view text, std::string_view pattern)

@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 #include <sstream>
+#include <utility>
 
 #include "chart/ChartFile.h"
 #include "chart/ChartReader.h"

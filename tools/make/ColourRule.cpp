@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "chart/cgats/CgatsFields.h"

@@ -7,6 +7,7 @@
 
 #include "chart/ChartFile.h"
 #include "chart/ChartReader.h"
+#include "chart/cgats/CgatsFields.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
@@ -21,17 +22,11 @@ constexpr std::array<const char*, 8> FieldsOfPage = {"SAMPLE_ID", "PAGE",   "X",
                                                      "WIDTH",     "HEIGHT", "SCAN_ROW", "SCAN_COLUMN"};
 constexpr std::array<const char*, 2> KeywordsOfPage = {"LAYOUT_PAGE", "LAYOUT_ROTATION"};
 
-template <size_t Count>
-bool IsOneOf(const std::array<const char*, Count>& names, const std::string& name)
-{
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
 std::vector<std::string> CommonFields(const CgatsTable& table)
 {
     std::vector<std::string> fields;
     std::copy_if(table.fields.begin(), table.fields.end(), std::back_inserter(fields),
-                 [](const std::string& field) { return !IsOneOf(FieldsOfPage, field); });
+                 [](const std::string& field) { return !J4Chart::IsOneOf(field, FieldsOfPage); });
     return fields;
 }
 
@@ -87,8 +82,9 @@ void JoinedPages::Add(const std::string& file)
         joined.kind = "CGATS.17";
         joined.fields = fields;
         joined.keywords = table.keywords;
-        std::erase_if(joined.keywords,
-                      [](const CgatsTable::Keyword& keyword) { return IsOneOf(KeywordsOfPage, keyword.name); });
+        std::erase_if(joined.keywords, [](const CgatsTable::Keyword& keyword) {
+            return J4Chart::IsOneOf(keyword.name, KeywordsOfPage);
+        });
     } else if (fields != joined.fields) {
         throw CgatsError(table.fieldsLine, "the fields are not those of '" + seen.front().file + "'");
     } else {
@@ -132,7 +128,7 @@ void JoinedPages::AddRows(const CgatsTable& table, const std::string& file, cons
         added.line = row.line;
         added.values = {id < 0 ? std::string() : row.values[static_cast<size_t>(id)], page};
         for (size_t field = 0; field < table.fields.size(); ++field) {
-            if (!IsOneOf(FieldsOfPage, table.fields[field])) {
+            if (!J4Chart::IsOneOf(table.fields[field], FieldsOfPage)) {
                 added.values.push_back(row.values[field]);
             }
         }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "chart/DeviceValues.h"
 #include "chart/cgats/CgatsFields.h"

@@ -6,40 +6,32 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "Utilities/Tools/Utf8.h"
+
 namespace J4Tool::PdfText {
+
+namespace Utf8 = Kestrelon::Utilities::Tools::Utf8;
 
 namespace {
 
-constexpr uint32_t Unknown = '?';
+constexpr char32_t Unknown = '?';
 
-/// Takes the first character off a text; what is not UTF-8 is unknown.
-uint32_t TakeCharacter(std::string_view& text)
+/// Takes the first character off a text; each byte that is not UTF-8 is unknown.
+char32_t TakeCharacter(std::string_view& text)
 {
-    const auto byte = [&text](size_t index) { return static_cast<unsigned char>(text[index]); };
-    const unsigned char lead = byte(0);
-    const size_t length = lead < 0x80 ? 1 : lead < 0xc2 ? 0 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : lead < 0xf5 ? 4 : 0;
-    constexpr std::array<unsigned char, 5> bits = {0, 0x7f, 0x1f, 0x0f, 0x07};
-    uint32_t character = length == 0 ? Unknown : lead & bits[length];
-    size_t taken = 1;
-    for (; taken < length; ++taken) {
-        if (taken >= text.size() || (byte(taken) & 0xc0) != 0x80) {
-            character = Unknown;
-            break;
-        }
-        character = character << 6 | (byte(taken) & 0x3f);
-    }
-    text.remove_prefix(taken);
-    return character;
+    const auto character = Utf8::CharacterAt(text);
+    text.remove_prefix(character ? character->length : 1);
+    return character ? character->code : Unknown;
 }
 
 /// The code of a character in WinAnsi.
-unsigned char WinAnsi(uint32_t character)
+unsigned char WinAnsi(char32_t character)
 {
     if ((character >= 0x20 && character < 0x7f) || (character >= 0xa0 && character < 0x100)) {
         return static_cast<unsigned char>(character);
     }
     struct Special {
-        uint32_t character;
+        char32_t character;
         unsigned char code;
     };
     constexpr std::array<Special, 9> specials = {{{0x20ac, 0x80},

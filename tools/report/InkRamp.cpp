@@ -1,6 +1,7 @@
 #include "tools/report/InkRamp.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace J4Tool {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 #include "chart/colour/ColourDifference.h"
 #include "tools/DateText.h"

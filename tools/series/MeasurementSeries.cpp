@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 #include "chart/cgats/CgatsError.h"
 #include "chart/colour/MeasuringCondition.h"

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "Utilities/Tools/FilePath.h"
 #include "tools/Json.h"

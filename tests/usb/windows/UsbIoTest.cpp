@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <thread>
+#include <utility>
 
 #include "tests/usb/windows/DriverStand.h"
 #include "usbio/CUsbIo.h"
