@@ -145,7 +145,8 @@ for program in "$work/with_pkg_config" "$work/with_cmake"; do
     grep -q "^version .*sorvane64.dll" "$work/printed" || fail "the failure does not name the instrument's library"
     for run in "2 $root/usr/lib:$virtual" "0 $virtual"; do
         LD_LIBRARY_PATH=${run#* } "$program" >"$work/printed" || fail "$program ended with $?"
-        printf '%s\n' "table ${run%% *}" "version Version 1.1.4  Build 104" "calibrated 0" "measured 0" "spectrum 0" |
+        printf '%s\n' "table ${run%% *}" "version Version ${version%.*}  Build ${version##*.}" \
+            "calibrated 0" "measured 0" "spectrum 0" |
             diff - "$work/printed" || fail "$program printed something else"
     done
 done

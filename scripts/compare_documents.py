@@ -4,12 +4,13 @@
 - Every text in the library's sources, so every text that a failure can have, stands in docs/errors.md,
   docs/options.md or docs/protocol.md. Texts are taken from all string literals, so that no way of throwing escapes.
 - The option keys of the library and those of docs/options.md are the same, with number, section and what is answered
-  here; so are the keys of the header, and the typed ones in C++ and C#. Every property number stands in docs/options.md and no other, every key of the
-  virtual table in docs/simulator.md.
+  here; so are the keys of the header, and the typed ones in C++ and C#. Every property number stands in
+  docs/options.md and no other, every key of the virtual table in docs/simulator.md.
 - Every command of the table's protocol stands in docs/protocol.md, and every frame there has its right checksum.
 - Every status stands in docs/errors.md.
 - Every keyword and field of the tool's files stands in docs/files.md, and the exit codes there are the tool's.
 - Links between the documents, and to their headings, lead somewhere.
+- The version is everywhere that of CMakeLists.txt.
 """
 import re
 import sys
@@ -215,6 +216,18 @@ def check_links():
     return count
 
 
+def check_version():
+    version = re.search(r"^project\(\w+ VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"), flags=re.M)[1]
+    count = 0
+    for path in [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md")), ROOT / "c_sdk/include/j4tavla.h",
+                 ROOT / "python/j4tavla/_version.py"]:
+        text = path.read_text(encoding="utf-8")
+        for found in re.findall(r"(?<![\d.])\d+(?:\.\d+){3}(?![\d.])|(?<=Version )\d+\.\d+\.\d+  Build \d+", text):
+            count += 1
+            require(found.replace("  Build ", ".") == version, f"{path.relative_to(ROOT)}: {found} is not the version {version}")
+    return count
+
+
 def main():
     errors, options, protocol = document("errors.md"), document("options.md"), document("protocol.md")
     counts = {
@@ -224,6 +237,7 @@ def main():
         "statuses": check_statuses(errors),
         "keywords, fields and exit codes": check_files(document("files.md")),
         "links": check_links(),
+        "versions": check_version(),
     }
     for problem in problems:
         print(problem, file=sys.stderr)

@@ -27,7 +27,7 @@ enum class UsbEnd {
     Never     ///< the transfer never ends by itself; some characters may have gone over before
 };
 
-/// Of string descriptors (USB 2.0, table 9-5).
+/// The type that the USB gives to string descriptors.
 inline constexpr uint8_t StringType = 3;
 
 /// The pauses of the library under test take no real time: each passes on the bench.
