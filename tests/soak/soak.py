@@ -13,8 +13,9 @@ import sys
 import time
 
 ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
-sys.path.insert(0, os.path.join(ROOT, "examples"))
-from scan_chart import Table  # noqa: E402  the examples are no package
+sys.path[:0] = [os.path.join(ROOT, "examples"), os.path.join(ROOT, "tests", "support")]
+from chart_text import chart_text  # noqa: E402  tests and examples are no packages
+from scan_chart import Table  # noqa: E402
 
 BUILD, FOLDER = map(os.path.abspath, sys.argv[1:3])
 SESSIONS, KILLS = [int(count) for count in sys.argv[3:5]] + [10000, 500][len(sys.argv) - 3:]
@@ -22,16 +23,11 @@ COLUMNS = 10
 
 
 def write_chart(name, rows):
-    bands = range(36)
-    lines = ["CGATS.17", "BEGIN_DATA_FORMAT", "SAMPLE_NAME X Y WIDTH HEIGHT " +
-             " ".join(f"SPECTRAL_NM{380 + 10 * band}" for band in bands), "END_DATA_FORMAT", "BEGIN_DATA"]
-    for row in range(rows):
-        for column in range(COLUMNS):
-            values = [0.06 + 0.06 * (((row * 131 + column * 37) * (band // 12 + 3)) // 5 % 13) for band in bands]
-            lines.append(f"R{row + 1}C{column + 1} {200 + 10 * column} {160 + 10 * row} 10 10 " +
-                         " ".join(f"{value:.2f}" for value in values))
+    patches = [(f"R{row + 1}C{column + 1}", 200 + 10 * column, 160 + 10 * row, 10, 10,
+                [0.06 + 0.06 * (((row * 131 + column * 37) * (third + 3)) // 5 % 13)
+                 for third in range(3) for _ in range(12)]) for row in range(rows) for column in range(COLUMNS)]
     with open(name, "w", encoding="ascii") as file:
-        file.write("\n".join(lines + ["END_DATA", ""]))
+        file.write(chart_text(patches))
 
 
 def memory_and_handles():

@@ -1,5 +1,6 @@
 """A chart of two rows for the virtual table, and what each of its patches reflects."""
-BANDS = range(380, 731, 10)
+from chart_text import BANDS, chart_text
+
 PAPER = 0.88
 
 
@@ -18,9 +19,5 @@ CHART = {
 
 
 def write_chart(path):
-    fields = ["SAMPLE_NAME", "X", "Y", "WIDTH", "HEIGHT"] + [f"SPECTRAL_NM{band}" for band in BANDS]
-    rows = [" ".join([name, str(x), str(y), "20", "20"] + [f"{value:.4f}" for value in spectrum])
-            for name, (x, y, spectrum) in CHART.items()]
-    path.write_text("\n".join([
-        "CGATS.17", f'PAPER_REFLECTANCE "{PAPER}"', f"NUMBER_OF_FIELDS {len(fields)}", "BEGIN_DATA_FORMAT",
-        " ".join(fields), "END_DATA_FORMAT", f"NUMBER_OF_SETS {len(rows)}", "BEGIN_DATA", *rows, "END_DATA", ""]))
+    patches = [(name, x, y, 20, 20, spectrum) for name, (x, y, spectrum) in CHART.items()]
+    path.write_text(chart_text(patches, f'PAPER_REFLECTANCE "{PAPER}"'))

@@ -10,6 +10,9 @@ import shutil
 import subprocess
 import sys
 
+sys.path.append(os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+from chart_text import chart_text  # noqa: E402  the tests are no package
+
 PROGRAM, FOLDER = map(os.path.abspath, sys.argv[1:3])
 STRIDE = int(sys.argv[3]) if len(sys.argv) > 3 else 1
 ROWS, COLUMNS, DONE, FILE = 3, 8, 0, 3
@@ -24,14 +27,12 @@ def wanted():
 
 
 def write_chart():
-    bands = range(36)
-    lines = ["CGATS.17", "BEGIN_DATA_FORMAT", "SAMPLE_NAME X Y WIDTH HEIGHT " +
-             " ".join(f"SPECTRAL_NM{380 + 10 * band}" for band in bands), "END_DATA_FORMAT", "BEGIN_DATA"]
+    patches = []
     for name, value in wanted().items():
         row, column = map(int, name[1:].split("C"))
-        lines.append(f"{name} {200 + 12 * column} {160 + 12 * row} 12 12 " + " ".join([f"{value:.2f}"] * 36))
+        patches.append((name, 200 + 12 * column, 160 + 12 * row, 12, 12, [value] * 36))
     with open("chart.cgats", "w", encoding="ascii") as file:
-        file.write("\n".join(lines + ["END_DATA", ""]))
+        file.write(chart_text(patches))
 
 
 def measured(name):

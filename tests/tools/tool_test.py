@@ -23,6 +23,8 @@ PROGRAM, FOLDER = map(os.path.abspath, sys.argv[1:3])
 SANITIZED = "--sanitized" in sys.argv
 BUILD = os.path.dirname(os.path.dirname(PROGRAM))
 ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
+sys.path.append(os.path.join(ROOT, "tests", "support"))
+from chart_text import chart_text  # noqa: E402  the tests are no package
 WINDOWS = PROGRAM.endswith(".exe")
 if WINDOWS:
     RUNNER, LIBRARY_NAME = [os.path.join(ROOT, "scripts", "wine.sh")], "{}.dll"
@@ -39,16 +41,14 @@ INTERRUPTED = 130
 
 def chart(rows, columns, order=None):
     """Rows of vivid patches of 10 by 8 mm with gaps of 1 mm, named "R1C1" and so on; the order tells where each lies."""
-    bands = range(36)
-    lines = ["CGATS.17", "BEGIN_DATA_FORMAT", "SAMPLE_NAME X Y WIDTH HEIGHT " +
-             " ".join(f"SPECTRAL_NM{380 + 10 * band}" for band in bands), "END_DATA_FORMAT", "BEGIN_DATA"]
+    patches = []
     for row, place in enumerate(order or range(rows)):
         for column in range(columns):
             seed = row * 131 + column * 37
-            values = [0.06 + 0.06 * ((seed * (band // 12 + 3) + band // 12 * 5 + seed // 7) % 11) for band in bands]
-            lines.append(f"R{row + 1}C{column + 1} {180 + 11 * column} {160 + 9 * place} 10 8 " +
-                         " ".join(f"{value:.2f}" for value in values))
-    return "\n".join(lines + ["END_DATA", ""])
+            patches.append((f"R{row + 1}C{column + 1}", 180 + 11 * column, 160 + 9 * place, 10, 8,
+                            [0.06 + 0.06 * ((seed * (third + 3) + third * 5 + seed // 7) % 11)
+                             for third in range(3) for _ in range(12)]))
+    return chart_text(patches)
 
 
 def write(name, content):

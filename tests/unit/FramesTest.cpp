@@ -1,10 +1,12 @@
 // Frames on the line: requests, replies, waits and attempts.
+#include "Utilities/Exceptions/TraceableException.h"
 #include "tests/unit/Channel.h"
 
 namespace J4Test {
 namespace {
 
 using namespace Kestrelon::DeviceDriver::J4T::Communication;
+using Kestrelon::Utilities::Exceptions::TraceableException;
 
 constexpr const char* Lost = "CommunicationTimeoutException: Read timeout.";
 constexpr const char* NoStart = "CommunicationTimeoutException: Missing ':'.";
@@ -138,6 +140,15 @@ TEST(Frames, WhatBecomesOfAReply)
     EXPECT_EQ(frames.Send(), "");
     EXPECT_EQ(frames.command.errorByte, 4);
     EXPECT_EQ(frames.command.acknowledge, AcknowledgeData);
+
+    // The trace of a byte that does not come begins with who waits for the frame's start or end, not with the read.
+    for (const auto& [line, text] : {std::pair("x" + Good, NoStart), std::pair(std::string(":!a0141"), NoEnd)}) {
+        frames.command = j4TableComCommand('a', '0', 6);
+        frames.usb.Expect("a0", {line});
+        TraceableException::traceInWhat = true;
+        EXPECT_THAT(frames.Send(), testing::MatchesRegex(text + std::string("\n\t[^(]*::ParseCommand\\(\\): .*")));
+        TraceableException::traceInWhat = false;
+    }
 }
 
 // One idle poll of the bridge is 16 milliseconds of a time-out.
