@@ -29,13 +29,18 @@ INSTRUMENT = "goes to the instrument's library"
 problems = []
 
 
+def character(escape):
+    """What an escape sequence of a literal stands for; a byte by its number is no letter of a text that is shown."""
+    return {"n": "\n", "t": "\t", "r": "\r"}.get(escape[1], escape[1] if len(escape[1]) == 1 else "")
+
+
 def literals(path):
     """The string literals of a C++ source, without those of comments and #include lines."""
     text = path.read_text(encoding="utf-8")
     text = re.sub(r"^[ \t]*#[ \t]*include.*$", "", text, flags=re.M)
     for token in re.finditer(r'//[^\n]*|/\*.*?\*/|\'(?:[^\'\\\n]|\\.)+\'|"((?:[^"\\\n]|\\.)*)"', text, flags=re.S):
         if token.group(1) is not None:
-            yield re.sub(r"\\(.)", lambda escape: {"n": "\n", "t": "\t", "r": "\r"}.get(escape[1], escape[1]), token[1])
+            yield re.sub(r"\\(x[0-9a-fA-F]{2}|.)", character, token[1])
 
 
 def document(name):
