@@ -49,6 +49,10 @@ target_include_directories(j4_core
 add_library(j4_clock_seam OBJECT Utilities/Tools/${platform}/Clock.cpp)
 target_link_libraries(j4_clock_seam PUBLIC j4t_flags)
 
+# A table's USB device over the lines of a bench, which it does not link: a program may find its bench at run time.
+add_library(j4_virtual_usb STATIC src/SerialUSB/Virtual/VirtualUsb.cpp)
+target_link_libraries(j4_virtual_usb PUBLIC j4_foundation)
+
 # j4_add_library(target seam...): one variant of the library, linked from the core and the named seams.
 function(j4_add_library target)
     add_library(${target} SHARED)

@@ -48,3 +48,8 @@ else()
     set_target_properties(j4tavla64_real PROPERTIES
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/real)
 endif()
+
+# The seams of a program that chooses between both at run time: an archive, so that one which brings seams of its own has
+# those instead.
+add_library(j4_table_line_seams STATIC src/SerialUSB/TableLineSeams.cpp)
+target_link_libraries(j4_table_line_seams PUBLIC j4_usb j4_virtual_usb)

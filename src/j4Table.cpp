@@ -13,6 +13,7 @@
 #include "Utilities/Tools/StringTools.h"
 #include "Utilities/Tools/WrappingArithmetic.h"
 #include "src/SpectrumLength.h"
+#include "src/TableFacts.h"
 #include "src/j4Bridge.h"
 #include "src/j4SpectraGuard.h"
 #include "src/j4TableHelper.h"
@@ -39,13 +40,11 @@ const char* const modeScanning = "ScanningReflectance";
 /// Name under which the correction is installed in the instrument's library.
 const char* const correctionName = "j4TavlaCorrection";
 
+/// Of the instrument that sits in the table.
 constexpr int32_t LastDeviceIndex = 127;
 constexpr int32_t StatusNoSuchDevice = J4_ResultDeviceNotConnected;
 
 constexpr uint32_t CalibrationPause = 1500;  ///< ms between the calibrations of the two modes
-
-/// Coordinates of the configuration block are millimetres.
-constexpr int32_t TenthsPerMillimetre = 10;
 
 bool IsFluctuating(uint16_t id) { return id >= PropertyId::FirstTableValue && id <= PropertyId::LastTableValue; }
 

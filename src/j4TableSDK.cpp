@@ -21,6 +21,8 @@
 #include "Utilities/Tools/WrappingArithmetic.h"
 #include "Version.h"
 #include "src/OptionKeys.h"
+#include "src/TableFacts.h"
+#include "src/TableOperation.h"
 #include "src/j4Bridge.h"
 
 namespace Kestrelon::DeviceDriver::J4T {
@@ -48,11 +50,6 @@ constexpr std::array<const char*, 5> versionTexts = {
 
 const std::string_view deviceTypePrefix = "J4TSorvaneTable";
 
-/// Operations of J4_Private that are the table's own.
-constexpr int32_t FirstTableOperation = 1000;
-constexpr int32_t LastTableOperation = 1999;
-constexpr int32_t OperationWrite = 1001;
-constexpr int32_t OperationRead = 1002;
 constexpr uint32_t LongestRawTimeout = 60000;  ///< ms
 
 constexpr uint16_t FirstBackdoorKey = 5000;
@@ -254,10 +251,10 @@ J4T_TRACE_FRAME
 
 intptr_t j4TableSDK::J4_Private(int32_t operation, void* record)
 try {
-    if (operation < FirstTableOperation || operation > LastTableOperation) {
+    if (operation < TableOperation::First || operation > TableOperation::Last) {
         return Library()->J4_Private(static_cast<uint32_t>(operation), record);
     }
-    if (operation == OperationWrite || operation == OperationRead) {
+    if (operation == TableOperation::Write || operation == TableOperation::Read) {
         if (record == nullptr) {
             throw SDKError(J4_ResultResourceFault, "parameter must not be null", std::string());
         }
@@ -279,7 +276,7 @@ void j4TableSDK::PrivateTableRequest(int32_t operation, J4PrivateTableRequest& r
     };
     request.errorText = errorText.data();
     try {
-        if (operation == OperationWrite) {
+        if (operation == TableOperation::Write) {
             if (request.length < 0) {
                 throw ResourceException("Invalid number of bytes: " + std::to_string(request.length));
             }
@@ -556,7 +553,7 @@ void j4TableSDK::SetDeviceType(const std::string& value)
         throw ResourceException("Invalid device ID-string");
     }
     const uint16_t number = lexical_cast<uint16_t>(value.substr(deviceTypePrefix.size()));
-    if (number < 1 || number > 127) {
+    if (number < 1 || number > MostTables) {
         throw ResourceException("Invalid device ID");
     }
     // The old table goes first and gives up the hardware.

@@ -5,10 +5,12 @@
 #include "Utilities/Tools/HexStringHelper.h"
 #include "src/Communication/j4TableComFlash.h"
 #include "src/Flash/j4TableFlashData.h"
+#include "src/TableOperation.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
 
+namespace TableOperation = Kestrelon::DeviceDriver::J4T::TableOperation;
 using Kestrelon::DeviceDriver::J4T::j4TableFlashData;
 using Kestrelon::DeviceDriver::J4T::Communication::j4TableComFlash;
 using Kestrelon::DeviceDriver::J4T::Communication::j4TableCommunication;
@@ -16,8 +18,6 @@ using Kestrelon::Utilities::Tools::HexStringHelper;
 
 namespace {
 
-constexpr int32_t OperationWrite = 1001;
-constexpr int32_t OperationRead = 1002;
 constexpr uint32_t Timeout = 2000;  // ms
 constexpr size_t HeaderSize = 5;    // start, acknowledge, command, sub-command, error
 constexpr size_t EndSize = 3;       // checksum, carriage return
@@ -44,12 +44,12 @@ std::string BlockReader::Ask(const std::string& request, int32_t expected) const
     J4PrivateTableRequest record{};
     record.data = text.data();
     record.length = static_cast<int32_t>(text.size());
-    Transfer(OperationWrite, record);
+    Transfer(TableOperation::Write, record);
 
     record = {};
     record.length = expected + static_cast<int32_t>(HeaderSize + EndSize);
     record.timeout = Timeout;
-    Transfer(OperationRead, record);
+    Transfer(TableOperation::Read, record);
     const std::string reply(record.data, static_cast<size_t>(record.length));
     const bool isWhole = reply.size() == static_cast<size_t>(expected) + HeaderSize + EndSize &&
                          reply.starts_with(":$" + request.substr(0, 2)) && reply.ends_with('\r') &&

@@ -2,6 +2,7 @@
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "src/Flash/j4TableFlashDataHandle.h"
+#include "src/TableFacts.h"
 #include "tools/Platform.h"
 #include "tools/ToolError.h"
 
@@ -10,13 +11,11 @@ namespace J4Tool {
 using Kestrelon::DeviceDriver::Generic::Configuration::Properties;
 using Kestrelon::DeviceDriver::J4T::j4TableFlashData;
 using Kestrelon::DeviceDriver::J4T::j4TableFlashDataHandle;
+using Kestrelon::DeviceDriver::J4T::MostTables;
 using Kestrelon::DeviceDriver::J4T::Communication::j4TableComFlash;
 using Kestrelon::DeviceDriver::J4T::LowLevel::SerialUSB;
 
 namespace {
-
-constexpr int32_t BlockToRead = 2;
-constexpr uint16_t MostTables = 127;
 
 /// Runs steps of the line protocol; their failures become the tool's.
 template <class Steps>
@@ -81,7 +80,8 @@ std::string TableRescue::Fault()
         uint8_t id = 0;
         uint32_t address = 0;
         int32_t number = 0;
-        const uint8_t error = manager->GetFlash()->ConfigDataBlockStatus(BlockToRead, id, address, number, false);
+        const uint8_t error =
+            manager->GetFlash()->ConfigDataBlockStatus(j4TableComFlash::BlockToRead, id, address, number, false);
         if (error != 0) {
             return j4TableComFlash::GetConfigDataErrorString(error);
         }

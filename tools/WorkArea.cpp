@@ -5,15 +5,15 @@
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "chart/cgats/CgatsFields.h"
+#include "src/TableFacts.h"
 #include "tools/ToolError.h"
 
 namespace J4Tool {
 
 namespace {
 
+using Kestrelon::DeviceDriver::J4T::TenthsPerMillimetre;
 using Kestrelon::DeviceDriver::J4T::Communication::j4TableArmGeometry;
-
-constexpr int TenthsPerMillimetre = 10;
 
 int FlashValue(Session& session, int id)
 {
@@ -42,7 +42,7 @@ std::string LimitFault(const char* axis, double value, int low, int high)
     return {};
 }
 
-double Rounded(double millimetres) { return std::round(millimetres * 10.0) / 10.0; }
+double Rounded(double millimetres) { return std::round(millimetres * TenthsPerMillimetre) / TenthsPerMillimetre; }
 
 }  // namespace
 
@@ -53,7 +53,12 @@ WorkArea::WorkArea(const Limits& limits)
                limits.visorSide)
 {}
 
-WorkArea WorkArea::Usual() { return WorkArea({-100, 800, -100, 800, 5000, 4000, 500, 300}); }
+WorkArea WorkArea::Usual()
+{
+    using namespace Kestrelon::DeviceDriver::J4T::FactoryMeasures;
+    return WorkArea(
+        {LowestPlace, HighestPlace, LowestPlace, HighestPlace, ArmLength, SensorReach, VisorBack, VisorSide});
+}
 
 WorkArea WorkArea::Of(Session& session)
 {

@@ -1,10 +1,11 @@
 // A point on the table's bed, in tenths of a millimetre from the tower's axis, as the table counts.
 #pragma once
 
+#include "src/TableFacts.h"
+
 namespace J4Bench {
 
-/// Charts and people count in millimetres.
-inline constexpr double TenthsPerMillimetre = 10.0;
+using Kestrelon::DeviceDriver::J4T::TenthsPerMillimetre;
 
 struct Point {
     double x = 0.0;

@@ -6,9 +6,11 @@
 #include <filesystem>
 #include <fstream>
 
-#include "simulator/ground/JournalEntry.h"
+#include "trace/JournalEntry.h"
 
 namespace J4Bench {
+
+using J4Trace::JournalEntry;
 
 class TraceFile {
 public:

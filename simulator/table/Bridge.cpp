@@ -8,20 +8,19 @@ namespace J4Bench {
 
 namespace {
 
-enum Request : uint8_t { Reset = 0, ModemControl = 1, FlowControl = 2, BaudRate = 3, LineFormat = 4, LatencyTimer = 9 };
-enum ResetValue : uint16_t { ResetAll = 0, PurgeReceived = 1, PurgeSent = 2 };
+using UsbBridge::PacketSize;
+using UsbBridge::PayloadSize;
 
+// What the table needs, reckoned and not taken from those who set it up.
 constexpr double BaseBaud = 3000000.0;
 constexpr double TableBaud = 57600.0;
-constexpr double BaudTolerance = 0.03;  // what a UART that samples the middle of each bit can bear
-constexpr uint16_t EightBitsNoParityOneStop = 8;
+constexpr double BaudTolerance = 0.03;    // what a UART that samples the middle of each bit can bear
 constexpr int64_t BitsPerCharacter = 10;  // start bit, eight data bits, stop bit
 constexpr uint8_t FirstStatus = 0x01;     // bit 0 is always set, the modem lines are not connected
 constexpr uint8_t SecondStatus = 0x60;    // the transmitter is empty
 constexpr uint8_t Garble = 0x55;          // what a line at the wrong speed makes of a character
 constexpr int64_t Nano = 1000;            // nanoseconds per microsecond
 constexpr int64_t Milli = 1000;           // microseconds per millisecond
-constexpr size_t PayloadSize = Bridge::PacketSize - Bridge::StatusSize;
 
 }  // namespace
 
@@ -58,7 +57,8 @@ int64_t Bridge::CharacterTime() const { return std::llround(1e9 * BitsPerCharact
 
 bool Bridge::MatchesTable() const
 {
-    return lineFormat == EightBitsNoParityOneStop && std::fabs(BaseBaud / divisor / TableBaud - 1.0) < BaudTolerance;
+    return lineFormat == UsbBridge::EightBitsNoParityOneStop &&
+           std::fabs(BaseBaud / divisor / TableBaud - 1.0) < BaudTolerance;
 }
 
 void Bridge::Queue(std::deque<TimedByte>& line, int64_t& lineFree, int64_t moment, uint8_t value)
@@ -90,30 +90,30 @@ Bridge::Status Bridge::Control(uint8_t request, uint16_t value)
     Note("control " + std::to_string(request) + " " + std::to_string(value));
     RunTo(clock.Now());
     switch (request) {
-    case Reset:
-        if (value > PurgeSent) {
+    case UsbBridge::Reset:
+        if (value > UsbBridge::PurgeSent) {
             return Status::Stalled;
         }
-        if (value != PurgeSent) {
+        if (value != UsbBridge::PurgeSent) {
             std::erase_if(fromTable, [this](const TimedByte& byte) { return byte.moment <= clock.Now() * Nano; });
             receivedLine.clear();
         }
-        if (value != PurgeReceived) {
+        if (value != UsbBridge::PurgeReceived) {
             toTable.clear();
             toTableFree = 0;
             sentLine.clear();
         }
         return Status::Done;
-    case ModemControl:
-    case FlowControl:
+    case UsbBridge::ModemControl:
+    case UsbBridge::FlowControl:
         return Status::Done;
-    case BaudRate:
+    case UsbBridge::BaudRate:
         divisor = std::max<uint32_t>(value, 1);
         return Status::Done;
-    case LineFormat:
+    case UsbBridge::LineFormat:
         lineFormat = value;
         return Status::Done;
-    case LatencyTimer:
+    case UsbBridge::LatencyTimer:
         latency = Milli * std::max<int64_t>(value, 1);
         return Status::Done;
     default:

@@ -11,16 +11,17 @@
 #include "simulator/ground/BenchClock.h"
 #include "simulator/ground/Faults.h"
 #include "simulator/ground/Journal.h"
-#include "simulator/ground/UsbLines.h"
 #include "simulator/table/TableController.h"
+#include "src/SerialUSB/UsbBridge.h"
+#include "src/SerialUSB/UsbLines.h"
 
 namespace J4Bench {
 
+namespace UsbBridge = Kestrelon::DeviceDriver::J4T::LowLevel::UsbBridge;
+using Kestrelon::DeviceDriver::J4T::LowLevel::UsbLine;
+
 class J4BENCH_API Bridge final : public UsbLine {
 public:
-    static constexpr size_t PacketSize = 64;
-    static constexpr size_t StatusSize = 2;
-    static constexpr int64_t LatencyTime = 16000;        ///< microseconds, until it is set otherwise
     static constexpr int64_t LongestTransfer = 1000000;  ///< microseconds
 
     /// @param table  serial number by which the journal tells tables apart
@@ -67,7 +68,7 @@ private:
     int64_t toTableFree = 0;    ///< nanoseconds
     int64_t fromTableFree = 0;  ///< nanoseconds
     int64_t lastPacket = 0;     ///< microseconds
-    int64_t latency = LatencyTime;
+    int64_t latency = int64_t{1000} * UsbBridge::UsualLatency;
     uint32_t divisor = 1;
     uint16_t lineFormat = 0;
     std::string sentLine;

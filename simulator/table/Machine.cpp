@@ -19,7 +19,8 @@ std::optional<Point> Machine::SensorAt(Point target, bool isVisor) const
     const Point converted{std::trunc(other->x), std::trunc(other->y)};
     const Point sensor = isVisor ? converted : target;
     const double visorY = isVisor ? target.y : converted.y;
-    if (sensor.x < 10.0 * xMin || sensor.x > 10.0 * xMax || sensor.y < 10.0 * yMin || sensor.y > 10.0 * yMax) {
+    const auto tenths = [](int32_t millimetres) { return double{TenthsPerMillimetre} * millimetres; };
+    if (sensor.x < tenths(xMin) || sensor.x > tenths(xMax) || sensor.y < tenths(yMin) || sensor.y > tenths(yMax)) {
         return std::nullopt;
     }
     const double folded = armLength - sensorReach;

@@ -6,12 +6,16 @@
 #include <stdexcept>
 #include <utility>
 
-#include "simulator/table/WireText.h"
+#include "trace/WireText.h"
 
 namespace J4Bench {
 
 namespace {
 
+using J4Trace::FromHex;
+using J4Trace::HasWireChecksum;
+using J4Trace::ToHex;
+using J4Trace::WireChecksum;
 using FlashStatus = TableFlash::Status;
 
 constexpr char StartByte = ';';
@@ -324,7 +328,8 @@ TableController::Answer TableController::ReportFirmware(const Request&)
 TableController::Answer TableController::ReportMetrics(const Request&)
 {
     const TableMotors::Counters& counters = motors.GetCounters();
-    const auto millimetres = static_cast<uint32_t>(counters.distance / 10.0);  // the counters' unit on the wire
+    const auto millimetres =
+        static_cast<uint32_t>(counters.distance / TenthsPerMillimetre);  // the counters' unit on the wire
     std::string text;
     for (const uint32_t value : {FormerHomeMovements + counters.homeMovements, FormerMovements + counters.movements,
                                  FormerDistance + millimetres, FormerResets + resets, counters.homeMovements,
@@ -341,7 +346,7 @@ TableController::Answer TableController::ReportRamps(const Request&)
     return Answer{Data, 0,
                   ToHex(rounded(profile.AccelerationEnd() * 1000.0), 8) +
                       ToHex(rounded(profile.DecelerationStart() * 1000.0), 8) +
-                      ToHex(rounded(profile.PlateauSpeed() / 10.0), 4)};
+                      ToHex(rounded(profile.PlateauSpeed() / TenthsPerMillimetre), 4)};
 }
 
 TableController::Answer TableController::ReportDeviation(const Request&)

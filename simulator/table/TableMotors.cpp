@@ -8,9 +8,9 @@ namespace J4Bench {
 
 namespace {
 
-constexpr int64_t InitializationTime = 1500000;                                 // microseconds
-constexpr double Acceleration = 10.0 * J4Chart::ScanMotion::UsualAcceleration;  // tenths of a millimetre
-constexpr double HomeSpeed = 2000.0;                                            // tenths of a millimetre per second
+constexpr int64_t InitializationTime = 1500000;                                                // microseconds
+constexpr double Acceleration = TenthsPerMillimetre * J4Chart::ScanMotion::UsualAcceleration;  // tenths of a millimetre
+constexpr double HomeSpeed = 2000.0;  // tenths of a millimetre per second
 
 TableMotors::Error ConfigurationError(const ConfigurationBlock& configuration)
 {
@@ -57,7 +57,7 @@ void TableMotors::Move(const ConfigurationBlock& configuration, const Target& ta
     if (error != Error::None) {
         return Refuse(moment, begin, error);
     }
-    Run(*sensor, target.speed * 10.0, moment, begin, isBlocked, &Counters::movements);
+    Run(*sensor, double{TenthsPerMillimetre} * target.speed, moment, begin, isBlocked, &Counters::movements);
 }
 
 TableMotors::Error TableMotors::MotionError(const ConfigurationBlock& configuration) const

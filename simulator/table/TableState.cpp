@@ -15,11 +15,14 @@
 
 #include "Utilities/Tools/ReplacementFile.h"
 #include "simulator/table/TableFlash.h"
-#include "simulator/table/WireText.h"
+#include "trace/WireText.h"
 
 namespace J4Bench {
 
 namespace {
+
+using J4Trace::FromHex;
+using J4Trace::ToHex;
 
 constexpr std::string_view Heading = "J4TAVLA-TABLE 1";
 constexpr std::string_view ChecksumWord = "checksum ";

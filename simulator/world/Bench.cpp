@@ -3,10 +3,13 @@
 #include <utility>
 
 #include "Utilities/Tools/Environment.h"
+#include "src/TableFacts.h"
 
 namespace J4Bench {
 
 namespace {
+
+using Kestrelon::DeviceDriver::J4T::MostTables;
 
 constexpr size_t FirstUsbSerial = 640001;
 constexpr size_t DefaultInstruments = 2;
@@ -69,7 +72,7 @@ void Bench::Configure(const std::string& source, const std::string& settings)
 
 bool Bench::SetTableCount(size_t count)
 {
-    if (count > MaximumTables) {
+    if (count > MostTables) {
         return false;
     }
     while (tables.size() < count) {

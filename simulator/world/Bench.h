@@ -10,11 +10,11 @@
 #include "simulator/chart/PrintedChart.h"
 #include "simulator/ground/BenchApi.h"
 #include "simulator/ground/BenchClock.h"
+#include "simulator/ground/BenchLines.h"
 #include "simulator/ground/Carriage.h"
 #include "simulator/ground/Faults.h"
 #include "simulator/ground/Journal.h"
 #include "simulator/ground/Seats.h"
-#include "simulator/ground/UsbLines.h"
 #include "simulator/instrument/InstrumentLibrary.h"
 #include "simulator/instrument/InstrumentRack.h"
 #include "simulator/instrument/Noise.h"
@@ -26,8 +26,6 @@ namespace J4Bench {
 
 class J4BENCH_API Bench final : private Seats, public UsbLines {
 public:
-    static constexpr size_t MaximumTables = 127;
-
     /// The environment variable with the options that the bench of the process begins with.
     static constexpr const char* OptionsVariable = "J4TAVLA_OPTIONS";
 
@@ -55,7 +53,7 @@ public:
     size_t TableCount() const { return tables.size(); }
 
     /// Plugs new tables in behind the present ones, or takes the last ones away.
-    /// @return false when count is above MaximumTables; nothing is changed then
+    /// @return false when count is above MostTables; nothing is changed then
     bool SetTableCount(size_t count);
 
     /// Connects further instruments or takes the last ones away, also out of a table.

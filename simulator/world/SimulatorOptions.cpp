@@ -12,6 +12,7 @@
 #include "chart/cgats/CgatsError.h"
 #include "simulator/ground/TextList.h"
 #include "simulator/world/Bench.h"
+#include "src/TableFacts.h"
 
 namespace J4Bench {
 
@@ -19,6 +20,8 @@ using Kestrelon::Utilities::Tools::NameOf;
 using Kestrelon::Utilities::Tools::PathOf;
 
 namespace {
+
+using Kestrelon::DeviceDriver::J4T::MostTables;
 
 constexpr int64_t NumberLimit = std::numeric_limits<int32_t>::max();
 
@@ -91,9 +94,8 @@ void SimulatorOptions::AddWorld()
                [this] { return std::to_string(bench.GetNoise().Seed()); }});
     table.Add({"Simulator.Tables", "number of tables, 0 to 127; new tables have an empty seat",
                [this](const std::string& text) {
-                   return OptionTable::ReadInteger(text, 0, Bench::MaximumTables, [this](int64_t count) {
-                       bench.SetTableCount(static_cast<size_t>(count));
-                   });
+                   return OptionTable::ReadInteger(
+                       text, 0, MostTables, [this](int64_t count) { bench.SetTableCount(static_cast<size_t>(count)); });
                },
                [this] { return std::to_string(bench.TableCount()); }});
     table.Add(

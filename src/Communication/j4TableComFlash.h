@@ -18,6 +18,11 @@ public:
     static constexpr uint32_t WriteSize = 512;    ///< alignment and granularity of WriteToFlash
     static constexpr uint32_t LargestRead = 256;  ///< of ReadMemory
 
+    // The firmware's numbers of the configuration block.
+    static constexpr int32_t BlockToUnlock = 1;
+    static constexpr int32_t BlockToRead = 2;
+    static constexpr int32_t BlockToWrite = 3;
+
     using j4TableCommunication::j4TableCommunication;
 
     /// Sectors are 1 to 14. Needed before each erase and each copy.

@@ -19,11 +19,6 @@ using Utilities::Tools::SmartPointer;
 
 namespace {
 
-// The firmware's numbers of the configuration block.
-constexpr int32_t BlockToRead = 2;
-constexpr int32_t BlockToWrite = 3;
-constexpr int32_t BlockToUnlock = 1;
-
 constexpr uint32_t FirstRead = 256;
 constexpr uint32_t LargestImage = j4TableComFlash::SectorSize;
 constexpr int32_t TransferAttempts = 2;
@@ -50,7 +45,7 @@ try {
     uint8_t id = 0;
     uint32_t address = 0;
     int32_t number = 0;
-    comManager->GetFlash()->ConfigDataBlockStatus(BlockToRead, id, address, number, true);
+    comManager->GetFlash()->ConfigDataBlockStatus(j4TableComFlash::BlockToRead, id, address, number, true);
     std::vector<uint8_t> bytes;
     comManager->GetFlash()->ReadMemory(bytes, address, FirstRead, TransferAttempts);
     const uint32_t size = j4TableFlashData::GetConfigDataSize(bytes);
@@ -74,7 +69,7 @@ try {
     uint8_t id = 0;
     uint32_t address = 0;
     int32_t number = 0;
-    comManager->GetFlash()->ConfigDataBlockStatus(BlockToWrite, id, address, number, true);
+    comManager->GetFlash()->ConfigDataBlockStatus(j4TableComFlash::BlockToWrite, id, address, number, true);
     data.SetProperty(FlashId::VersionMark, Property(static_cast<int32_t>(CharID2LongID(id))));
     data.SetProperty(FlashId::BlockNumber, Property(number));
     data.UpdateChecksum();
@@ -93,7 +88,7 @@ try {
     const uint16_t sector = static_cast<uint16_t>(address / j4TableComFlash::SectorSize);
     cachedData = 0;
     comManager->GetMisc()->Reset(true);
-    comManager->GetFlash()->Unlock(BlockToUnlock);
+    comManager->GetFlash()->Unlock(j4TableComFlash::BlockToUnlock);
     comManager->GetFlash()->PrepareSector(sector, sector);
     comManager->GetFlash()->EraseSector(sector, sector);
     comManager->GetFlash()->WriteToFlash(image, address, TransferAttempts);

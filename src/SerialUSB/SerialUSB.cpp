@@ -9,22 +9,22 @@
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "Utilities/Tools/WrappingArithmetic.h"
+#include "src/SerialUSB/UsbBridge.h"
 #include "src/SerialUSB/UsbFactory.h"
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
 namespace {
 
+using UsbBridge::PacketSize;
+using UsbBridge::PayloadSize;
+using UsbBridge::StatusSize;
+
 constexpr uint32_t VendorId = 0x0971;
 constexpr uint32_t ProductId = 0x2004;
 
 /// The largest transfer that the device is configured for.
 constexpr std::size_t CacheSize = 0x20000;
-
-// Packets of the FTDI bridge: two status bytes, then up to 62 bytes of payload.
-constexpr std::size_t PacketSize = 64;
-constexpr std::size_t StatusSize = 2;
-constexpr std::size_t PayloadSize = PacketSize - StatusSize;
 
 /// Bit 0 of the first status byte is set in every good packet.
 constexpr uint8_t StatusAlwaysSet = 0x01;
@@ -35,13 +35,18 @@ constexpr int32_t PollHalf = 8;
 constexpr int32_t MinimumPolls = 5;
 constexpr int32_t ClearPolls = 10;
 
-/// The bridge's set-up, as vendor requests: reset, purge both buffers, baud-rate divisor (3,000,000 / 52),
-/// 8 data bits with no parity and 1 stop bit.
+/// The bridge's set-up, as vendor requests.
 struct BridgeRequest {
     unsigned char request;
     unsigned short value;
 };
-constexpr std::array<BridgeRequest, 5> bridgeSetUp = {{{0, 0}, {0, 1}, {0, 2}, {3, 0x0034}, {4, 0x0008}}};
+constexpr std::array<BridgeRequest, 5> bridgeSetUp = {{
+    {UsbBridge::Reset, UsbBridge::ResetAll},
+    {UsbBridge::Reset, UsbBridge::PurgeReceived},
+    {UsbBridge::Reset, UsbBridge::PurgeSent},
+    {UsbBridge::BaudRate, UsbBridge::TableDivisor},
+    {UsbBridge::LineFormat, UsbBridge::EightBitsNoParityOneStop},
+}};
 
 /// Sixteen bytes that the compiler keeps in one register.
 struct Chunk {

@@ -2,14 +2,12 @@
 // then. They take the place of those that are chosen when a variant of the library is linked.
 #pragma once
 
-namespace J4Bench {
-class UsbLines;
-}
-
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
+
+class UsbLines;
 
 /// From here on the tables are those of a bench, and time is the bench's.
 /// @param lines  must last
-void UseBench(J4Bench::UsbLines& lines);
+void UseBench(UsbLines& lines);
 
 }  // namespace Kestrelon::DeviceDriver::J4T::LowLevel

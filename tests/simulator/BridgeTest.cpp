@@ -5,10 +5,13 @@
 #include <utility>
 #include <vector>
 
-#include "simulator/table/WireText.h"
+#include "trace/WireText.h"
 
 namespace J4Bench {
 namespace {
+
+using J4Trace::ToHex;
+using J4Trace::WireChecksum;
 
 class BridgeTest : public testing::Test {
 protected:

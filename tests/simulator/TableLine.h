@@ -6,9 +6,14 @@
 #include <string>
 
 #include "simulator/table/TableController.h"
-#include "simulator/table/WireText.h"
+#include "trace/WireText.h"
 
 namespace J4Bench {
+
+using J4Trace::FromHex;
+using J4Trace::HasWireChecksum;
+using J4Trace::ToHex;
+using J4Trace::WireChecksum;
 
 class TableLine {
 public:

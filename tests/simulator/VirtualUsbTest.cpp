@@ -1,4 +1,4 @@
-#include "simulator/faces/VirtualUsb.h"
+#include "src/SerialUSB/Virtual/VirtualUsb.h"
 
 #include <gtest/gtest.h>
 
@@ -9,6 +9,8 @@
 
 namespace J4Bench {
 namespace {
+
+using Kestrelon::DeviceDriver::J4T::LowLevel::VirtualUsb;
 
 class VirtualUsbTest : public testing::Test {
 protected:

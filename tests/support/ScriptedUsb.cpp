@@ -6,9 +6,9 @@
 #include <cstring>
 
 #include "Utilities/Exceptions/TableExceptions.h"
-#include "simulator/table/WireText.h"
 #include "src/SerialUSB/UsbFactory.h"
 #include "tests/support/ScriptedClock.h"
+#include "trace/WireText.h"
 
 namespace J4Test {
 
@@ -22,7 +22,7 @@ constexpr int EndlessPolls = 20000;
 
 ScriptedUsb* current = nullptr;
 
-std::string Line(const std::string& text) { return text + J4Bench::WireChecksum(text) + "\r"; }
+std::string Line(const std::string& text) { return text + J4Trace::WireChecksum(text) + "\r"; }
 
 }  // namespace
 

@@ -4,8 +4,9 @@
 
 #include "Utilities/Tools/LibraryLoaderImpl.h"
 #include "c_sdk/include/j4tavla.h"
-#include "simulator/faces/VirtualUsb.h"
+#include "simulator/ground/BenchLines.h"
 #include "src/SerialUSB/UsbFactory.h"
+#include "src/SerialUSB/Virtual/VirtualUsb.h"
 #include "tests/sweep/Fault.h"
 
 // The bench's face, under the names that it is compiled with here.
@@ -61,7 +62,7 @@ struct UsbOperation {
     const Within bench{false};
 };
 
-class SweptUsb final : public J4Bench::VirtualUsb {
+class SweptUsb final : public Kestrelon::DeviceDriver::J4T::LowLevel::VirtualUsb {
 public:
     using VirtualUsb::VirtualUsb;
     void Open(unsigned short index) override { UsbOperation(), VirtualUsb::Open(index); }

@@ -9,15 +9,15 @@
 #include <utility>
 #include <vector>
 
-#include "simulator/table/WireText.h"
 #include "tools/trace/ArmWay.h"
 #include "tools/trace/Dialogue.h"
 #include "tools/trace/WireCommands.h"
+#include "trace/WireText.h"
 
 namespace J4Tool {
 namespace {
 
-std::string Framed(const std::string& content) { return content + J4Bench::WireChecksum(content); }
+std::string Framed(const std::string& content) { return content + J4Trace::WireChecksum(content); }
 
 TEST(WireFrame, SaysWhatTheBytesMean)
 {
@@ -138,9 +138,9 @@ TEST(ArmWay, FollowsFromTheFrames)
 TEST(Dialogue, FoldsCallsThatAreAlike)
 {
     const auto call = [](const char* name, const char* index, int32_t status) {
-        J4Bench::JournalEntry begin{Kind::Call, name};
+        J4Trace::JournalEntry begin{Kind::Call, name};
         begin.arguments = {index};
-        J4Bench::JournalEntry end{Kind::Return, name};
+        J4Trace::JournalEntry end{Kind::Return, name};
         end.status = status;
         return std::vector<TraceEvent>{{0, begin}, {5, end}};
     };

@@ -4,11 +4,13 @@
 
 #include "simulator/table/TableUnit.h"
 #include "simulator/world/Bench.h"
+#include "src/SerialUSB/UsbBridge.h"
 #include "tests/support/Packets.h"
 
 namespace J4Test {
 
 using J4Bench::Bridge;
+namespace UsbBridge = Kestrelon::DeviceDriver::J4T::LowLevel::UsbBridge;
 
 namespace {
 
@@ -17,7 +19,7 @@ std::string Unpacked(const Bytes& transfer)
 {
     std::string text;
     for (size_t i = 0; i < transfer.size(); ++i) {
-        if (i % Bridge::PacketSize >= Bridge::StatusSize) {
+        if (i % UsbBridge::PacketSize >= UsbBridge::StatusSize) {
             text += static_cast<char>(transfer[i]);
         }
     }

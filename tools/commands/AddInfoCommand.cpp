@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "chart/cgats/CgatsFields.h"
+#include "src/TableFacts.h"
 #include "tools/DateText.h"
 #include "tools/Json.h"
 #include "tools/Terminal.h"
@@ -59,7 +60,8 @@ double Millimetres(const InfoLine& line, const std::string& value)
 {
     double number = 0.0;
     J4Chart::ParseNumber(value, number);
-    return line.form == InfoLine::Form::Millimetre10ths ? number / 10.0 : number;
+    return line.form == InfoLine::Form::Millimetre10ths ? number / Kestrelon::DeviceDriver::J4T::TenthsPerMillimetre
+                                                        : number;
 }
 
 void Run(ToolContext& context)

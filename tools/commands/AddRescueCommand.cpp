@@ -19,6 +19,7 @@ namespace J4Tool {
 namespace {
 
 namespace FlashId = Kestrelon::DeviceDriver::J4T::FlashId;
+namespace LowLevel = Kestrelon::DeviceDriver::J4T::LowLevel;
 using Kestrelon::DeviceDriver::J4T::j4TableFlashData;
 
 struct RescueArguments {
@@ -38,12 +39,12 @@ void UseBench(ToolContext& context)
         }
     }
     context.Open();
-    const auto lines = reinterpret_cast<J4Bench::UsbLines* (*)()>(context.GetLibrary().BenchFunction("J4Bench_Lines"));
+    const auto lines = reinterpret_cast<LowLevel::UsbLines* (*)()>(context.GetLibrary().BenchFunction("J4Bench_Lines"));
     if (lines == nullptr) {
         throw ToolError(ExitCode::Library, "the virtual table is of another version than the tool",
                         "Install tool and library of the same version.");
     }
-    Kestrelon::DeviceDriver::J4T::LowLevel::UseBench(*lines());
+    LowLevel::UseBench(*lines());
 }
 
 size_t PlaceOf(const std::string& wanted, const std::vector<std::string>& serials)

@@ -37,7 +37,7 @@ void PrintEvent(const TraceEvent& event)
 {
     const DialogueLine line = Dialogue::LineOf(event);
     PrintJson({{"time", event.time},
-               {"kind", J4Bench::JournalEntry::KindNames[static_cast<size_t>(event.entry.kind)]},
+               {"kind", event.entry.KindName()},
                {"table", event.entry.table},
                {"name", event.entry.name},
                {"failure", line.isFailure},

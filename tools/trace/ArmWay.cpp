@@ -5,6 +5,7 @@
 
 #include "chart/MotionProfile.h"
 #include "chart/ScanMotion.h"
+#include "src/TableFacts.h"
 
 namespace J4Tool {
 
@@ -12,12 +13,17 @@ namespace Commands = Kestrelon::DeviceDriver::J4T::Communication::Commands;
 
 namespace {
 
+using Kestrelon::DeviceDriver::J4T::TenthsPerMillimetre;
+
 constexpr size_t Visor = 1;  // bits of a move's selector
 constexpr size_t Scan = 2;
 
 Point PlaceOf(const WireFrame& frame)
 {
-    return {static_cast<double>(frame.Values()[0]) / 10.0, static_cast<double>(frame.Values()[1]) / 10.0};
+    const auto millimetres = [&frame](size_t place) {
+        return static_cast<double>(frame.Values()[place]) / TenthsPerMillimetre;
+    };
+    return {millimetres(0), millimetres(1)};
 }
 
 }  // namespace

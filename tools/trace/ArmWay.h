@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tools/Point.h"
-#include "tools/trace/TraceEvent.h"
+#include "tools/trace/TraceReader.h"
 #include "tools/trace/WireCommands.h"
 
 namespace J4Tool {

@@ -26,7 +26,7 @@ std::string Short(const std::string& text, size_t longest)
     return line.size() <= longest ? line : line.substr(0, longest - 3) + "...";
 }
 
-std::string Arguments(const J4Bench::JournalEntry& entry)
+std::string Arguments(const J4Trace::JournalEntry& entry)
 {
     std::string text = "(";
     for (const std::string& argument : entry.arguments) {
@@ -35,7 +35,7 @@ std::string Arguments(const J4Bench::JournalEntry& entry)
     return text + ")";
 }
 
-std::string Outcome(const J4Bench::JournalEntry& entry)
+std::string Outcome(const J4Trace::JournalEntry& entry)
 {
     std::string text = " =";
     if (entry.status) {
@@ -60,7 +60,7 @@ std::string BridgeText(const std::string& name)
 
 DialogueLine Dialogue::LineOf(const TraceEvent& event)
 {
-    const J4Bench::JournalEntry& entry = event.entry;
+    const J4Trace::JournalEntry& entry = event.entry;
     DialogueLine line{.time = event.time, .kind = entry.kind};
     line.isFailure = entry.status.value_or(0) != 0;
     switch (entry.kind) {

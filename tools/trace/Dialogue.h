@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/trace/TraceEvent.h"
+#include "tools/trace/TraceReader.h"
 
 namespace J4Tool {
 

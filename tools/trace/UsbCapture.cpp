@@ -10,7 +10,11 @@
 #include <utility>
 #include <vector>
 
+#include "src/SerialUSB/UsbBridge.h"
+
 namespace J4Tool {
+
+namespace UsbBridge = Kestrelon::DeviceDriver::J4T::LowLevel::UsbBridge;
 
 namespace {
 
@@ -24,12 +28,7 @@ constexpr uint32_t LargestRecord = 1 << 24;
 constexpr uint32_t LinkUsb = 189;        // LINKTYPE_USB_LINUX
 constexpr uint32_t LinkUsbMapped = 220;  // LINKTYPE_USB_LINUX_MMAPPED
 
-// The bridge of the table.
-constexpr uint8_t OutEndpoint = 0x02;
-constexpr uint8_t InEndpoint = 0x81;
-constexpr size_t PacketSize = 64;
-constexpr size_t StatusSize = 2;
-constexpr uint8_t VendorOut = 0x40;
+constexpr uint8_t VendorOut = 0x40;    // type of a request
 constexpr size_t LongestFrame = 4096;  // beyond it a line is noise
 
 enum Transfer : uint8_t { Control = 2, Bulk = 3 };
@@ -122,10 +121,10 @@ public:
     void TakeIn(int64_t time, std::span<const uint8_t> data, const TraceListener& listener)
     {
         while (!data.empty()) {
-            const std::span<const uint8_t> packet = data.first(std::min(data.size(), PacketSize));
+            const std::span<const uint8_t> packet = data.first(std::min(data.size(), UsbBridge::PacketSize));
             data = data.subspan(packet.size());
-            if (packet.size() > StatusSize) {
-                Collect(received, time, Kind::Received, packet.subspan(StatusSize), listener);
+            if (packet.size() > UsbBridge::StatusSize) {
+                Collect(received, time, Kind::Received, packet.subspan(UsbBridge::StatusSize), listener);
             }
         }
     }
@@ -234,8 +233,8 @@ private:
         const uint8_t endpoint = fields.Byte(10);
         const bool isEnd = type == 'C' || type == 'E';
         const bool isControl = transfer == Control && (endpoint & 0x7f) == 0 && (isEnd || fields.Byte(14) == 0);
-        const bool isOut = transfer == Bulk && endpoint == OutEndpoint;
-        const bool isIn = transfer == Bulk && endpoint == InEndpoint;
+        const bool isOut = transfer == Bulk && endpoint == UsbBridge::EndpointOut;
+        const bool isIn = transfer == Bulk && endpoint == UsbBridge::EndpointIn;
         if ((!isControl && !isOut && !isIn) || (!isEnd && type != 'S')) {
             return;
         }

@@ -5,7 +5,7 @@
 #include <istream>
 #include <stdexcept>
 
-#include "tools/trace/TraceEvent.h"
+#include "tools/trace/TraceReader.h"
 
 namespace J4Tool {
 

@@ -4,14 +4,17 @@
 #include <charconv>
 #include <numeric>
 
-#include "simulator/table/WireText.h"
 #include "src/Communication/j4TableComFlash.h"
+#include "src/SerialUSB/UsbBridge.h"
+#include "src/TableFacts.h"
 #include "tools/FixedText.h"
+#include "trace/WireText.h"
 
 namespace J4Tool {
 
 namespace Wire = Kestrelon::DeviceDriver::J4T::Communication;
 namespace Commands = Wire::Commands;
+namespace UsbBridge = Kestrelon::DeviceDriver::J4T::LowLevel::UsbBridge;
 
 namespace {
 
@@ -49,11 +52,11 @@ struct BridgeRequest {
 };
 
 constexpr BridgeRequest BridgeRequests[] = {
-    {0, 0, "reset the serial side"},
-    {0, 1, "purge what was received"},
-    {0, 2, "purge what is to be sent"},
-    {3, 0x0034, "baud-rate divisor 52"},
-    {4, 0x0008, "8 data bits, no parity, 1 stop bit"},
+    {UsbBridge::Reset, UsbBridge::ResetAll, "reset the serial side"},
+    {UsbBridge::Reset, UsbBridge::PurgeReceived, "purge what was received"},
+    {UsbBridge::Reset, UsbBridge::PurgeSent, "purge what is to be sent"},
+    {UsbBridge::BaudRate, UsbBridge::TableDivisor, "baud-rate divisor 52"},
+    {UsbBridge::LineFormat, UsbBridge::EightBitsNoParityOneStop, "8 data bits, no parity, 1 stop bit"},
 };
 
 /// The names and widths of fields as the document has them: "x 4, y 4, speed 4"; neighbours of one name stand together.
@@ -91,13 +94,13 @@ std::string ValueText(const WireField& field, int64_t value)
 {
     switch (field.unit) {
     case Unit::Tenths:
-        return FixedText(static_cast<double>(value) / 10.0, 1) + " mm";
+        return FixedText(static_cast<double>(value) / Kestrelon::DeviceDriver::J4T::TenthsPerMillimetre, 1) + " mm";
     case Unit::Milliseconds:
         return std::to_string(value) + " ms";
     case Unit::Speed:
         return std::to_string(value) + " mm/s";
     case Unit::Hexadecimal:
-        return J4Bench::ToHex(static_cast<uint32_t>(value), static_cast<int>(field.width));
+        return J4Trace::ToHex(static_cast<uint32_t>(value), static_cast<int>(field.width));
     case Unit::Mode:
         return std::to_string(value & 7) + " (" + ModeText(value) + ")";
     case Unit::Bytes:
@@ -203,7 +206,7 @@ WireFrame::WireFrame(std::string_view text)
         return;
     }
     isReply = text[0] == ':';
-    hasChecksum = text.size() >= 4 && J4Bench::HasWireChecksum(text);
+    hasChecksum = text.size() >= 4 && J4Trace::HasWireChecksum(text);
     if (text.size() < 4) {
         return;
     }

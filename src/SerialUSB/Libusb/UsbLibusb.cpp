@@ -14,6 +14,7 @@
 #include "Utilities/Tools/Clock.h"
 #include "src/SerialUSB/SerialNumberText.h"
 #include "src/SerialUSB/SystemUsb.h"
+#include "src/SerialUSB/UsbBridge.h"
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
@@ -21,15 +22,14 @@ namespace Libusb {
 
 namespace {
 
-constexpr unsigned char EndpointOut = 0x02;
-constexpr unsigned char EndpointIn = 0x81;
+using UsbBridge::EndpointIn;
+using UsbBridge::EndpointOut;
+
 constexpr int TableInterface = 0;
 constexpr unsigned long MaximumTransferSize = 0x20000;
 constexpr unsigned TransferTimeout = 1000;  ///< ms
 constexpr int LongestPortPath = 7;          ///< tiers below the root, by the USB standard
 constexpr std::size_t LongestStringDescriptor = 255;
-constexpr unsigned long StatusSize = 2;      ///< of a packet; one without payload has nothing else
-constexpr uint32_t IdlePacketInterval = 16;  ///< ms, as the bridge has it until a program sets it otherwise
 
 // Languages of a string descriptor. Some devices stall on the first.
 constexpr uint16_t AnyLanguage = 0;
@@ -222,7 +222,7 @@ try {
     if (status != LIBUSB_ERROR_TIMEOUT || received <= 0) {
         ThrowIfTransferError(status, label, EndpointIn);
     }
-    if (*length <= StatusSize) {
+    if (*length <= UsbBridge::StatusSize) {
         PaceIdlePacket();
     }
 }
@@ -236,8 +236,8 @@ void UsbLibusb::PaceIdlePacket()
     using namespace Utilities::Tools;
     if (lastIdlePacket) {
         const uint32_t passed = Clock::GetTickCount() - *lastIdlePacket;
-        if (passed < IdlePacketInterval) {
-            Clock::Sleep(IdlePacketInterval - passed);
+        if (passed < UsbBridge::UsualLatency) {
+            Clock::Sleep(UsbBridge::UsualLatency - passed);
         }
     }
     lastIdlePacket = Clock::GetTickCount();

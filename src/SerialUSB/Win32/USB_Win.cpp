@@ -8,6 +8,7 @@
 #include "Utilities/Exceptions/TraceFrame.h"
 #include "src/SerialUSB/SerialNumberText.h"
 #include "src/SerialUSB/SystemUsb.h"
+#include "src/SerialUSB/UsbBridge.h"
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
@@ -20,8 +21,6 @@ namespace {
 /// The driver's device interface of the table.
 constexpr GUID interfaceGuid = {0xBAA97E70, 0xAFF9, 0x483F, {0xB4, 0x25, 0x67, 0x90, 0xB6, 0x2C, 0x7F, 0x5A}};
 
-constexpr uint8_t EndpointOut = 0x02;
-constexpr uint8_t EndpointIn = 0x81;
 constexpr uint32_t MaximumTransferSize = 0x20000;
 constexpr uint32_t TransferTimeout = 1000;  ///< ms
 constexpr std::size_t StringDescriptorRoom = 516;
@@ -95,8 +94,8 @@ try {
     parameters.requestTimeout = 0;
     // A failure is told under the name of the request before it.
     ThrowIfUsbIoError(device->SetDeviceParameters(parameters), *device, "GetDeviceParameters");
-    ThrowIfUsbIoError(outPipe->Bind(index, EndpointOut, list.Get(), &interfaceGuid), *device, "Bind(out)");
-    ThrowIfUsbIoError(inPipe->Bind(index, EndpointIn, list.Get(), &interfaceGuid), *device, "Bind(in)");
+    ThrowIfUsbIoError(outPipe->Bind(index, UsbBridge::EndpointOut, list.Get(), &interfaceGuid), *device, "Bind(out)");
+    ThrowIfUsbIoError(inPipe->Bind(index, UsbBridge::EndpointIn, list.Get(), &interfaceGuid), *device, "Bind(in)");
     ThrowIfUsbIoError(outPipe->ResetPipe(), *device, "Reset(out)");
     ThrowIfUsbIoError(inPipe->ResetPipe(), *device, "Reset(in)");
 }

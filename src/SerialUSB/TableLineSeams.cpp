@@ -4,25 +4,25 @@
 #include <thread>
 
 #include "Utilities/Tools/Clock.h"
-#include "simulator/faces/VirtualUsb.h"
-#include "simulator/ground/UsbLines.h"
 #include "src/SerialUSB/SystemUsb.h"
 #include "src/SerialUSB/UsbFactory.h"
+#include "src/SerialUSB/UsbLines.h"
+#include "src/SerialUSB/Virtual/VirtualUsb.h"
 
 namespace {
 
-J4Bench::UsbLines* bench = nullptr;
+Kestrelon::DeviceDriver::J4T::LowLevel::UsbLines* bench = nullptr;
 
 }  // namespace
 
 namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
-void UseBench(J4Bench::UsbLines& lines) { bench = &lines; }
+void UseBench(UsbLines& lines) { bench = &lines; }
 
 Utilities::Tools::SmartPointer<Usb> CreateUsb(uint32_t vendorId, uint32_t productId)
 {
     return bench == nullptr ? CreateSystemUsb(vendorId, productId)
-                            : Utilities::Tools::SmartPointer<Usb>(new J4Bench::VirtualUsb(*bench));
+                            : Utilities::Tools::SmartPointer<Usb>(new VirtualUsb(*bench));
 }
 
 }  // namespace Kestrelon::DeviceDriver::J4T::LowLevel

@@ -1,8 +1,8 @@
-#include "simulator/table/WireText.h"
+#include "trace/WireText.h"
 
 #include <charconv>
 
-namespace J4Bench {
+namespace J4Trace {
 
 std::string ToHex(uint32_t value, int digits)
 {
@@ -42,4 +42,4 @@ bool HasWireChecksum(std::string_view text)
     return FromHex(text.substr(length)) == FromHex(WireChecksum(text.substr(0, length)));
 }
 
-}  // namespace J4Bench
+}  // namespace J4Trace

@@ -8,9 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "simulator/ground/BenchApi.h"
-
-namespace J4Bench {
+namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
 /// The USB-to-serial bridge in a table. No call throws.
 class UsbLine {
@@ -54,7 +52,4 @@ public:
     virtual void Pause(uint32_t milliseconds) = 0;
 };
 
-/// The lines of the process's bench.
-extern "C" J4BENCH_API UsbLines* J4Bench_Lines();
-
-}  // namespace J4Bench
+}  // namespace Kestrelon::DeviceDriver::J4T::LowLevel

@@ -1,11 +1,11 @@
-#include "simulator/faces/VirtualUsb.h"
+#include "src/SerialUSB/Virtual/VirtualUsb.h"
 
 #include <string>
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "Utilities/Exceptions/TraceFrame.h"
 
-namespace J4Bench {
+namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
 namespace {
 
@@ -113,4 +113,4 @@ try {
 }
 J4T_TRACE_FRAME
 
-}  // namespace J4Bench
+}  // namespace Kestrelon::DeviceDriver::J4T::LowLevel

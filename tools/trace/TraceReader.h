@@ -1,27 +1,17 @@
-// An event of a trace and when it was. Traces of the virtual table have all kinds; captures of a real table's USB have
-// frames and what else is on the cable.
+// Reads traces and captures of USB, a file of either kind, event for event.
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <istream>
 #include <string>
 
-#include "simulator/ground/JournalEntry.h"
+#include "trace/TraceEvent.h"
 
 namespace J4Tool {
 
-using Kind = J4Bench::JournalEntry::Kind;
-
-struct TraceEvent {
-    int64_t time = 0;  ///< microseconds
-    J4Bench::JournalEntry entry{};
-
-    bool IsFrame() const { return entry.kind == Kind::Sent || entry.kind == Kind::Received; }
-};
-
-/// No event is later: some thirty years, in microseconds.
-inline constexpr int64_t LatestTime = 1000000000000000;
+using J4Trace::LatestTime;
+using J4Trace::TraceEvent;
+using Kind = J4Trace::JournalEntry::Kind;
 
 using TraceListener = std::function<void(const TraceEvent&)>;
 

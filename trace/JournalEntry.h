@@ -1,12 +1,13 @@
-// One event of the bench's journal: a call, a frame on the wire, a request to the USB bridge, a run of samples.
+// What happened between application, instrument and table: a call, a frame on the wire, a request to the USB bridge, a run of samples.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace J4Bench {
+namespace J4Trace {
 
 struct JournalEntry {
     enum class Kind {
@@ -30,6 +31,9 @@ struct JournalEntry {
     std::string table = {};                  ///< serial number of the table whose cable it is
     int64_t begin = 0;                       ///< of samples: when the first began, microseconds
     uint32_t count = 0;                      ///< of samples
+
+    const char* KindName() const { return KindNames[static_cast<size_t>(kind)]; }
+    bool IsFrame() const { return kind == Kind::Sent || kind == Kind::Received; }
 };
 
-}  // namespace J4Bench
+}  // namespace J4Trace

@@ -4,12 +4,12 @@
 #include <memory>
 #include <string>
 
-#include "simulator/ground/UsbLines.h"
 #include "src/SerialUSB/Usb.h"
+#include "src/SerialUSB/UsbLines.h"
 
-namespace J4Bench {
+namespace Kestrelon::DeviceDriver::J4T::LowLevel {
 
-class VirtualUsb : public Kestrelon::DeviceDriver::J4T::LowLevel::Usb {
+class VirtualUsb : public Usb {
 public:
     /// @param lines  of the bench; must last
     explicit VirtualUsb(UsbLines& lines) : lines(lines) {}
@@ -35,4 +35,4 @@ private:
     bool isOpen = false;
 };
 
-}  // namespace J4Bench
+}  // namespace Kestrelon::DeviceDriver::J4T::LowLevel

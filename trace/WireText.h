@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace J4Bench {
+namespace J4Trace {
 
 /// The low digits * 4 bits of value as lower-case hexadecimal text.
 std::string ToHex(uint32_t value, int digits);
@@ -21,4 +21,4 @@ std::string WireChecksum(std::string_view text);
 /// Whether the last two characters are the checksum, in digits of either case, of those before them.
 bool HasWireChecksum(std::string_view text);
 
-}  // namespace J4Bench
+}  // namespace J4Trace
