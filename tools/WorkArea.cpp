@@ -5,6 +5,7 @@
 
 #include "Utilities/Exceptions/TableExceptions.h"
 #include "chart/cgats/CgatsFields.h"
+#include "src/Flash/j4TableFlashData.h"
 #include "src/TableFacts.h"
 #include "tools/ToolError.h"
 
@@ -12,6 +13,7 @@ namespace J4Tool {
 
 namespace {
 
+namespace FlashId = Kestrelon::DeviceDriver::J4T::FlashId;
 using Kestrelon::DeviceDriver::J4T::TenthsPerMillimetre;
 using Kestrelon::DeviceDriver::J4T::Communication::j4TableArmGeometry;
 
@@ -63,8 +65,9 @@ WorkArea WorkArea::Usual()
 WorkArea WorkArea::Of(Session& session)
 {
     const auto value = [&session](int id) { return FlashValue(session, id); };
-    return WorkArea(
-        {value(1010), value(1009), value(1012), value(1011), value(1001), value(1002), value(1004), value(1003)});
+    return WorkArea({value(FlashId::XMin), value(FlashId::XMax), value(FlashId::YMin), value(FlashId::YMax),
+                     value(FlashId::ArmLength), value(FlashId::SensorReach), value(FlashId::VisorBack),
+                     value(FlashId::VisorSide)});
 }
 
 std::string WorkArea::Fault(Point place) const
