@@ -13,9 +13,9 @@ import sys
 import time
 
 ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
-sys.path[:0] = [os.path.join(ROOT, "examples"), os.path.join(ROOT, "tests", "support")]
-from chart_text import chart_text  # noqa: E402  tests and examples are no packages
-from scan_chart import Table  # noqa: E402
+sys.path[:0] = [os.path.join(ROOT, "python"), os.path.join(ROOT, "tests", "support")]
+import j4tavla  # noqa: E402  the one of this source tree
+from chart_text import chart_text  # noqa: E402
 
 BUILD, FOLDER = map(os.path.abspath, sys.argv[1:3])
 SESSIONS, KILLS = [int(count) for count in sys.argv[3:5]] + [10000, 500][len(sys.argv) - 3:]
@@ -38,24 +38,23 @@ def memory_and_handles():
 
 def run_sessions():
     """Connect, scan, reset, again and again. @return whether memory and handles stayed"""
-    table = Table(os.path.join(BUILD, "bin", "libj4tavla64.so"))
-    table.set_option("Simulator.ChartFile", "chart.cgats")
     # What is kept for each thread, file and locale is there after some rounds.
     settled = SESSIONS // 10
     before = (0, 0)
-    for session in range(SESSIONS):
-        if session == settled:
-            before = memory_and_handles()
-        table.call("J4_IsTableConnected")
-        table.set_option("MeasurementMode", "ScanningReflectance")
-        table.call("J4_GoToHomePosition")
-        table.call("J4_Calibrate")
-        row = session % 6
-        found = len(table.scan(187, 160 + 10 * row, 303, 160 + 10 * row))
-        if found != COLUMNS:
-            raise AssertionError(f"session {session}: {found} patches")
-        table.set_option("Reset", "J4TAll")
-    after = memory_and_handles()
+    with j4tavla.Table(library=os.path.join(BUILD, "bin", "libj4tavla64.so"), chart="chart.cgats") as table:
+        for session in range(SESSIONS):
+            if session == settled:
+                before = memory_and_handles()
+            table.connect()
+            table.options["MeasurementMode"] = "ScanningReflectance"
+            table.go_home()
+            table.calibrate()
+            row = session % 6
+            found = len(table.scan((187, 160 + 10 * row), (303, 160 + 10 * row)))
+            if found != COLUMNS:
+                raise AssertionError(f"session {session}: {found} patches")
+            table.options["Reset"] = "J4TAll"
+        after = memory_and_handles()
     print(f"sessions: {SESSIONS}; memory {before[0]} KiB after {settled}, {after[0]} KiB at the end; "
           f"open files {before[1]} and {after[1]}")
     return after[0] <= before[0] + 512 and after[1] == before[1]
