@@ -23,9 +23,6 @@ using UsbBridge::StatusSize;
 constexpr uint32_t VendorId = 0x0971;
 constexpr uint32_t ProductId = 0x2004;
 
-/// The largest transfer that the device is configured for.
-constexpr std::size_t CacheSize = 0x20000;
-
 /// Bit 0 of the first status byte is set in every good packet.
 constexpr uint8_t StatusAlwaysSet = 0x01;
 
@@ -77,7 +74,7 @@ inline void MovePayload(uint8_t* cache, std::size_t packet)
 }  // namespace
 
 SerialUSB::SerialUSB()
-try : usb(CreateUsb(VendorId, ProductId)), cache(CacheSize) {
+try : usb(CreateUsb(VendorId, ProductId)), cache(UsbBridge::LargestTransfer) {
 }
 J4T_TRACE_FRAME
 

@@ -10,6 +10,9 @@ namespace Kestrelon::DeviceDriver::J4T::LowLevel::UsbBridge {
 inline constexpr uint8_t EndpointOut = 0x02;
 inline constexpr uint8_t EndpointIn = 0x81;
 
+/// Bytes of the largest transfer that the device is configured for.
+inline constexpr std::size_t LargestTransfer = 0x20000;
+
 // An incoming packet: two status bytes, then up to 62 bytes of payload.
 inline constexpr std::size_t PacketSize = 64;
 inline constexpr std::size_t StatusSize = 2;

@@ -26,7 +26,7 @@ using UsbBridge::EndpointIn;
 using UsbBridge::EndpointOut;
 
 constexpr int TableInterface = 0;
-constexpr unsigned long MaximumTransferSize = 0x20000;
+constexpr unsigned long MaximumTransferSize = UsbBridge::LargestTransfer;
 constexpr unsigned TransferTimeout = 1000;  ///< ms
 constexpr int LongestPortPath = 7;          ///< tiers below the root, by the USB standard
 constexpr std::size_t LongestStringDescriptor = 255;

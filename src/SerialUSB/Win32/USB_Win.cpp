@@ -21,7 +21,6 @@ namespace {
 /// The driver's device interface of the table.
 constexpr GUID interfaceGuid = {0xBAA97E70, 0xAFF9, 0x483F, {0xB4, 0x25, 0x67, 0x90, 0xB6, 0x2C, 0x7F, 0x5A}};
 
-constexpr uint32_t MaximumTransferSize = 0x20000;
 constexpr uint32_t TransferTimeout = 1000;  ///< ms
 constexpr std::size_t StringDescriptorRoom = 516;
 
@@ -87,7 +86,7 @@ try {
     UsbIo::Configuration configuration{};
     configuration.configurationIndex = 0;
     configuration.numberOfInterfaces = 1;
-    configuration.interfaces[0] = UsbIo::InterfaceSetting{0, 0, MaximumTransferSize};
+    configuration.interfaces[0] = UsbIo::InterfaceSetting{0, 0, UsbBridge::LargestTransfer};
     ThrowIfUsbIoError(device->SetConfiguration(configuration), *device, "SetConfiguration");
     UsbIo::DeviceParameters parameters{};
     ThrowIfUsbIoError(device->GetDeviceParameters(parameters), *device, "GetDeviceParameters");
